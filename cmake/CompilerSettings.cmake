@@ -1,0 +1,13 @@
+# What every target of this project is compiled and linked with.
+if(MSVC)
+  add_compile_options(/W4 /WX /utf-8 /permissive-)
+else()
+  add_compile_options(-Wall -Wextra -Werror "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+endif()
+if(WIN32)
+  add_compile_definitions(UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+  if(NOT MSVC)
+    # The compiler's own libraries are linked in: no DLL beside the module but Windows' own.
+    add_link_options(-static -static-libgcc -static-libstdc++ -Wl,--no-insert-timestamp)
+  endif()
+endif()
