@@ -1,0 +1,195 @@
+#include "json/JsonWriter.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+#include "json/Check.h"
+#include "json/Utf8.h"
+
+namespace base {
+
+namespace {
+
+constexpr std::size_t kFirstReserve = 1024;
+constexpr std::size_t kMaxNumber = 32;
+constexpr std::size_t kMaxEscape = 6;
+constexpr std::size_t kMaxStringBytes = 2147483647;
+
+// Writes at a pointer into the string, which is cut to the written length at the end: an append of
+// std::string for each small piece costs several times as much.
+class Writer {
+ public:
+  Writer(std::string& out, std::size_t reserve) : out_(out) {
+    out_.clear();
+    out_.reserve(reserve);
+    out_.resize(out_.capacity());
+    at_ = out_.data();
+  }
+
+  template <typename T>
+  bool WriteDocument(const T& value) {
+    const bool written = Write(value);
+    out_.resize(written ? at_ - out_.data() : 0);
+    return written;
+  }
+
+ private:
+  bool Write(const Value& value);
+  bool Write(const ListValue& list);
+  bool Write(const DictionaryValue& dictionary);
+  bool Write(std::string_view utf8);
+  bool Write(double value);
+  void Write(std::int32_t value);
+  // Writes what the special character at `text` becomes; returns the position behind it.
+  const char* WriteSpecial(const char* text, const char* end);
+  void WriteEscape(char32_t code);
+
+  // Makes room for `bytes` more; Put does not check.
+  void Ensure(std::size_t bytes) {
+    const std::size_t used = at_ - out_.data();
+    if (out_.size() - used >= bytes) return;
+    out_.resize(std::max(out_.size() * 2, used + bytes));
+    at_ = out_.data() + used;
+  }
+  void Put(char c) { *at_++ = c; }
+  void Put(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
+
+  std::string& out_;
+  char* at_;
+};
+
+bool Writer::Write(const Value& value) {
+  Ensure(kMaxNumber);
+  switch (value.type()) {
+    case Value::Type::kNull:
+      Put("null");
+      return true;
+    case Value::Type::kBoolean:
+      Put(*value.GetIfBool() ? "true" : "false");
+      return true;
+    case Value::Type::kInteger:
+      Write(*value.GetIfInt());
+      return true;
+    case Value::Type::kDouble:
+      return Write(*value.GetIfDouble());
+    case Value::Type::kString:
+      return Write(*value.GetIfString());
+    case Value::Type::kDictionary:
+      return Write(*value.GetIfDictionary());
+    case Value::Type::kList:
+      return Write(*value.GetIfList());
+    case Value::Type::kBinary:
+      break;
+  }
+  return false;
+}
+
+bool Writer::Write(const ListValue& list) {
+  Ensure(1);
+  Put('[');
+  for (const Value& item : list) {
+    if (!Write(item)) return false;
+    Ensure(1);
+    Put(',');
+  }
+  Ensure(1);
+  if (!list.empty()) --at_;
+  Put(']');
+  return true;
+}
+
+bool Writer::Write(const DictionaryValue& dictionary) {
+  Put('{');
+  for (const auto& [key, value] : dictionary) {
+    if (!Write(key)) return false;
+    Ensure(1);
+    Put(':');
+    if (!Write(value)) return false;
+    Ensure(1);
+    Put(',');
+  }
+  Ensure(1);
+  if (dictionary.size() != 0) --at_;
+  Put('}');
+  return true;
+}
+
+void Writer::Write(std::int32_t value) { at_ = std::to_chars(at_, at_ + kMaxNumber, value).ptr; }
+
+bool Writer::Write(double value) {
+  if (!std::isfinite(value)) return false;
+  const char* const start = at_;
+  at_ = std::to_chars(at_, at_ + kMaxNumber, value).ptr;
+  const bool reads_as_double = std::any_of(start, static_cast<const char*>(at_),
+                                           [](char c) { return c == '.' || c == 'e'; });
+  if (!reads_as_double) Put(".0");
+  return true;
+}
+
+bool Writer::Write(std::string_view utf8) {
+  if (utf8.size() > kMaxStringBytes) {
+    ReportCheckFailed("utf8.size() <= 2147483647");
+    return false;
+  }
+  const char* text = utf8.data();
+  const char* const end = text + utf8.size();
+  Ensure(utf8.size() + 2);
+  Put('"');
+  for (;;) {
+    const char* const run = text;
+    text = SkipPlain(text, end);
+    Put(std::string_view(run, text - run));
+    if (text == end) break;
+    // The rest's own length stays in hand, so that runs need no check.
+    Ensure(kMaxEscape + (end - text) + 1);
+    text = WriteSpecial(text, end);
+  }
+  Put('"');
+  return true;
+}
+
+bool IsNoncharacter(char32_t code) {
+  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
+}
+
+const char* Writer::WriteSpecial(const char* text, const char* end) {
+  const CodePoint next = DecodeUtf8(text, end);
+  if (!next.valid || IsNoncharacter(next.code)) {
+    Put("\xEF\xBF\xBD");
+  } else if (next.code < 0x80 || next.code == 0x2028 || next.code == 0x2029) {
+    WriteEscape(next.code);
+  } else {
+    Put(std::string_view(text, next.length));
+  }
+  return text + next.length;
+}
+
+void Writer::WriteEscape(char32_t code) {
+  static constexpr std::string_view kCharacters = "\b\t\n\f\r\"\\";
+  static constexpr std::string_view kLetters = "btnfr\"\\";
+  const std::size_t index =
+      code < 0x80 ? kCharacters.find(static_cast<char>(code)) : std::string_view::npos;
+  Put('\\');
+  if (index != std::string_view::npos) return Put(kLetters[index]);
+  Put('u');
+  for (int shift = 12; shift >= 0; shift -= 4) Put("0123456789ABCDEF"[code >> shift & 0xF]);
+}
+
+}  // namespace
+
+bool WriteJson(const Value& value, std::string& out) {
+  return Writer(out, kFirstReserve).WriteDocument(value);
+}
+
+bool WriteJson(const ListValue& list, std::string& out) {
+  constexpr std::size_t kTypicalItem = 8;
+  return Writer(out, std::max(kFirstReserve, list.size() * kTypicalItem)).WriteDocument(list);
+}
+
+bool WriteJson(std::string_view utf8, std::string& out) {
+  return Writer(out, kFirstReserve).WriteDocument(utf8);
+}
+
+}  // namespace base
