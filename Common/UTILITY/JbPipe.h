@@ -1,0 +1,114 @@
+// Both processes. One end of a message-mode named pipe: the broker's process serves it, the
+// client's process opens it. One message carries one whole text.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "SafeObject.h"
+
+// Misuse of an endpoint: wrong state, wrong role. Derives from nothing.
+class PipeException {
+ public:
+  explicit PipeException(const char* message) : message_(message) {}
+  const char* Message() const { return message_; }
+
+ private:
+  const char* message_;  // a literal
+};
+
+// The endpoint was shut down.
+class PipeShutdownException {};
+
+// Time-outs are in milliseconds. Functions give true on success; failures of the system are logged
+// and give false. An endpoint is for one thread at a time, but for Shutdown.
+class IJbPipe {
+ public:
+  // Server. Creates the pipe; one that is busy is tried again until the time is over.
+  virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
+  // Server. `timedOut` may be null. INFINITE waits without limit.
+  virtual bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) = 0;
+  // Server. Waits until the client has read everything, then lets it go.
+  virtual bool DisconnectClient() = 0;
+  // Client. A missing server is not waited for, a busy one is until the endpoint's time-out.
+  virtual bool ConnectToServerPipe(std::uint32_t serverProcessId) = 0;
+  // Client. Takes over a handle that is open already.
+  virtual bool AttachToServerPipe(HANDLE pipe) = 0;
+  // A handle valid in that process, or null.
+  virtual HANDLE DuplicatePipeHandle(std::uint32_t processId) = 0;
+  virtual void Close() = 0;
+  virtual bool ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeout) = 0;
+  virtual void SetPipeName(const std::wstring& baseName) = 0;
+  virtual void SetAppendProcessId(bool append) = 0;
+  virtual bool ReadString(std::wstring& text) = 0;
+  virtual bool WriteString(const std::wstring& text) = 0;
+  virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
+  virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
+  virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
+  // One read wait, one write wait, and the tries to connect.
+  virtual void SetTimeout(std::uint32_t timeout) = 0;
+  // While a read waits, messages sent to the thread's windows are dispatched.
+  virtual void SetPumpMessages(bool pump) = 0;
+  // Server, callable from another thread. Wakes a waiting server; from now on every operation
+  // throws PipeShutdownException until Close.
+  virtual void Shutdown(std::uint32_t timeout) = 0;
+  virtual ~IJbPipe() = default;
+};
+
+class CJbPipe final : public IJbPipe {
+ public:
+  CJbPipe() = default;
+  CJbPipe(const CJbPipe&) = delete;
+  CJbPipe& operator=(const CJbPipe&) = delete;
+
+  bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) override;
+  bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) override;
+  bool DisconnectClient() override;
+  bool ConnectToServerPipe(std::uint32_t serverProcessId) override;
+  bool AttachToServerPipe(HANDLE pipe) override;
+  HANDLE DuplicatePipeHandle(std::uint32_t processId) override;
+  void Close() override;
+  bool ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeout) override;
+  void SetPipeName(const std::wstring& baseName) override { baseName_ = baseName; }
+  void SetAppendProcessId(bool append) override { appendProcessId_ = append; }
+  bool ReadString(std::wstring& text) override;
+  bool WriteString(const std::wstring& text) override;
+  bool ReadBuffer(std::vector<BYTE>& bytes) override;
+  bool WriteBuffer(const BYTE* data, std::size_t length) override;
+  bool WriteBuffer(const std::vector<BYTE>& bytes) override;
+  void SetTimeout(std::uint32_t timeout) override { timeout_ = timeout; }
+  void SetPumpMessages(bool pump) override { pumpMessages_ = pump; }
+  void Shutdown(std::uint32_t timeout) override;
+  ~CJbPipe() override;
+
+ private:
+  enum class State : std::uint32_t { kNone = 0, kListening = 1, kConnected = 2 };
+
+  std::wstring BuildPipeName(std::uint32_t processId) const;
+  bool IsUnused() const { return state_ == State::kNone && !ioEvent_ && !pipe_; }
+  bool IsReady(State state) const { return state_ == state && ioEvent_ && pipe_; }
+  void ThrowIfShutDown() const;
+
+  bool CreateIoEvent();
+  bool TryCreateInstance(const std::wstring& name, bool firstInstance);
+  OVERLAPPED MakeOverlapped() const;
+  bool GiveUpWait();
+  bool FinishWait(OVERLAPPED& overlapped, bool timedOut);
+  DWORD WaitForIo() const;
+  DWORD PumpUntilIo() const;
+  bool GrowBuffer(std::vector<BYTE>& bytes) const;
+
+  std::uint32_t timeout_ = 3000;
+  SafeHandle ioEvent_;  // manual reset
+  SafeFile pipe_;
+  State state_ = State::kNone;
+  bool server_ = false;
+  bool pumpMessages_ = false;
+  std::wstring baseName_ = L"\\\\.\\pipe\\Tessel.Orbitane.JavaBridge.Pipe.Name_v8.0";
+  bool appendProcessId_ = true;
+  std::atomic<bool> shutDown_{false};
+};

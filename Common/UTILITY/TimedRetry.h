@@ -1,0 +1,35 @@
+// Both processes. Repeats an attempt until it succeeds, is cancelled, or its time is over.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <functional>
+
+class TimedRetry {
+ public:
+  static constexpr HRESULT kCancelled = static_cast<HRESULT>(0x80040225);
+  static constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x80040226);
+
+  // The time starts now. No `cancelled`: cannot be cancelled.
+  explicit TimedRetry(std::int32_t timeoutMilliseconds, std::function<bool()> cancelled = {})
+      : timeout_(timeoutMilliseconds), cancelled_(std::move(cancelled)) {}
+
+  // The attempt, a callable that returns true when it is done, runs once at least.
+  template <class Attempt>
+  HRESULT Run(Attempt attempt) const {
+    for (;;) {
+      if (attempt()) return S_OK;
+      if (cancelled_ && cancelled_()) return kCancelled;
+      if (Elapsed() > timeout_) return kTimedOut;
+      ::Sleep(50);
+    }
+  }
+
+ private:
+  std::int64_t Elapsed() const { return static_cast<std::int64_t>(::GetTickCount64() - start_); }
+
+  const std::uint64_t start_ = ::GetTickCount64();
+  const std::int64_t timeout_;
+  const std::function<bool()> cancelled_;
+};

@@ -1,0 +1,18 @@
+// The exception that stands for a failed HRESULT where ATL is not to be had.
+#pragma once
+
+#include <windows.h>
+
+namespace ATL {
+
+class CAtlException {
+ public:
+  explicit CAtlException(HRESULT hr) noexcept : m_hr(hr) {}
+  operator HRESULT() const noexcept { return m_hr; }
+
+  HRESULT m_hr;
+};
+
+[[noreturn]] inline void AtlThrow(HRESULT hr) { throw CAtlException(hr); }
+
+}  // namespace ATL

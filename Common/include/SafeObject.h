@@ -1,0 +1,50 @@
+// Both processes. Owners of system handles, one type for each value that means "none".
+#pragma once
+
+#include <windows.h>
+
+#include <utility>
+
+#include "logging/LastErrorGuard.h"
+#include "logging/Log.h"
+
+struct NullIsEmpty {
+  static HANDLE Empty() noexcept { return nullptr; }
+};
+struct InvalidIsEmpty {
+  static HANDLE Empty() noexcept { return INVALID_HANDLE_VALUE; }
+};
+
+template <class Kind>
+class SafeObject {
+ public:
+  SafeObject() noexcept = default;
+  explicit SafeObject(HANDLE handle) noexcept : handle_(handle) {}
+  SafeObject(SafeObject&& other) noexcept : handle_(other.Release()) {}
+  ~SafeObject() { Reset(); }
+
+  SafeObject& operator=(SafeObject&& other) noexcept {
+    if (this != &other) Reset(other.Release());
+    return *this;
+  }
+
+  explicit operator bool() const noexcept { return handle_ != Kind::Empty(); }
+  HANDLE Get() const noexcept { return handle_; }
+  HANDLE Release() noexcept { return std::exchange(handle_, Kind::Empty()); }
+
+  // Closes what is held; keeps the thread's last error.
+  void Reset(HANDLE handle = Kind::Empty()) noexcept {
+    const HANDLE old = std::exchange(handle_, handle);
+    if (old == Kind::Empty()) return;
+    const logging::LastErrorGuard keepLastError;
+    if (!::CloseHandle(old)) {
+      LOG_WARNING("Closing safe handle failed, last error=%u", ::GetLastError());
+    }
+  }
+
+ private:
+  HANDLE handle_ = Kind::Empty();
+};
+
+using SafeHandle = SafeObject<NullIsEmpty>;   // events, processes, threads, mutexes
+using SafeFile = SafeObject<InvalidIsEmpty>;  // files and pipes

@@ -1,0 +1,74 @@
+// Both processes. The message of the bridge: plain values in order, carried as one JSON array. The
+// sender appends, the receiver reads in the same order and knows what comes next.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "AtlTypes.h"
+#include "VectorGrowth.h"
+#include "json/Value.h"
+#include "logging/Log.h"
+
+namespace Tessel {
+
+// The one failure of an archive. Derives from nothing: caught by its own type.
+class ArchiveException {
+ public:
+  explicit ArchiveException(std::string message) : message_(std::move(message)) {}
+  const std::string& Message() const { return message_; }
+
+ private:
+  std::string message_;
+};
+
+}  // namespace Tessel
+
+// Copies share the list of values, each with a cursor of its own. For one thread at a time.
+class JArchive {
+ public:
+  JArchive();
+
+  // The text of the array, compact. Throws ArchiveException.
+  std::wstring toString() const;
+
+  // Takes the content from a text and sets the cursor to the start. Throws ArchiveException and is
+  // then left as it was.
+  void fromString(std::wstring_view text);
+
+  JArchive& operator<<(std::int32_t value);
+  JArchive& operator<<(bool value);
+  JArchive& operator<<(const wchar_t* text);  // null throws
+  JArchive& operator<<(const CComBSTR& text);
+  JArchive& operator<<(const POINT& point);
+
+  // A read that fails throws ArchiveException and leaves the cursor where it was.
+  JArchive& operator>>(std::int32_t& value);
+  JArchive& operator>>(bool& value);
+  JArchive& operator>>(std::string& utf8);
+  JArchive& operator>>(CComBSTR& text);
+
+  // A count, then that many elements, appended to what the vector holds.
+  template <class T, class Allocator>
+  JArchive& operator>>(std::vector<T, Allocator>& elements) {
+    LOG_INFO_W(L"Archive: read vector");
+    std::int32_t count = 0;
+    *this >> count;
+    for (std::int32_t i = 0; i < count; ++i) {
+      T element{};
+      *this >> element;
+      AppendGrowing(elements, std::move(element));
+    }
+    return *this;
+  }
+
+ private:
+  const base::Value& Current() const;
+  std::string_view CurrentString() const;
+
+  std::shared_ptr<base::ListValue> list_;
+  std::size_t cursor_ = 0;
+};
