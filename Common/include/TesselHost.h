@@ -1,0 +1,47 @@
+// Broker's process. The server side of the bridge's pipe, for the program that hosts the broker.
+//
+// In turn: InitComm; then for each request ReadMessage (twice, when it says that the buffer is too
+// small) and exactly one WriteMessage; at last UninitComm, from any thread and at any moment, which
+// wakes a ReadMessage that waits. But for UninitComm, one thread at a time. Every failure has a
+// code and a line in the log. Texts are UTF-16, the requests and answers JSON arrays that the
+// channel itself does not look at.
+#pragma once
+
+#include "TesselApi.h"
+
+enum SLChannelResult : int {
+  SL_CHANNEL_SUCCESS = 0,
+  SL_CHANNEL_NOT_INITIALIZED = -1,
+  SL_CHANNEL_BUFFER_TOO_SMALL = -2,
+  SL_CHANNEL_CLOSED = -3,       // no pipe name, misuse, or shut down
+  SL_CHANNEL_NOT_CREATED = -4,  // another server has the name
+  SL_CHANNEL_INVALID_ARGUMENT = -5,
+  SL_CHANNEL_CANNOT_READ = -6,   // the client left, or sent nothing in 3 s; go on with ReadMessage
+  SL_CHANNEL_CANNOT_WRITE = -7,  // the client left; go on with ReadMessage
+  SL_CHANNEL_NO_CLIENT = -15,    // none came in time; go on with ReadMessage
+};
+
+extern "C" {
+
+// Creates the pipe on which clients look for the broker of a scheme (an SLUriScheme value) and, for
+// the tailored scheme, of a content address. `connectTimeout` is what each ReadMessage waits for a
+// client, in milliseconds; 0xFFFFFFFF is without limit. `source` is the address, or the id of a
+// string of the module's resources; null is an empty one. A channel that was open is closed first.
+// Result: 0, -3, -4.
+TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
+                                     const wchar_t* source);
+
+// Waits for a client and hands out its request. `*size` is the buffer's size in UTF-16 units,
+// terminator included; one that is too small gives -2 with the size that is needed, and the next
+// call hands out the same request at once. Result: 0, -1, -2, -3, -5, -6, -15.
+TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
+
+// Sends the answer, waits until the client has read it, and lets the client go, whether or not it
+// could be sent. Result: 0, -1, -3, -5, -7.
+TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
+
+// Closes the channel. A ReadMessage that waits returns -3; one that is busy with a client ends
+// first in its own time. Result: 0; -1 when there is none; -3 when its pipe was never created.
+TESSELSLB_API int __stdcall UninitComm();
+
+}  // extern "C"
