@@ -1,0 +1,98 @@
+#include "TesselSLB/BrokerInjection.h"
+
+#include <string>
+
+#include "SafeObject.h"
+#include "TesselSLB/HiddenProcess.h"
+#include "TesselSLB/ModuleDirectory.h"
+#include "TesselSLB/NudgeWindow.h"
+#include "TesselSilverlight.h"
+#include "UTILITY/VistaSpecific.h"
+#include "logging/Log.h"
+
+namespace {
+
+constexpr wchar_t kMutexName[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
+constexpr DWORD kMutexWaitMilliseconds = 30000;
+constexpr DWORD kInjectorStartMilliseconds = 150;
+constexpr DWORD kRoundMilliseconds = 1000;
+constexpr int kRounds = 10;
+
+bool IsUsable(HWND window) { return window != nullptr && ::IsWindow(window); }
+
+class MutexOwnership {
+ public:
+  explicit MutexOwnership(HANDLE mutex) : mutex_(mutex) {}
+  ~MutexOwnership() { ::ReleaseMutex(mutex_); }
+  MutexOwnership(const MutexOwnership&) = delete;
+  MutexOwnership& operator=(const MutexOwnership&) = delete;
+
+ private:
+  const HANDLE mutex_;
+};
+
+bool EndedWell(HANDLE injector) {
+  DWORD exitCode = 0;
+  if (!::GetExitCodeProcess(injector, &exitCode) || exitCode != 0) {
+    LOG_ERROR("Silverlight injector failed, exit code =%d", exitCode);
+    return false;
+  }
+  LOG_ERROR("Silverlight injector succeeded");  // at this level on purpose
+  return true;
+}
+
+bool AwaitInjector(HANDLE injector, HWND window) {
+  for (int round = 0; round < kRounds; ++round) {
+    NudgeWindow(window, round != 0 /*handle maximised*/);
+    if (::WaitForSingleObject(injector, kRoundMilliseconds) == WAIT_OBJECT_0) {
+      return EndedWell(injector);
+    }
+  }
+  LOG_ERROR("Silverlight injector timedout");
+  return false;
+}
+
+}  // namespace
+
+int InjectBroker(HWND window) {
+  if (!IsUsable(window)) {
+    LOG_ERROR("Invalid window");
+    return SL_INVALID_ARGUMENT;
+  }
+  const SafeHandle mutex(
+      ::CreateMutexW(GetPipeSecurityAttributes(), FALSE /*owned*/, kMutexName));
+  if (!mutex) {
+    LOG_ERROR("Cannot create mutex");
+    return SL_FAILURE;
+  }
+  const DWORD wait = ::WaitForSingleObject(mutex.Get(), kMutexWaitMilliseconds);
+  if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
+    LOG_ERROR("Cannot acquire mutex, WaitForSingleObject returned %x", wait);
+    return SL_FAILURE;
+  }
+  const MutexOwnership ownership(mutex.Get());
+  LOG_INFO("Mutex acquired");
+  DWORD processId = 0;
+  ::GetWindowThreadProcessId(window, &processId);
+  return RunInjector(window, processId);
+}
+
+int RunInjector(HWND window, DWORD processId) {
+  if (processId == 0 || !IsUsable(window)) {
+    LOG_ERROR("Invalid arguments");
+    return SL_INVALID_ARGUMENT;
+  }
+  const std::wstring injector = PathBesideModule(L"slinject.exe");
+  const std::wstring commandLine =
+      L"slinject.exe --pid=" + std::to_wstring(static_cast<int>(processId));
+  LOG_INFO("slinject.exe=%ls", injector.c_str());
+  LOG_INFO("cmdLine=%ls", commandLine.c_str());
+  const auto started = StartHidden(injector, commandLine, nullptr /*the caller's directory*/);
+  if (!started) {
+    LOG_ERROR("CreateProcess failed, cmdLine=%ls", commandLine.c_str());
+    return SL_INJECTOR_NOT_STARTED;
+  }
+  LOG_INFO("Created slinject process with pid %i", started->id);
+  ::Sleep(kInjectorStartMilliseconds);
+  return AwaitInjector(started->process.Get(), window) ? SL_SUCCESS : SL_INJECTION_FAILED;
+}

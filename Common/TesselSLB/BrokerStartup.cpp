@@ -1,0 +1,111 @@
+#include "TesselSLB/BrokerStartup.h"
+
+#include <shlobj.h>
+#include <shlwapi.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "TesselSLB/BrokerAddress.h"
+#include "TesselSLB/HiddenProcess.h"
+#include "TesselSLB/ModuleDirectory.h"
+#include "UTILITY/JbPipe.h"
+#include "UTILITY/Utf.h"
+#include "logging/Log.h"
+
+namespace {
+
+constexpr wchar_t kPackageFile[] = L"SLBroker.xap";
+constexpr std::int32_t kLaunchWaitMilliseconds = 15000;
+
+std::wstring Quoted(std::wstring_view text) {
+  return std::wstring(L"\"").append(text).append(L"\"");
+}
+
+std::wstring LaunchOrigin(DWORD scheme, std::wstring_view address) {
+  if (scheme != SL_TAILORED_URI) return GetBrokerOrigin(scheme);
+  std::wstring origin = Quoted(std::wstring(address) + L"/TailoredBroker/SLBroker.xap");
+  std::replace(origin.begin(), origin.end(), L'%', L'_');
+  return origin;
+}
+
+}  // namespace
+
+bool BrokerPipeExists(DWORD scheme, std::wstring_view address, std::int32_t wait) {
+  const std::wstring name = GetBrokerPipeName(scheme, address);
+  if (name.empty()) {
+    LOG_ERROR("Cannot get pipe name");
+    return false;
+  }
+  CJbPipe pipe;
+  pipe.SetPipeName(name);
+  pipe.SetAppendProcessId(false);
+  if (!pipe.ServerPipeExists(0 /*process id*/, wait)) {
+    LOG_INFO("Cannot connect to SLBroker pipe");
+    return false;
+  }
+  return true;
+}
+
+std::wstring GetBrokerOrigin(DWORD scheme) {
+  switch (scheme) {
+    case SL_HTTP_URI:
+      return Quoted(ToUtf16(TESSEL_HTTP_ORIGIN));
+    case SL_HTTPS_URI:
+      return Quoted(ToUtf16(TESSEL_HTTPS_ORIGIN));
+    case SL_FILE_URI:
+      return Quoted(L"file://" + GetModuleDirectory() + kPackageFile);
+    default:
+      LOG_ERROR("Unknown URI scheme %i", scheme);
+      return {};
+  }
+}
+
+bool FindLauncher(std::wstring& path) {
+  const std::unique_ptr<wchar_t[]> buffer(new (std::nothrow) wchar_t[MAX_PATH + 1]());
+  if (!buffer) {
+    LOG_ERROR("GetBuffer failed");
+    return false;
+  }
+  if (FAILED(::SHGetFolderPathW(nullptr /*window*/, CSIDL_PROGRAM_FILESX86, nullptr /*token*/,
+                                SHGFP_TYPE_CURRENT, buffer.get()))) {
+    LOG_ERROR("Cannot get program files folder");
+    return false;
+  }
+  if (!::PathAppendW(buffer.get(), L"Microsoft Silverlight\\sllauncher.exe") ||
+      !::PathFileExistsW(buffer.get())) {
+    LOG_ERROR("Cannot find sllauncher.exe");
+    return false;
+  }
+  path = buffer.get();
+  return true;
+}
+
+bool LaunchBroker(DWORD scheme, std::wstring_view address) {
+  const std::wstring package = PathBesideModule(kPackageFile);
+  std::wstring launcher;
+  if (!FindLauncher(launcher)) {
+    LOG_ERROR("Cannot sllauncher.exe");
+    return false;
+  }
+  const std::wstring origin = LaunchOrigin(scheme, address);
+  if (origin.empty()) {
+    LOG_ERROR("Cannot get URI scheme as string");
+    return false;
+  }
+  const std::wstring commandLine =
+      L"sllauncher.exe /overwrite /emulate:" + Quoted(package) + L" /origin:" + origin;
+  LOG_INFO("sllauncher.exe=%ls", launcher.c_str());
+  LOG_INFO("cmdLine=%ls", commandLine.c_str());
+  {
+    const auto started = StartHidden(launcher, commandLine, GetModuleDirectory().c_str());
+    if (!started) {
+      LOG_ERROR("CreateProcess failed, slLauncher=%ls cmdLine=%ls", launcher.c_str(),
+                commandLine.c_str());
+      return false;
+    }
+    LOG_INFO("Created sllauncher process with pid %i", started->id);
+  }  // the launcher is not waited for
+  return BrokerPipeExists(scheme, address, kLaunchWaitMilliseconds);
+}

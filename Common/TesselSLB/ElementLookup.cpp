@@ -1,0 +1,55 @@
+// Client process. The exports that find, walk to and release elements.
+#include "TesselSLB/ElementCall.h"
+#include "logging/Log.h"
+
+namespace TesselSilverlight {
+
+int GetElemFromPoint(SLElemData& window, const POINT& pt, int option, SLElemData& found) {
+  return CallWindow(
+      Command::kElementFromPoint, window,
+      [&](JArchive& request) { request << pt << option; },
+      [&](JArchive& answer) {
+        CComBSTR objectId;
+        answer >> objectId;
+        found.sourceUri = window.sourceUri;
+        NameElement(found, window, objectId);
+      });
+}
+
+int GetFocusedElement(HWND hwnd, SLElemData& focused) {
+  // Its destruction says "Invalid SL object" in the log: it never names an element.
+  SLElemData window;
+  window.hwnd = hwnd;
+  window.sourceUri = focused.sourceUri;
+  return CallWindow(Command::kFocusedElement, window, NoArguments, [&](JArchive& answer) {
+    CComBSTR objectId;
+    answer >> objectId;
+    NameElement(focused, window, objectId);
+  });
+}
+
+int GetParentElement(const SLElemData& child, SLElemData& parent) {
+  if (!CheckObject(child)) return SL_INVALID_OBJECT;
+  return CallObject(Command::kParent, child, NoArguments, [&](JArchive& answer) {
+    CComBSTR objectId;
+    answer >> objectId;
+    if (objectId.Length() == 0) return;
+    parent.sourceUri = child.sourceUri;
+    NameElement(parent, child, objectId);
+  });
+}
+
+int ReleaseObj(SLElemData& obj) {
+  if (!CheckObject(obj)) return SL_INVALID_OBJECT;
+  bool released = false;
+  const int code = CallWindow(Command::kRelease, obj, NoArguments,
+                              [&](JArchive& answer) { answer >> released; });
+  if (code != SL_SUCCESS) return code;
+  if (!released) {
+    LOG_ERROR("Release failed");
+    return SL_FAILURE;
+  }
+  return SL_SUCCESS;
+}
+
+}  // namespace TesselSilverlight
