@@ -59,8 +59,7 @@ int InjectBroker(HWND window) {
     LOG_ERROR("Invalid window");
     return SL_INVALID_ARGUMENT;
   }
-  const SafeHandle mutex(
-      ::CreateMutexW(GetPipeSecurityAttributes(), FALSE /*owned*/, kMutexName));
+  const SafeHandle mutex(::CreateMutexW(GetPipeSecurityAttributes(), FALSE /*owned*/, kMutexName));
   if (!mutex) {
     LOG_ERROR("Cannot create mutex");
     return SL_FAILURE;

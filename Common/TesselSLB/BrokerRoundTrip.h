@@ -27,8 +27,8 @@ void BuildObjectRequest(Command command, const SLElemData& record, JArchive& req
 // A request about a window or an element of it. Fills in the record's process when it is 0.
 void BuildWindowRequest(Command command, SLElemData& record, JArchive& request);
 
-// All three return 0 or a code of SLResult or the broker's own. On 0 the status has been read from the
-// answer. An ArchiveException passes.
+// All three return 0 or a code of SLResult or the broker's own. On 0 the status has been read from
+// the answer. An ArchiveException passes.
 
 // To the broker of a scheme, which is started when its pipe is not there.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
@@ -38,7 +38,7 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
 int SendMessageToBrokerAnyScheme(HWND window, DWORD& scheme, const JArchive& request,
                                  JArchive& answer, std::wstring_view address);
 
-// Under a known scheme directly. Else searches, and when nothing answers injects the broker into the
-// window's process and searches once more.
+// Under a known scheme directly. Else searches, and when nothing answers injects the broker into
+// the window's process and searches once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

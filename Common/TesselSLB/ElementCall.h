@@ -1,5 +1,5 @@
-// Client process. The frame of every element export: validity, request, round trip, and what becomes
-// of the failures. Its lines in the log carry the export's own place.
+// Client process. The frame of every element export: validity, request, round trip, and what
+// becomes of the failures. Its lines in the log carry the export's own place.
 #pragma once
 
 #include <source_location>
@@ -28,8 +28,7 @@ int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeReques
     JArchive request;
     writeRequest(request);
     JArchive answer;
-    const int code =
-        DispatchToBroker(scheme, request, answer, record.hwnd, AddressOf(record));
+    const int code = DispatchToBroker(scheme, request, answer, record.hwnd, AddressOf(record));
     if (code != SL_SUCCESS) {
       LogRoundTripFailure(site, code);
       return code;

@@ -6,8 +6,7 @@ namespace TesselSilverlight {
 
 int GetElemFromPoint(SLElemData& window, const POINT& pt, int option, SLElemData& found) {
   return CallWindow(
-      Command::kElementFromPoint, window,
-      [&](JArchive& request) { request << pt << option; },
+      Command::kElementFromPoint, window, [&](JArchive& request) { request << pt << option; },
       [&](JArchive& answer) {
         CComBSTR objectId;
         answer >> objectId;

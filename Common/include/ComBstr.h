@@ -40,6 +40,7 @@ class CComBSTR {
   }
 
   void Attach(BSTR text) noexcept {
+    if (text == m_str) return;
     ::SysFreeString(m_str);
     m_str = text;
   }

@@ -63,6 +63,9 @@ class HeapAllocator {
       heap_allocator::ReportHeapFreeFailure(::GetLastError());
     }
   }
-
-  friend bool operator==(const HeapAllocator&, const HeapAllocator&) noexcept { return true; }
 };
+
+template <class T, class U>
+bool operator==(const HeapAllocator<T>&, const HeapAllocator<U>&) noexcept {
+  return true;
+}

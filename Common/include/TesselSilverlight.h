@@ -62,14 +62,15 @@ namespace TesselSilverlight {
 // The element at a point.
 //
 // window  in: `hwnd` and `sourceUri` (the content's address); `uriScheme` when it is known, else
-// the
-//         function searches; `objectId` may be empty. out: `processId`, filled in from the window
-//         when it was 0, even if the call then fails, and `uriScheme`, once a search has found it.
+//         the function searches; `objectId` may be empty.
+//         out: `processId`, filled in from the window when it was 0, even if the call then fails,
+//         and `uriScheme`, once a search has found it.
 // pt      the point.
 // option  passed on to the broker.
 // found   out, on success alone: the element, with the window, process, scheme and address of
 //         `window`; its `rect` is left as it was. The record owns the element's object in the
-//         broker. No element there: success with an empty `objectId`.
+//         broker; an element that it named before is forgotten, not released. No element there:
+//         success with an empty `objectId`.
 // Result: SL_SUCCESS, or any code but SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
@@ -113,7 +114,7 @@ TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
 }  // namespace TesselSilverlight
 
 // Names an element, or only a window and its content's address. Owns what it holds: destroying or
-// overwriting a record releases the broker's object (a call to the broker; one "Invalid SL object"
+// assigning to a record releases the broker's object (a call to the broker; one "Invalid SL object"
 // line and no call for a record that names none). Moved without a release, never copied.
 struct SLElemData {
   SLElemData() = default;
