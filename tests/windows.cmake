@@ -1,3 +1,17 @@
 # The suites that need Windows. Those that change the log level run in a Wine prefix of their own; in
 # the common one every suite sets VERBOSE.
 set(levelPrefix "WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
+
+tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
+
+tessel_test(archive LIBRARIES tessel_utility)
+tessel_test(types LIBRARIES tessel_module)
+tessel_test(address LIBRARIES tessel_module)
+tessel_test(exports LIBRARIES version)
+add_dependencies(exports_test TesselSLB)
+configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONLY)
+
+# The programs around the module. They are found by name, in the same places by every suite.
+add_executable(test_parts parts.cpp)
+target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/include)
+add_dependencies(test_parts TesselSLB)

@@ -1,0 +1,126 @@
+// The programs that stand around the module, for its tests: one file, its role is its name
+// (sllauncher.exe, slinject.exe) or its first argument (broker, hold). The first two write what
+// they were started with into a file beside them.
+#include <windows.h>
+// shellapi.h needs windows.h before it
+#include <shellapi.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "TesselHost.h"
+#include "TesselSilverlight.h"
+
+namespace {
+
+using std::filesystem::path;
+
+std::string Narrow(const std::wstring& text) {
+  char buffer[4096] = {};
+  ::WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, buffer, sizeof(buffer), nullptr, nullptr);
+  return buffer;
+}
+
+path OwnPath() {
+  wchar_t name[MAX_PATH] = {};
+  ::GetModuleFileNameW(nullptr, name, MAX_PATH);
+  return name;
+}
+
+void Print(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+// Command line, directory, flags and show command, process.
+void RecordStart(const path& file) {
+  STARTUPINFOW startup = {};
+  ::GetStartupInfoW(&startup);
+  std::ofstream(file, std::ios::app) << Narrow(::GetCommandLineW()) << '\n'
+                                     << Narrow(std::filesystem::current_path().wstring()) << '\n'
+                                     << startup.dwFlags << ' ' << startup.wShowWindow << '\n'
+                                     << ::GetCurrentProcessId() << std::endl;
+}
+
+template <class Function>
+Function* Import(HMODULE module, const char* name) {
+  return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
+
+// Answers the requests in turn, printing each. In an answer ' stands for ". "gone" leaves without
+// an answer, "silent" keeps the client waiting, "*" before an answer gives it for ever.
+int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
+          const std::vector<std::wstring>& answers) {
+  const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
+  if (module == nullptr) return 2;
+  const auto init = Import<decltype(InitComm)>(module, "InitComm");
+  const auto read = Import<decltype(ReadMessage)>(module, "ReadMessage");
+  const auto write = Import<decltype(WriteMessage)>(module, "WriteMessage");
+  Print("InitComm " + std::to_string(init(scheme, 60000, address)));
+  for (auto answer = answers.begin(); answer != answers.end();) {
+    wchar_t request[2000] = {};
+    DWORD size = 2000;
+    if (read(request, &size) != SL_CHANNEL_SUCCESS) return 3;
+    Print(Narrow(request));
+    if (*answer == L"gone") return 0;
+    if (*answer == L"silent") ::Sleep(INFINITE);
+    std::wstring text = *answer;
+    std::replace(text.begin(), text.end(), L'\'', L'"');
+    const bool forEver = text.front() == L'*';
+    write(text.c_str() + forEver);
+    if (!forEver) ++answer;
+  }
+  return 0;
+}
+
+// For a tailored origin whose host begins with "serve" it is the broker, for any other it leaves.
+int Launch(const std::vector<std::wstring>& arguments) {
+  const path package = arguments.at(2).substr(wcslen(L"/emulate:"));
+  const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
+  const std::size_t tail = origin.find(L"/TailoredBroker/SLBroker.xap");
+  const bool tailored = tail != std::wstring::npos;
+  const std::wstring address = tailored ? origin.substr(0, tail) : origin;
+  const std::wstring name =
+      tailored ? path(address).filename().wstring() : address.substr(0, address.find(L':'));
+  RecordStart(OwnPath().parent_path() / (L"sllauncher-" + name + L".txt"));
+  if (!name.starts_with(L"serve")) return 1;
+  return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
+}
+
+// A file beside it, named after the process that it is told to inject, holds the milliseconds that
+// it takes and its exit code.
+int Inject(const std::wstring& argument) {
+  const std::wstring name = L"slinject-" + argument.substr(wcslen(L"--pid="));
+  const path record = OwnPath().parent_path() / (name + L".txt");
+  RecordStart(record);
+  DWORD milliseconds = 0;
+  int code = 0;
+  std::ifstream(OwnPath().parent_path() / (name + L".in")) >> milliseconds >> code;
+  ::Sleep(milliseconds);
+  std::ofstream(record, std::ios::app) << "end" << std::endl;
+  return code;
+}
+
+// Takes a mutex, says so, and ends without giving it back.
+int Hold(const std::wstring& mutex, DWORD milliseconds) {
+  Print(::CreateMutexW(nullptr, TRUE /*owned*/, mutex.c_str()) != nullptr ? "held" : "not held");
+  ::Sleep(milliseconds);
+  return 0;
+}
+
+}  // namespace
+
+int main() {
+  int count = 0;
+  wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+  const std::vector<std::wstring> arguments(words, words + count);
+  if (OwnPath().filename() == L"sllauncher.exe") return Launch(arguments);
+  if (OwnPath().filename() == L"slinject.exe") return Inject(arguments.at(1));
+  if (arguments.at(1) == L"hold") return Hold(arguments.at(2), std::stoul(arguments.at(3)));
+  return Serve(OwnPath().parent_path(), std::stoul(arguments.at(2)), words[3],
+               {arguments.begin() + 4, arguments.end()});
+}

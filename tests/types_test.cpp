@@ -1,0 +1,276 @@
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+
+#include "TesselSilverlight.h"
+#include "VectorGrowth.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+const LogCapture capture;
+
+// A string manager as another compiler lays it out: its first field is a table of five functions.
+struct Manager;
+struct Header {
+  Manager* manager;
+  int length, capacity;
+  long references;
+};
+struct Table {
+  Header* (*allocate)(Manager*, int units, int unitSize);
+  void (*free)(Manager*, Header*);
+  Header* (*reallocate)(Manager*, Header*, int units, int unitSize);
+  Header* (*nil)(Manager*);
+  Manager* (*clone)(Manager*);
+};
+struct Manager {
+  const Table* table;
+};
+
+struct Foreign : Manager {
+  Foreign() : Manager{&kTable} {}
+  static Foreign& Of(Manager* manager) { return static_cast<Foreign&>(*manager); }
+  static Header* Allocate(Manager* self, int units, int unitSize) {
+    if (Of(self).exhausted) return nullptr;
+    ++Of(self).blocks;
+    void* block = std::malloc(sizeof(Header) + static_cast<std::size_t>(units + 1) * unitSize);
+    return new (block) Header{self, 0, units, 1};
+  }
+  static void Free(Manager* self, Header* header) {
+    --Of(self).blocks;
+    std::free(header);
+  }
+  static Header* Nil(Manager* self) {
+    ++Of(self).nil.header.references;
+    return &Of(self).nil.header;
+  }
+  static Manager* Clone(Manager* self) { return Of(self).copies; }
+  static constexpr Table kTable = {&Allocate, &Free, nullptr, &Nil, &Clone};
+
+  struct {
+    Header header;
+    wchar_t terminator;
+  } nil = {{this, 0, 0, 1}, L'\0'};
+  Manager* copies = this;
+  int blocks = 0;
+  bool exhausted = false;
+};
+
+wchar_t*& Raw(CStringW& text) { return reinterpret_cast<wchar_t*&>(text); }
+Header& HeaderOf(CStringW& text) { return reinterpret_cast<Header*>(Raw(text))[-1]; }
+
+struct ForeignText : CStringW {
+  using CStringW::operator=;
+  ForeignText(Foreign& manager, const wchar_t* text, long references = 1) {
+    Header* header = Foreign::Allocate(&manager, static_cast<int>(wcslen(text)), sizeof(wchar_t));
+    header->length = header->capacity;
+    header->references = references;
+    Raw(*this) = std::wcscpy(reinterpret_cast<wchar_t*>(header + 1), text);
+  }
+};
+
+TEST(StringW, SharesOnlyUnlockedTextsOfItsOwnManager) {
+  Foreign foreign, other;
+  {
+    ForeignText text(foreign, L"abc"), locked(foreign, L"locked", -1);
+    CStringW copy(text);
+    EXPECT_EQ(Raw(copy), Raw(text));
+    EXPECT_EQ(HeaderOf(text).references, 2);
+    ForeignText target(foreign, L"old");
+    target = copy;
+    EXPECT_EQ(HeaderOf(text).references, 3);
+    EXPECT_EQ(foreign.blocks, 2) << "the old text went back to its manager";
+    target = *&target;
+    EXPECT_EQ(HeaderOf(text).references, 3);
+
+    CStringW own(L"own");
+    own = text;
+    EXPECT_EQ(HeaderOf(text).references, 3) << "another manager's text is copied";
+    EXPECT_STREQ(own, L"abc");
+    EXPECT_NE(HeaderOf(own).manager, &foreign);
+    target = CStringW(own).GetString();
+    EXPECT_EQ(HeaderOf(target).manager, &foreign) << "a text keeps its manager";
+    EXPECT_EQ(foreign.blocks, 3);
+
+    CStringW unlocked(locked);
+    EXPECT_NE(Raw(unlocked), Raw(locked));
+    EXPECT_STREQ(unlocked, L"locked");
+    EXPECT_EQ(HeaderOf(unlocked).references, 1);
+    target = locked;
+    EXPECT_NE(Raw(target), Raw(locked));
+    EXPECT_STREQ(target, L"locked");
+    foreign.copies = &other;
+    CStringW cloned(text);
+    EXPECT_EQ(HeaderOf(cloned).manager, &other);
+    EXPECT_EQ(other.blocks, 1);
+  }
+  EXPECT_EQ(foreign.blocks, 0);
+  EXPECT_EQ(other.blocks, 0);
+}
+
+TEST(StringW, MovesEmptiesAndFailsWithoutALoss) {
+  Foreign foreign;
+  {
+    ForeignText text(foreign, L"abc");
+    CStringW moved(std::move(text));
+    EXPECT_EQ(Raw(text), reinterpret_cast<wchar_t*>(&foreign.nil.header + 1));
+    CStringW target(L"old");
+    target = std::move(moved);
+    EXPECT_TRUE(moved.IsEmpty());
+    EXPECT_STREQ(target, L"abc");
+    foreign.exhausted = true;
+    EXPECT_THROW(target = L"longer", ATL::CAtlException);
+    EXPECT_STREQ(target, L"abc");
+    foreign.exhausted = false;
+    target = static_cast<const wchar_t*>(target);
+    EXPECT_STREQ(target, L"abc");
+    EXPECT_EQ(foreign.nil.header.references, 3) << "its own reference and two texts";
+    target.Empty();
+    EXPECT_EQ(foreign.nil.header.references, 4);
+    EXPECT_EQ(foreign.blocks, 0);
+  }
+  EXPECT_EQ(foreign.nil.header.references, 1);
+}
+
+TEST(StringW, TakesANullPointerAsEmpty) {
+  alignas(CStringW) wchar_t* zeroed = nullptr;
+  auto& text = reinterpret_cast<CStringW&>(zeroed);
+  EXPECT_TRUE(text.IsEmpty());
+  EXPECT_STREQ(text, L"");
+  EXPECT_STREQ(CStringW(text), L"");
+  CStringW target(L"old");
+  target = text;
+  EXPECT_STREQ(target, L"");
+  text.Empty();
+  EXPECT_EQ(zeroed, nullptr) << "left as it was";
+  text = L"new";
+  EXPECT_STREQ(text, L"new");
+  text = nullptr;
+  EXPECT_STREQ(text, L"");
+}
+
+// The module's own manager, seen as another module sees it.
+TEST(StringW, OffersItsManagerToOthers) {
+  CStringW text(L"abc");
+  EXPECT_EQ(HeaderOf(text).length, 3);
+  EXPECT_EQ(HeaderOf(text).references, 1);
+  Manager* manager = HeaderOf(text).manager;
+  const Table& table = *manager->table;
+  Header* header = table.allocate(manager, 2, 2);
+  EXPECT_THAT((std::tuple{header->manager, header->length, header->references}),
+              testing::FieldsAre(manager, 0, 1));
+  EXPECT_EQ(table.reallocate(manager, header, INT_MAX, 2), nullptr);
+  header = table.reallocate(manager, header, 5000, 2);
+  EXPECT_EQ(header->capacity, 5000);
+  table.free(manager, header);
+  EXPECT_EQ(table.allocate(manager, -1, 2), nullptr);
+  EXPECT_EQ(table.clone(manager), manager);
+  Header* nil = table.nil(manager);
+  const long references = nil->references;
+  EXPECT_EQ(table.nil(manager)->references, references + 1);
+  CStringW empty;
+  EXPECT_EQ(&HeaderOf(empty), nil);
+}
+
+TEST(ComBstr, OwnsItsText) {
+  CComBSTR null, empty(L""), text;
+  EXPECT_EQ(null.m_str, nullptr);
+  EXPECT_EQ(null.Copy(), nullptr);
+  EXPECT_NE(empty.m_str, nullptr);
+  text.Attach(::SysAllocStringLen(L"a\0b", 3));
+  CComBSTR copy(text);
+  EXPECT_NE(copy.m_str, text.m_str);
+  EXPECT_EQ(std::wstring(copy, copy.Length()), std::wstring(L"a\0b", 3));
+  copy = *std::addressof(copy);
+  text.Attach(text.m_str);
+  EXPECT_EQ(text.Length(), 3u);
+  const BSTR kept = text.m_str;
+  CComBSTR moved(std::move(text));
+  EXPECT_EQ(moved.m_str, kept);
+  EXPECT_TRUE(!text);
+  moved = std::move(empty);
+  EXPECT_EQ(moved.Length(), 0u);
+  copy = null;
+  EXPECT_EQ(copy.m_str, nullptr);
+}
+
+TEST(HeapAllocator, UsesTheProcessHeapAndRefusesWhatWrapsAround) {
+  LogCapture::Reset();
+  HeapAllocator<long> allocator;
+  static_assert(sizeof(std::vector<long, HeapAllocator<long>>) == 24);
+  EXPECT_TRUE(allocator == HeapAllocator<SLElemData>(allocator));
+  long* storage = allocator.allocate(10);
+  EXPECT_EQ(::HeapSize(::GetProcessHeap(), 0, storage), 10 * sizeof(long));
+  allocator.deallocate(storage, 10);
+  for (std::size_t count : {SIZE_MAX / 4 + 2, SIZE_MAX / 4, SIZE_MAX}) {
+    EXPECT_THROW((void)allocator.allocate(count), std::bad_alloc) << count;
+  }
+  using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
+  EXPECT_THROW(Records(static_cast<std::size_t>(-1)), std::length_error);
+  EXPECT_THROW(Records(SIZE_MAX / 200), std::bad_alloc);
+  EXPECT_EQ(Records(0).capacity(), 0u);
+  EXPECT_THAT(LogCapture::Messages("VERBOSE1"), ElementsAre()) << "nothing is logged";
+  allocator.deallocate(nullptr, 0);
+  alignas(16) static long noHeapBlock[32];
+  allocator.deallocate(noHeapBlock + 16, 16);
+  EXPECT_THAT(LogCapture::Messages("VERBOSE1"),
+              ElementsAre("WARNING HeapAllocator: null pointer on deallocate",
+                          "ERROR HeapAllocator: HeapFree failed err=87"));
+}
+
+TEST(VectorGrowth, GrowsByHalf) {
+  std::vector<CComBSTR, HeapAllocator<CComBSTR>> items;
+  std::vector<std::size_t> capacities;
+  for (int i = 0; i < 20; ++i) {
+    AppendGrowing(items, CComBSTR(std::to_wstring(i).c_str()));
+    if (capacities.empty() || capacities.back() != items.capacity()) {
+      capacities.push_back(items.capacity());
+    }
+  }
+  EXPECT_THAT(capacities, ElementsAre(1, 2, 3, 4, 6, 9, 13, 19, 28));
+  EXPECT_EQ(::HeapSize(::GetProcessHeap(), 0, items.data()), 28 * sizeof(CComBSTR));
+  EXPECT_STREQ(items[0], L"0");
+  EXPECT_STREQ(items[19], L"19");
+}
+
+TEST(ElementRecord, StartsEmptyMovesAndIsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<SLElemData> &&
+                !std::is_copy_assignable_v<SLElemData> &&
+                std::is_nothrow_move_constructible_v<SLElemData> &&
+                std::is_nothrow_move_assignable_v<SLElemData>);
+  LogCapture::Reset();
+  {
+    std::vector<SLElemData, HeapAllocator<SLElemData>> records(2);
+    EXPECT_EQ(records.capacity(), 2u);
+    SLElemData& record = records[1];
+    EXPECT_TRUE(record.processId == 0 && record.hwnd == nullptr && record.objectId == nullptr &&
+                record.uriScheme == 0 && ::IsRectEmpty(&record.rect) && record.sourceUri.IsEmpty());
+    record.processId = 3;
+    record.objectId = ::SysAllocString(L"id");
+    record.rect = {1, 2, 3, 4};
+    record.sourceUri = L"http://a";
+    const BSTR id = record.objectId;
+    records[0] = std::move(record);
+    EXPECT_EQ(LogCapture::Count("Invalid SL object"), 1u) << "the one that was replaced";
+    EXPECT_EQ(records[0].objectId, id);
+    EXPECT_STREQ(records[0].sourceUri, L"http://a");
+    EXPECT_TRUE(record.objectId == nullptr && record.processId == 0 && record.rect.right == 0);
+    EXPECT_TRUE(record.sourceUri.IsEmpty());
+  }
+  EXPECT_EQ(LogCapture::Count("Invalid SL object"), 3u) << "one line a destroyed record";
+}
+
+TEST(ElementRecord, SurvivesAClientThatZeroedIt) {
+  LogCapture::Reset();
+  alignas(SLElemData) unsigned char storage[sizeof(SLElemData)] = {};
+  auto& record = reinterpret_cast<SLElemData&>(storage);
+  record.~SLElemData();
+  EXPECT_EQ(LogCapture::Count("Invalid SL object"), 1u);
+}
+
+}  // namespace
