@@ -6,12 +6,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
 
 namespace base {
+
+struct ArrayBlock {
+  std::size_t size;
+  std::size_t capacity;
+};
+
+// A block for `capacity` items with the items of `old`, which it frees. No template, and not in
+// this header, so that an append stays a few instructions.
+ArrayBlock* GrowBlock(ArrayBlock* old, std::size_t capacity, std::size_t item_size);
 
 template <typename T>
 class CompactArray {
@@ -21,81 +29,65 @@ class CompactArray {
     reserve(count);
     if (count != 0) AppendBytesOf(items, count);
   }
-  CompactArray(CompactArray&& other) noexcept : header_(std::exchange(other.header_, nullptr)) {}
+  CompactArray(CompactArray&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   CompactArray& operator=(CompactArray&& other) noexcept {
     CompactArray taken(std::move(other));
-    std::swap(header_, taken.header_);
+    std::swap(block_, taken.block_);
     return *this;
   }
   ~CompactArray() {
     Truncate(0);
-    ::operator delete(header_);
+    ::operator delete(block_);
   }
 
   void Append(T&& item) {
-    if (size() == capacity()) reserve(std::max<std::size_t>(4, size() * 2));
-    ::new (static_cast<void*>(begin() + header_->size)) T(std::move(item));
-    ++header_->size;
+    if (!block_ || block_->size == block_->capacity)
+      block_ = GrowBlock(block_, std::max<std::size_t>(4, size() * 2), sizeof(T));
+    ::new (static_cast<void*>(end())) T(std::move(item));
+    ++block_->size;
   }
   void reserve(std::size_t count) {
-    if (count <= capacity()) return;
-    CompactArray grown;
-    grown.header_ = Allocate(count);
-    grown.TakeItems(*this, 0);
-    std::swap(header_, grown.header_);
+    if (count > capacity()) block_ = GrowBlock(block_, count, sizeof(T));
   }
   void Truncate(std::size_t count) {
     if (count >= size()) return;
     std::destroy(begin() + count, end());
-    header_->size = count;
+    block_->size = count;
   }
   // Moves the items from `first` on into an array of their own, which is at most half empty.
   CompactArray TakeTail(std::size_t first) {
     CompactArray tail;
     if (first == 0 && size() >= capacity() / 2) {
-      std::swap(header_, tail.header_);
+      std::swap(block_, tail.block_);
     } else if (first < size()) {
-      tail.header_ = Allocate(size() - first);
-      tail.TakeItems(*this, first);
+      tail.reserve(size() - first);
+      tail.AppendBytesOf(begin() + first, size() - first);
+      block_->size = first;
     }
     return tail;
   }
 
-  std::size_t size() const { return header_ ? header_->size : 0; }
+  std::size_t size() const { return block_ ? block_->size : 0; }
   bool empty() const { return size() == 0; }
   T& operator[](std::size_t index) { return begin()[index]; }
   const T& operator[](std::size_t index) const { return begin()[index]; }
-  T* begin() { return Items(header_); }
+  T* begin() { return Items(); }
   T* end() { return begin() + size(); }
-  const T* begin() const { return Items(header_); }
+  const T* begin() const { return Items(); }
   const T* end() const { return begin() + size(); }
 
  private:
-  struct Header {
-    std::size_t size;
-    std::size_t capacity;
-  };
-
-  static T* Items(Header* header) { return header ? reinterpret_cast<T*>(header + 1) : nullptr; }
-  static Header* Allocate(std::size_t count) {
-    static_assert(sizeof(Header) % alignof(T) == 0);
-    constexpr std::size_t kMost =
-        (std::numeric_limits<std::ptrdiff_t>::max() - sizeof(Header)) / sizeof(T);
-    if (count > kMost) throw std::bad_array_new_length();
-    return ::new (::operator new(sizeof(Header) + count * sizeof(T))) Header{0, count};
+  std::size_t capacity() const { return block_ ? block_->capacity : 0; }
+  T* Items() const {
+    static_assert(sizeof(ArrayBlock) % alignof(T) == 0);
+    return block_ ? reinterpret_cast<T*>(block_ + 1) : nullptr;
   }
-  std::size_t capacity() const { return header_ ? header_->capacity : 0; }
   void AppendBytesOf(const T* items, std::size_t count) {
     std::memcpy(static_cast<void*>(end()), items, count * sizeof(T));
-    header_->size += count;
-  }
-  void TakeItems(CompactArray& from, std::size_t first) {
-    if (first >= from.size()) return;
-    AppendBytesOf(from.begin() + first, from.size() - first);
-    from.header_->size = first;
+    block_->size += count;
   }
 
-  Header* header_ = nullptr;
+  ArrayBlock* block_ = nullptr;
 };
 
 }  // namespace base

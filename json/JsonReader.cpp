@@ -1,14 +1,12 @@
 #include "json/JsonReader.h"
 
-#include <algorithm>
-#include <charconv>
+#include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <string>
-#include <system_error>
 #include <utility>
 
+#include "json/JsonNumber.h"
 #include "json/Utf8.h"
 
 namespace base {
@@ -18,6 +16,8 @@ namespace {
 constexpr int kMaxDepth = 199;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 // The value of `count` hexadecimal digits at `text`, or -1.
 int HexValue(const char* text, std::size_t count) {
@@ -34,26 +34,6 @@ int HexValue(const char* text, std::size_t count) {
     }
   }
   return value;
-}
-
-// Whether a well-formed number, known to be beyond a double's range, is too small rather than too
-// large: std::from_chars has one code for both.
-bool IsTiny(std::string_view number) {
-  const std::size_t exponent_at = std::min(number.find_first_of("eE"), number.size());
-  const std::string_view mantissa = number.substr(0, exponent_at);
-  const std::size_t first = mantissa.find_first_of("123456789");
-  if (first == std::string_view::npos) return true;
-  const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-  std::int64_t magnitude = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
-
-  std::string_view digits = number.substr(std::min(exponent_at + 1, number.size()));
-  const bool negative = digits.starts_with('-');
-  if (negative || digits.starts_with('+')) digits.remove_prefix(1);
-  std::int64_t exponent = 0;
-  constexpr std::int64_t kEnough = std::numeric_limits<std::int64_t>::max() / 32;
-  for (const char c : digits) exponent = std::min(exponent * 10 + (c - '0'), kEnough);
-  magnitude += negative ? -exponent : exponent;
-  return magnitude < 0;
 }
 
 class Reader {
@@ -80,7 +60,6 @@ class Reader {
   bool ReadMember();
   bool ReadString();
   bool ReadNumber();
-  bool ReadDouble(std::string_view number);
   bool ReadWord(std::string_view word, Value&& value);
 
   // Reads all between the bracket at at_ and `close`, both included.
@@ -207,7 +186,7 @@ bool Reader::SkipStringRun() {
       const CodePoint next = DecodeUtf8(at_, end_);
       if (!next.valid) return false;
       at_ += next.length;
-    } while (at_ != end_ && static_cast<signed char>(*at_) < 0);
+    } while (at_ != end_ && !IsAscii(*at_));
   }
 }
 
@@ -248,7 +227,10 @@ bool Reader::ReadNumber() {
   const bool negative = Accept('-');
   const char* const digits = at_;
   std::uint64_t magnitude = 0;  // may wrap around where the digits are too many for an integer
-  for (; IsDigit(Peek()); ++at_) magnitude = magnitude * 10 + static_cast<unsigned>(*at_ - '0');
+  const char* digit = digits;
+  for (; digit != end_ && IsDigit(*digit); ++digit)
+    magnitude = magnitude * 10 + static_cast<unsigned>(*digit - '0');
+  at_ = digit;
   const auto count = at_ - digits;
   if (count == 0 || (count > 1 && *digits == '0')) return false;
 
@@ -259,23 +241,14 @@ bool Reader::ReadNumber() {
   if (exponent && !SkipDigits()) return false;
   if (!AtDelimiter()) return false;
 
-  const bool fits = count <= 10 && magnitude <= 0x7FFFFFFFu + negative;
-  if (fraction || exponent || !fits)
-    return ReadDouble({start, static_cast<std::size_t>(at_ - start)});
-  const auto value = static_cast<std::int64_t>(magnitude);
-  values_.Append(Value(static_cast<std::int32_t>(negative ? -value : value)));
-  return true;
-}
-
-bool Reader::ReadDouble(std::string_view number) {
-  double value = 0;
-  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-  if (result.ec == std::errc::result_out_of_range) {
-    if (!IsTiny(number)) return false;
-    value = number.starts_with('-') ? -0.0 : 0.0;
+  if (!fraction && !exponent && count <= 10 && magnitude <= 0x7FFFFFFFu + negative) {
+    const auto value = static_cast<std::int64_t>(magnitude);
+    values_.Append(Value(static_cast<std::int32_t>(negative ? -value : value)));
+    return true;
   }
-  values_.Append(Value(value));
-  return true;
+  const auto value = ParseDouble({start, static_cast<std::size_t>(at_ - start)});
+  if (value) values_.Append(Value(*value));
+  return value.has_value();
 }
 
 bool Reader::SkipDigits() {
@@ -285,17 +258,15 @@ bool Reader::SkipDigits() {
 }
 
 bool Reader::AtDelimiter() const {
-  return at_ == end_ || std::string_view(",]} \t\r\n").find(*at_) != std::string_view::npos;
+  if (at_ == end_) return true;
+  return *at_ == ',' || *at_ == ']' || *at_ == '}' || IsBlank(*at_);
 }
 
 void Reader::SkipGap() {
-  for (;;) {
-    const char c = Peek();
-    if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
-      ++at_;
-    } else if (c != '/' || !SkipComment()) {
-      return;
-    }
+  // Compact messages have no gaps: most calls end here.
+  if (Peek() > ' ' && Peek() != '/') [[likely]]
+    return;
+  while (IsBlank(Peek()) ? (++at_, true) : Peek() == '/' && SkipComment()) {
   }
 }
 

@@ -17,6 +17,32 @@ constexpr std::size_t kMaxNumber = 32;
 constexpr std::size_t kMaxEscape = 6;
 constexpr std::size_t kMaxStringBytes = 2147483647;
 
+bool IsNoncharacter(char32_t code) {
+  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
+}
+
+// Skips what is written as it stands.
+const char* SkipUnchanged(const char* text, const char* end) {
+  for (;;) {
+    text = SkipPlain(text, end);
+    if (text == end || IsAscii(*text)) return text;
+    do {
+      const CodePoint next = DecodeUtf8(text, end);
+      const bool separator = next.code == 0x2028 || next.code == 0x2029;
+      if (!next.valid || separator || IsNoncharacter(next.code)) return text;
+      text += next.length;
+    } while (text != end && !IsAscii(*text));
+  }
+}
+
+// An estimate: few texts then outgrow their first block.
+std::size_t TypicalSize(const ListValue& list) {
+  constexpr std::size_t kTypicalItem = 8;
+  std::size_t size = list.size() * kTypicalItem;
+  for (const Value& item : list) size += item.GetIfString().value_or("").size();
+  return size;
+}
+
 // Writes at a pointer into the string, which is cut to the written length at the end: an append of
 // std::string for each small piece costs several times as much.
 class Writer {
@@ -42,8 +68,6 @@ class Writer {
   bool Write(std::string_view utf8);
   bool Write(double value);
   void Write(std::int32_t value);
-  // Writes what the special character at `text` becomes; returns the position behind it.
-  const char* WriteSpecial(const char* text, const char* end);
   void WriteEscape(char32_t code);
 
   // Makes room for `bytes` more; Put does not check.
@@ -139,31 +163,21 @@ bool Writer::Write(std::string_view utf8) {
   Put('"');
   for (;;) {
     const char* const run = text;
-    text = SkipPlain(text, end);
+    text = SkipUnchanged(text, end);
     Put(std::string_view(run, text - run));
     if (text == end) break;
+    const CodePoint next = DecodeUtf8(text, end);
+    text += next.length;
     // The rest's own length stays in hand, so that runs need no check.
     Ensure(kMaxEscape + (end - text) + 1);
-    text = WriteSpecial(text, end);
+    if (next.valid && !IsNoncharacter(next.code)) {
+      WriteEscape(next.code);
+    } else {
+      Put("\xEF\xBF\xBD");
+    }
   }
   Put('"');
   return true;
-}
-
-bool IsNoncharacter(char32_t code) {
-  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
-}
-
-const char* Writer::WriteSpecial(const char* text, const char* end) {
-  const CodePoint next = DecodeUtf8(text, end);
-  if (!next.valid || IsNoncharacter(next.code)) {
-    Put("\xEF\xBF\xBD");
-  } else if (next.code < 0x80 || next.code == 0x2028 || next.code == 0x2029) {
-    WriteEscape(next.code);
-  } else {
-    Put(std::string_view(text, next.length));
-  }
-  return text + next.length;
 }
 
 void Writer::WriteEscape(char32_t code) {
@@ -184,8 +198,7 @@ bool WriteJson(const Value& value, std::string& out) {
 }
 
 bool WriteJson(const ListValue& list, std::string& out) {
-  constexpr std::size_t kTypicalItem = 8;
-  return Writer(out, std::max(kFirstReserve, list.size() * kTypicalItem)).WriteDocument(list);
+  return Writer(out, std::max(kFirstReserve, TypicalSize(list))).WriteDocument(list);
 }
 
 bool WriteJson(std::string_view utf8, std::string& out) {

@@ -13,6 +13,8 @@
 
 namespace base {
 
+inline bool IsAscii(char byte) { return static_cast<signed char>(byte) >= 0; }
+
 struct CodePoint {
   char32_t code;
   std::size_t length;  // of the ill-formed part if not valid
@@ -61,16 +63,28 @@ inline bool IsPlain(char byte) {
   return static_cast<signed char>(byte) >= 0x20 && byte != '"' && byte != '\\' && byte != '<';
 }
 
+#ifdef JSON_HAS_SSE2
+// A bit for each byte that is not plain.
+inline unsigned SpecialBytes(__m128i bytes) {
+  const auto equal = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
+  const __m128i beyond = _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20));  // signed: at both ends
+  const __m128i special =
+      _mm_or_si128(_mm_or_si128(beyond, equal('<')), _mm_or_si128(equal('"'), equal('\\')));
+  return static_cast<unsigned>(_mm_movemask_epi8(special));
+}
+#endif
+
 inline const char* SkipPlain(const char* text, const char* end) {
 #ifdef JSON_HAS_SSE2
   for (; end - text >= 16; text += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const auto equal = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-    const __m128i low_or_high = _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20));  // signed: both ends
-    const __m128i special =
-        _mm_or_si128(_mm_or_si128(low_or_high, equal('<')), _mm_or_si128(equal('"'), equal('\\')));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(special));
-    if (mask != 0) return text + std::countr_zero(mask);
+    const unsigned special = SpecialBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text)));
+    if (special != 0) return text + std::countr_zero(special);
+  }
+  if (end - text >= 8) {
+    const unsigned special =
+        SpecialBytes(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(text))) & 0xFF;
+    if (special != 0) return text + std::countr_zero(special);
+    text += 8;
   }
 #endif
   while (text != end && IsPlain(*text)) ++text;
