@@ -3,10 +3,23 @@
 #include <utility>
 
 #include "UTILITY/Utf.h"
+#include "json/Check.h"
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
 
 using Tessel::ArchiveException;
+
+namespace {
+
+// The JSON floor knows no log; what it refuses as a broken invariant is told here.
+const struct CheckReporter {
+  CheckReporter() {
+    base::SetCheckFailedHook(
+        [](const char* condition) { LOG_FATAL("Check failed: %s", condition); });
+  }
+} checkReporter;
+
+}  // namespace
 
 JArchive::JArchive() : list_(std::make_shared<base::ListValue>()) {}
 
