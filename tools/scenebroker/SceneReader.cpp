@@ -1,0 +1,203 @@
+#include "tools/scenebroker/SceneReader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+
+#include "tools/scenebroker/JsonText.h"
+#include "tools/shared/ConsoleText.h"
+
+namespace {
+
+using tools::Quoted;
+
+constexpr int kVersion = 1;
+
+// A value of the file and where it stands.
+struct Place {
+  [[noreturn]] void Fail(const std::string& problemAndCure) const {
+    throw SceneError((path.empty() ? "the scene" : path) + ": " + problemAndCure);
+  }
+
+  Place At(std::size_t index) const {
+    return {value[index], path + '[' + std::to_string(index) + ']'};
+  }
+  Place At(const std::string& field) const { return {value[field], FieldPath(field)}; }
+  std::string FieldPath(const std::string& field) const {
+    return (path.empty() ? "" : path + '.') + field;
+  }
+  bool Has(const std::string& field) const { return value.contains(field); }
+
+  const Json& value;
+  std::string path;
+};
+
+std::string ListOf(std::initializer_list<const char*> names) {
+  std::string list;
+  for (const char* name : names) list += (list.empty() ? "" : ", ") + std::string(name);
+  return list;
+}
+
+void CheckObject(const Place& place, std::initializer_list<const char*> required,
+                 std::initializer_list<const char*> optional) {
+  if (!place.value.is_object()) place.Fail("must be an object; write {...}");
+  const auto knows = [](std::initializer_list<const char*> names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+  };
+  for (const auto& field : place.value.items()) {
+    if (knows(required, field.key()) || knows(optional, field.key())) continue;
+    Place{field.value(), place.FieldPath(field.key())}.Fail(
+        "unknown field; remove it, or use one of: " + ListOf(required) +
+        (required.size() > 0 && optional.size() > 0 ? ", " : "") + ListOf(optional));
+  }
+  for (const char* name : required) {
+    if (!place.Has(name)) place.Fail("the field " + Quoted(name) + " is missing; add it");
+  }
+}
+
+std::string ReadText(const Place& place) {
+  if (!place.value.is_string()) place.Fail("must be a text; write it in double quotes");
+  auto text = place.value.get<std::string>();
+  // A client's text ends there.
+  if (text.find('\0') != std::string::npos) place.Fail("must not hold U+0000; remove it");
+  return text;
+}
+
+std::string ReadNonEmptyText(const Place& place) {
+  std::string text = ReadText(place);
+  if (text.empty()) place.Fail("must not be empty; write a text");
+  return text;
+}
+
+const Place& CheckArray(const Place& place, const char* cure) {
+  if (!place.value.is_array()) place.Fail(std::string("must be a list; ") + cure);
+  return place;
+}
+
+RECT ReadRect(const Place& place) {
+  constexpr char kCure[] = "write [left, top, right, bottom]";
+  if (CheckArray(place, kCure).value.size() != 4) {
+    place.Fail(std::string("must have four numbers; ") + kCure);
+  }
+  int numbers[4] = {};
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Place number = place.At(i);
+    const std::optional<int> read = AsInt32(number.value);
+    if (!read) number.Fail("must be an integer of 32 bits; write it without quotes or fraction");
+    numbers[i] = *read;
+  }
+  const RECT rect = {numbers[0], numbers[1], numbers[2], numbers[3]};
+  if (rect.left > rect.right || rect.top > rect.bottom) {
+    place.Fail(std::string("right lies before left, or bottom before top; ") + kCure);
+  }
+  return rect;
+}
+
+void ReadAttributes(const Place& place, SceneElement& element) {
+  if (!place.value.is_object()) place.Fail("must be an object; write {\"name\": \"text\"}");
+  for (const auto& field : place.value.items()) {
+    const Place attribute = {field.value(), place.FieldPath(field.key())};
+    if (field.key().empty()) attribute.Fail("a name must not be empty; name the attribute");
+    if (std::ranges::count(kStateNames, field.key()) > 0) {
+      attribute.Fail("is a state, not an attribute; move it to \"states\"");
+    }
+    element.attributes[field.key()] = ReadText(attribute);
+  }
+}
+
+void ReadItems(const Place& place, SceneElement& element) {
+  CheckArray(place, "write [\"text\", ...]");
+  std::vector<std::string>& items = element.items.emplace();
+  for (std::size_t i = 0; i < place.value.size(); ++i) items.push_back(ReadText(place.At(i)));
+}
+
+void ReadStates(const Place& place, SceneElement& element) {
+  CheckObject(place, {}, {"checked", "selected", "value"});
+  if (place.Has("checked")) {
+    const Place checked = place.At("checked");
+    if (!checked.value.is_boolean()) checked.Fail("must be true or false; write one of them");
+    element.checked = checked.value.get<bool>();
+  }
+  if (place.Has("value")) element.value = ReadText(place.At("value"));
+  if (place.Has("selected")) {
+    const Place selected = place.At("selected");
+    element.selected = ReadText(selected);
+    if (!element.items || std::ranges::count(*element.items, *element.selected) == 0) {
+      selected.Fail("is none of the element's items; add it to \"items\", or select another");
+    }
+  }
+}
+
+SceneElement ReadElement(const Place& place, const Scene& scene) {
+  CheckObject(place, {"id", "rect"}, {"parent", "attributes", "items", "states"});
+  SceneElement element;
+  element.id = ReadNonEmptyText(place.At("id"));
+  element.rect = ReadRect(place.At("rect"));
+  if (place.Has("parent")) {
+    const Place parent = place.At("parent");
+    element.parent = ReadNonEmptyText(parent);
+    if (scene.Find(element.parent) == nullptr) {
+      parent.Fail("no element above has the id " + Quoted(element.parent) +
+                  "; correct it, or move the parent before its children");
+    }
+  }
+  if (place.Has("attributes")) ReadAttributes(place.At("attributes"), element);
+  if (place.Has("items")) ReadItems(place.At("items"), element);
+  if (place.Has("states")) ReadStates(place.At("states"), element);
+  return element;
+}
+
+void ReadElements(const Place& place, Scene& scene) {
+  CheckArray(place, "write [{...}, ...]");
+  for (std::size_t i = 0; i < place.value.size(); ++i) {
+    SceneElement element = ReadElement(place.At(i), scene);
+    const std::string id = element.id;
+    if (!scene.Add(std::move(element))) {
+      place.At(i).At("id").Fail("another element has the id " + Quoted(id) +
+                                "; change one of them");
+    }
+  }
+}
+
+Scene ReadScene(const Json& json) {
+  const Place root = {json, ""};
+  CheckObject(root, {"version", "address", "title", "elements"}, {"focus"});
+  const Place version = root.At("version");
+  if (AsInt32(version.value) != kVersion) {
+    version.Fail("only version " + std::to_string(kVersion) + " is known; write \"version\": " +
+                 std::to_string(kVersion) + ", or use the tools that wrote the file");
+  }
+  Scene scene;
+  scene.address = ReadNonEmptyText(root.At("address"));
+  scene.title = ReadNonEmptyText(root.At("title"));
+  ReadElements(root.At("elements"), scene);
+  if (root.Has("focus")) {
+    const Place focus = root.At("focus");
+    scene.focus = ReadNonEmptyText(focus);
+    if (scene.Find(scene.focus) == nullptr) {
+      focus.Fail("no element has the id " + Quoted(scene.focus) +
+                 "; correct it, or remove the field");
+    }
+  }
+  return scene;
+}
+
+std::string ReadFileText(const std::wstring& path) {
+  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (!file) throw SceneError("cannot read the file; check the path");
+  return text;
+}
+
+}  // namespace
+
+Scene ReadSceneFile(const std::wstring& path) {
+  try {
+    return ReadScene(ParseSceneText(ReadFileText(path)));
+  } catch (const SceneError& error) {
+    // The library quotes the bytes that it refuses, which need not be UTF-8.
+    throw SceneError(tools::Narrow(path + L": " + tools::Wide(error.what())));
+  }
+}

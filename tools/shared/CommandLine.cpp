@@ -1,0 +1,62 @@
+#include "tools/shared/CommandLine.h"
+
+#include <shellapi.h>
+
+#include <memory>
+#include <vector>
+
+#include "tools/shared/ConsoleText.h"
+
+namespace tools {
+namespace {
+
+constexpr struct {
+  const char* name;
+  SLUriScheme scheme;
+} kSchemes[] = {{"tailored", SL_TAILORED_URI},
+                {"http", SL_HTTP_URI},
+                {"https", SL_HTTPS_URI},
+                {"file", SL_FILE_URI}};
+
+// In the order in which the parser takes them: the last one first, the program's name left out.
+std::vector<std::string> ReversedArguments() {
+  int count = 0;
+  const std::unique_ptr<wchar_t*, decltype(&::LocalFree)> arguments(
+      ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
+  std::vector<std::string> result;
+  for (int i = count - 1; i > 0; --i) result.push_back(Narrow(arguments.get()[i]));
+  return result;
+}
+
+}  // namespace
+
+std::optional<int> ParseCommandLine(CLI::App& app) {
+  try {
+    app.parse(ReversedArguments());
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kUsageError;
+  }
+}
+
+CLI::Option* AddSchemeOption(CLI::App& app, std::string& scheme, const std::string& description) {
+  std::vector<std::string> names;
+  for (const auto& entry : kSchemes) names.push_back(entry.name);
+  return app.add_option("--scheme", scheme, description)->check(CLI::IsMember(names));
+}
+
+SLUriScheme SchemeFromName(const std::string& name) {
+  for (const auto& entry : kSchemes) {
+    if (name == entry.name) return entry.scheme;
+  }
+  return SL_NO_URI;
+}
+
+std::string NameOfScheme(DWORD scheme) {
+  for (const auto& entry : kSchemes) {
+    if (scheme == static_cast<DWORD>(entry.scheme)) return entry.name;
+  }
+  return "unknown";
+}
+
+}  // namespace tools

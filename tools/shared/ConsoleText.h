@@ -1,0 +1,32 @@
+// Both tools. Text between the UTF-16 of Windows and the UTF-8 that the tools work in and print.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace tools {
+
+// What is ill-formed becomes U+FFFD.
+std::string Narrow(std::wstring_view text);
+std::wstring Wide(std::string_view text);
+
+// In double quotes, for a message.
+std::string Quoted(std::string_view text);
+
+// On one line of a terminal: control characters are written as escapes.
+std::string Printable(std::string_view text);
+
+std::string HandleText(HWND window);
+
+// The value of "0x..."; null for any other text.
+HWND HandleFromText(std::string_view text);
+
+// Lets the console show UTF-8.
+void PrepareConsole();
+
+// One line to standard output, at once, so that whoever reads the other end of a pipe sees it.
+void PrintLine(std::string_view text);
+
+}  // namespace tools
