@@ -25,7 +25,6 @@ JArchive::JArchive() : list_(std::make_shared<base::ListValue>()) {}
 
 std::wstring JArchive::toString() const {
   std::string utf8;
-  utf8.reserve(1024);
   if (!base::WriteJson(*list_, utf8)) throw ArchiveException("json toString failed");
   return ToUtf16(utf8);
 }
