@@ -15,3 +15,7 @@ configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONL
 add_executable(test_parts parts.cpp)
 target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/include)
 add_dependencies(test_parts TesselSLB)
+tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
+add_dependencies(startup_test test_parts)
+tessel_test(element LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
+add_dependencies(element_test test_parts)

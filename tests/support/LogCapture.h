@@ -1,5 +1,6 @@
 // Collects this process's log lines where they leave it: as the debugger output of every thread.
-// Asks the registry for all of them; the level is the same for every suite in the prefix.
+// Asks the registry for all of them unless told not to; the level is the same for every suite in
+// the prefix.
 #pragma once
 
 #include <windows.h>
@@ -11,9 +12,13 @@
 
 class LogCapture {
  public:
-  LogCapture() {
-    ::RegSetKeyValueA(HKEY_CURRENT_USER, "Environment", "TESSEL_LOG_LEVEL", REG_SZ, "VERBOSE",
-                      sizeof("VERBOSE"));
+  enum class Level { kVerbose, kAsItStands };
+
+  explicit LogCapture(Level level = Level::kVerbose) {
+    if (level == Level::kVerbose) {
+      ::RegSetKeyValueA(HKEY_CURRENT_USER, "Environment", "TESSEL_LOG_LEVEL", REG_SZ, "VERBOSE",
+                        sizeof("VERBOSE"));
+    }
     Reset();
     handler_ = ::AddVectoredExceptionHandler(1 /*first*/, &OnException);
   }
@@ -26,14 +31,22 @@ class LogCapture {
     Store().clear();
   }
 
-  // Whole lines, "{thread} [time:LEVEL:(version) File.cpp(line)] message".
-  static std::vector<std::string> Lines() {
+  // As they came, with the line break.
+  static std::vector<std::string> RawLines() {
     const std::lock_guard lock(Mutex());
     return Store();
   }
 
-  // "LEVEL message" of each line of that level or above, in order: what tables compare.
-  static std::vector<std::string> Messages(const std::string& lowest = "ERROR") {
+  // Whole lines, "{thread} [time:LEVEL:(version) File.cpp(line)] message".
+  static std::vector<std::string> Lines() {
+    std::vector<std::string> lines = RawLines();
+    for (std::string& line : lines) line.resize(line.find_last_not_of('\n') + 1);
+    return lines;
+  }
+
+  // "LEVEL message" of each line of that level or above, in order: what tables compare. All
+  // threads' lines, or those of one.
+  static std::vector<std::string> Messages(const std::string& lowest = "ERROR", DWORD thread = 0) {
     static const std::vector<std::string> kLevels = {"VERBOSE1", "INFO", "WARNING", "ERROR",
                                                      "FATAL"};
     const auto rank = [](const std::string& level) {
@@ -41,6 +54,7 @@ class LogCapture {
     };
     std::vector<std::string> result;
     for (const std::string& line : Lines()) {
+      if (thread != 0 && !line.starts_with('{' + std::to_string(thread) + '}')) continue;
       const std::size_t levelStart = line.find(':') + 1;
       const std::string level = line.substr(levelStart, line.find(':', levelStart) - levelStart);
       const std::size_t messageStart = line.find(")] ") + 3;
@@ -73,11 +87,11 @@ class LogCapture {
     if (record.ExceptionCode != kDebuggerOutput || record.NumberParameters < 2) {
       return EXCEPTION_CONTINUE_SEARCH;
     }
-    std::string line(reinterpret_cast<const char*>(record.ExceptionInformation[1]));
-    while (!line.empty() && line.back() == '\n') line.pop_back();
-    {
+    // The test framework sends its failures the same way; they do not begin with a thread.
+    if (const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
+        *text == '{') {
       const std::lock_guard lock(Mutex());
-      Store().push_back(line);
+      Store().emplace_back(text);
     }
     return EXCEPTION_CONTINUE_EXECUTION;
   }

@@ -1,0 +1,76 @@
+// A stand-in for a program that the module starts: test_parts under that program's name, gone with
+// the test. It writes what it was started with into a file beside it, found by an id.
+#pragma once
+
+#include <windows.h>
+// shlobj.h needs windows.h before it
+#include <shlobj.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/ChildProcess.h"
+
+class StandIn {
+ public:
+  // `kind` is "sllauncher" or "slinject".
+  explicit StandIn(const std::wstring& kind)
+      : kind_(kind),
+        folder_(kind == L"slinject" ? std::filesystem::path(TestFolder()) : LauncherFolder()) {
+    std::filesystem::create_directories(folder_);
+    std::filesystem::copy_file(TestFolder() + L"test_parts.exe", Program(),
+                               std::filesystem::copy_options::overwrite_existing);
+  }
+  ~StandIn() {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+      const std::wstring name = entry.path().filename().wstring();
+      if (name.starts_with(kind_ + L"-serve")) End(std::stoul(Lines(entry.path()).at(3)));
+      if (name.starts_with(kind_ + L"-")) std::filesystem::remove(entry.path(), ignored);
+    }
+    std::filesystem::remove(Program(), ignored);
+    if (kind_ != L"slinject") std::filesystem::remove(folder_, ignored);
+  }
+  StandIn(const StandIn&) = delete;
+  StandIn& operator=(const StandIn&) = delete;
+
+  std::filesystem::path Program() const { return folder_ / (kind_ + L".exe"); }
+
+  // Command line, directory, "flags show-command", process; an injector adds "end".
+  std::vector<std::string> Record(const std::wstring& id) const {
+    return Lines(folder_ / (kind_ + L"-" + id + L".txt"));
+  }
+
+  // For an injector: how long it takes and its exit code.
+  void Prepare(int process, DWORD milliseconds, int exitCode) const {
+    std::ofstream(folder_ / (kind_ + L"-" + std::to_wstring(process) + L".in"))
+        << milliseconds << ' ' << exitCode;
+  }
+
+  static std::filesystem::path LauncherFolder() {
+    wchar_t programs[MAX_PATH] = {};
+    ::SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILESX86, nullptr, SHGFP_TYPE_CURRENT, programs);
+    return std::filesystem::path(programs) / L"Microsoft Silverlight";
+  }
+
+ private:
+  static std::vector<std::string> Lines(const std::filesystem::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+  }
+  static void End(DWORD id) {
+    const HANDLE process = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
+    if (process == nullptr) return;
+    ::TerminateProcess(process, 0);
+    ::WaitForSingleObject(process, 5000);
+    ::CloseHandle(process);
+  }
+
+  const std::wstring kind_;
+  const std::filesystem::path folder_;
+};
