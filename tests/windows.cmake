@@ -19,3 +19,10 @@ tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)
 tessel_test(element LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(element_test test_parts)
+
+tessel_test(tools LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")
+target_compile_definitions(tools_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes")
+add_dependencies(tools_test SceneBroker tessel)
+add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
+set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
+  ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
