@@ -68,6 +68,7 @@ void HandleLine(const LogLine& line) {
 template <class Character>
 void WriteFormatted(const LogSite& site, const Character* format, std::va_list arguments) {
   const LastErrorGuard keepLastError;
+  if (!IsLogged(site.level)) return;  // for the callers who bring a site of their own
 
   char prefixStorage[MAX_PATH];
   TextBuffer prefix(prefixStorage, sizeof(prefixStorage));

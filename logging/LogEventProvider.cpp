@@ -2,7 +2,6 @@
 
 #include <initializer_list>
 
-#include "logging/LastErrorGuard.h"
 #include "logging/LogLevel.h"
 
 namespace logging {
@@ -53,7 +52,6 @@ std::atomic<const LogEventProvider*> currentProvider{nullptr};
 // A function-local static's destructor runs when the module unloads.
 struct ProviderLifetime {
   ProviderLifetime() {
-    const LastErrorGuard keepLastError;
     provider.Register();
     currentProvider = &provider;
   }

@@ -11,7 +11,7 @@
 namespace logging {
 namespace {
 
-constexpr std::size_t kLongestWideMessage = 4095;
+constexpr std::size_t kLongestMessage = 4095;
 
 enum class Width { kNarrow, kShort, kDefault, kLong, k64 };
 
@@ -163,9 +163,9 @@ class MessageWriter {
 
   template <class T>
   void WriteByRuntime(const Conversion& conversion, const char* size, T value) {
-    char text[512];
+    char text[kLongestMessage + 1];
     const int length = _snprintf(text, sizeof(text), RuntimeFormat(conversion, size).text, value);
-    // Negative: the text did not fit and fills the buffer.
+    // Negative: the text did not fit, fills the buffer and will be cut anyhow.
     out_.Append({text, length < 0 ? sizeof(text) : static_cast<std::size_t>(length)});
   }
 
@@ -280,8 +280,8 @@ void TextBuffer::AppendMessage(std::size_t longest, const char* format, std::va_
 }
 
 void TextBuffer::AppendMessage(std::size_t longest, const wchar_t* format, std::va_list arguments) {
-  wchar_t message[kLongestWideMessage + 1] = {};
-  longest = std::min(longest, kLongestWideMessage);
+  wchar_t message[kLongestMessage + 1] = {};
+  longest = std::min(longest, kLongestMessage);
   const bool cut =
       _vsnwprintf(message, longest + 1, format, arguments) < 0 || message[longest] != L'\0';
   std::size_t length = ::wcsnlen(message, longest);

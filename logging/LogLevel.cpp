@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 
 #include "logging/LastErrorGuard.h"
 #include "logging/LogEventProvider.h"
@@ -24,7 +25,8 @@ int LevelFromText(const char* text) {
     int level;
   } kNames[] = {{"VERBOSE", kVerbose}, {"INFO", kInfo}, {"WARNING", kWarning}, {"ERROR", kError}};
   for (const auto& entry : kNames) {
-    if (::lstrcmpiA(text, entry.name) == 0) return entry.level;
+    // Not lstrcmpi: a linguistic comparison passes over control characters.
+    if (::_stricmp(text, entry.name) == 0) return entry.level;
   }
   return kFatal;
 }
@@ -39,8 +41,9 @@ int ReadLevelFromRegistry() {
   char text[11] = {};
   for (const auto& place : kPlaces) {
     DWORD size = sizeof(text) - 1;
-    if (::RegGetValueA(place.root, place.key, "TESSEL_LOG_LEVEL", RRF_RT_REG_SZ, nullptr /*type*/,
-                       text, &size) == ERROR_SUCCESS) {
+    // Without RRF_NOEXPAND an expandable string would count as a string.
+    if (::RegGetValueA(place.root, place.key, "TESSEL_LOG_LEVEL", RRF_RT_REG_SZ | RRF_NOEXPAND,
+                       nullptr /*type*/, text, &size) == ERROR_SUCCESS) {
       return LevelFromText(text);
     }
   }
@@ -65,6 +68,7 @@ int GetTraceLevel() { return traceLevel.load(); }
 void SetTraceLevel(int level) { traceLevel.store(level); }
 
 int LowestLoggedLevel() {
+  const LastErrorGuard keepLastError;
   EnsureEventProvider();
   return std::min(traceLevel.load(), GetConfiguredLogLevel());
 }
