@@ -219,6 +219,8 @@ bool CJbPipe::AttachToServerPipe(HANDLE pipe) {
 }
 
 HANDLE CJbPipe::DuplicatePipeHandle(std::uint32_t processId) {
+  // The empty value, -1, would duplicate as this process.
+  if (!pipe_) return nullptr;
   const SafeHandle process(::OpenProcess(PROCESS_DUP_HANDLE, FALSE /*inheritable*/, processId));
   HANDLE duplicate = nullptr;
   if (!process || !::DuplicateHandle(::GetCurrentProcess(), pipe_.Get(), process.Get(), &duplicate,
