@@ -5,6 +5,7 @@ set(levelPrefix "WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
 
 tessel_test(archive LIBRARIES tessel_utility)
+tessel_test(pipe LIBRARIES tessel_utility)
 tessel_test(types LIBRARIES tessel_module)
 tessel_test(address LIBRARIES tessel_module)
 tessel_test(exports LIBRARIES version)
