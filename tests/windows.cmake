@@ -27,3 +27,9 @@ add_dependencies(tools_test SceneBroker tessel)
 add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
 set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
   ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+
+tessel_test(channel LIBRARIES TesselSLB)
+add_dependencies(channel_test test_parts)
+
+tessel_test(channel_race LIBRARIES TesselSLB
+  PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level PROCESSORS 2)

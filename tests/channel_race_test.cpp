@@ -1,0 +1,176 @@
+// UninitComm against every moment of another thread's ReadMessage and WriteMessage. Every round has
+// a channel of its own and must end; one that hangs ends the whole program.
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "TesselHost.h"
+#include "support/LogCapture.h"
+#include "support/RawClient.h"
+
+namespace {
+
+constexpr DWORD kTailored = 4;
+constexpr int kRounds = 1500;           // for each kind of log
+constexpr int kRoundsWithClient = 200;  // likewise
+constexpr int kSweep = 50;              // delays: 0 to this, in steps of kStepMicroseconds
+constexpr int kStepMicroseconds = 20;
+
+const std::wstring kHost = L"race" + std::to_wstring(::GetCurrentProcessId());
+const std::wstring kAddress = L"http://" + kHost;
+const std::wstring kPipe = kTailoredPipe + L"http___" + kHost;
+
+std::int64_t Microseconds() {
+  LARGE_INTEGER count, frequency;
+  ::QueryPerformanceCounter(&count);
+  ::QueryPerformanceFrequency(&frequency);
+  return count.QuadPart * 1000000 / frequency.QuadPart;
+}
+
+void Spin(std::int64_t microseconds) {
+  const std::int64_t end = Microseconds() + microseconds;
+  while (Microseconds() < end) ::YieldProcessor();
+}
+
+// The host's thread: on a signal it serves until the channel is closed.
+class Host {
+ public:
+  Host() : thread_([this] { Run(); }) {}
+  ~Host() {
+    go_ = -1;
+    thread_.join();
+  }
+
+  void Start() { go_ = 1; }
+  std::int64_t EnteredAt() const { return entered_; }
+
+  // The codes of the round, of the reads and then of the write if there was a request.
+  std::vector<int> Finish() {
+    for (int i = 0; go_ == 1; ++i) {
+      if (i > 10000) {
+        std::fputs("the host's call hangs\n", stderr);
+        ::TerminateProcess(::GetCurrentProcess(), 1);
+      }
+      ::Sleep(1);
+    }
+    entered_ = 0;
+    return std::move(codes_);
+  }
+
+ private:
+  void Run() {
+    for (;;) {
+      while (go_ == 0) ::YieldProcessor();
+      if (go_ == -1) return;
+      codes_.clear();
+      entered_ = Microseconds();
+      int code = 0;
+      do {
+        wchar_t request[100];
+        DWORD size = 100;
+        code = ReadMessage(request, &size);
+        codes_.push_back(code);
+        if (code == 0) codes_.push_back(code = WriteMessage(L"[0]"));
+      } while (code == 0 || code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE);
+      go_ = 0;
+    }
+  }
+
+  std::atomic<int> go_{0};
+  std::atomic<std::int64_t> entered_{0};
+  std::vector<int> codes_;
+  std::thread thread_;
+};
+
+// An old call that is still leaving may keep the pipe for a moment.
+void OpenChannel() {
+  int code = 0;
+  for (int i = 0; i < 100 && (code = InitComm(kTailored, INFINITE, kAddress.c_str())) == -4; ++i) {
+    ::Sleep(1);
+  }
+  ASSERT_EQ(code, 0);
+}
+
+struct Counts {
+  int waiting = 0;     // the call was in its wait for long
+  int notWaiting = 0;  // the call had not begun, or only just
+  int vanished = 0;
+};
+
+// A client that comes at some moment and leaves at another, with or without a request.
+void ComeAndVanish(int round) {
+  const HANDLE pipe = ::CreateFileW(kPipe.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+  if (pipe == INVALID_HANDLE_VALUE) return;
+  OVERLAPPED sending = {};
+  if (round % 2 == 0) ::WriteFile(pipe, L"[1]", 6, nullptr, &sending);
+  Spin(round % 7 * 30);
+  ::CloseHandle(pipe);
+}
+
+void RunRound(Host& host, int round, bool withClient, Counts& counts) {
+  OpenChannel();
+  // Even rounds delay the shutdown behind the call's begin, odd ones the call.
+  const std::int64_t delay = round / 2 % kSweep * kStepMicroseconds;
+  std::thread client;
+  if (withClient) client = std::thread([round] { ComeAndVanish(round); });
+  if (round % 2 == 0) {
+    host.Start();
+    while (host.EnteredAt() == 0) ::YieldProcessor();
+    Spin(delay);
+  } else {
+    Spin(delay);
+    host.Start();
+  }
+  const std::int64_t entered = host.EnteredAt();
+  const std::int64_t running = entered == 0 ? 0 : Microseconds() - entered;
+  if (running < 10) ++counts.notWaiting;
+  if (running > 800) ++counts.waiting;
+  EXPECT_EQ(UninitComm(), 0);
+  if (client.joinable()) client.join();
+
+  for (const int code : host.Finish()) {
+    const bool allowed = code == 0 || code == -1 || code == -3;
+    const bool clientsFault = code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE;
+    EXPECT_TRUE(allowed || (withClient && clientsFault)) << "code " << code << " round " << round;
+    if (clientsFault) ++counts.vanished;
+  }
+}
+
+void SetLevel(const char* level) {
+  if (level != nullptr) {
+    ::RegSetKeyValueA(HKEY_CURRENT_USER, "Environment", "TESSEL_LOG_LEVEL", REG_SZ, level,
+                      static_cast<DWORD>(std::strlen(level) + 1));
+  } else {
+    ::RegDeleteKeyValueA(HKEY_CURRENT_USER, "Environment", "TESSEL_LOG_LEVEL");
+  }
+  ::Sleep(3100);  // the level is kept for 3 s
+}
+
+class ChannelRace : public testing::TestWithParam<const char*> {};
+
+TEST_P(ChannelRace, EveryCallEnds) {
+  const LogCapture capture(LogCapture::Level::kAsItStands);
+  SetLevel(GetParam());
+  Host host;
+  Counts plain;
+  for (int round = 0; round < kRounds; ++round) {
+    RunRound(host, round, false, plain);
+    if (round % 100 == 0) LogCapture::Reset();
+  }
+  Counts withClient;
+  for (int round = 0; round < kRoundsWithClient; ++round) RunRound(host, round, true, withClient);
+
+  std::printf("waiting %d, not yet %d of %d; -6 and -7 %d of %d\n", plain.waiting, plain.notWaiting,
+              kRounds, withClient.vanished, kRoundsWithClient);
+  EXPECT_GT(plain.waiting, kRounds / 10);
+  EXPECT_GT(plain.notWaiting, kRounds / 10);
+  EXPECT_GT(withClient.vanished, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Log, ChannelRace, testing::Values(nullptr, "VERBOSE"),
+                         [](const auto& test) { return test.param ? "Verbose" : "Silent"; });
+
+}  // namespace

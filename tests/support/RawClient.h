@@ -1,0 +1,67 @@
+// A client of a broker's pipe that knows nothing of the module.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+inline const std::wstring kTailoredPipe =
+    L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name.TAILORED";
+
+class RawClient {
+ public:
+  // Tries for up to 5 s.
+  explicit RawClient(const std::wstring& pipeName) {
+    for (int i = 0; i < 1000 && pipe_ == INVALID_HANDLE_VALUE; ++i) {
+      if (i != 0) ::Sleep(5);
+      pipe_ = ::CreateFileW(pipeName.c_str(), GENERIC_READ | GENERIC_WRITE, 0 /*sharing*/, nullptr,
+                            OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+    }
+    DWORD mode = PIPE_READMODE_MESSAGE;
+    ::SetNamedPipeHandleState(pipe_, &mode, nullptr, nullptr);
+  }
+  ~RawClient() {
+    Leave();
+    ::CloseHandle(sending_.hEvent);
+  }
+  RawClient(const RawClient&) = delete;
+  RawClient& operator=(const RawClient&) = delete;
+
+  void Leave() {
+    if (pipe_ == INVALID_HANDLE_VALUE) return;
+    ::CancelIo(pipe_);
+    if (!text_.empty()) Finish(sending_);
+    ::CloseHandle(pipe_);
+    pipe_ = INVALID_HANDLE_VALUE;
+  }
+
+  // Does not wait: the pipe has no buffer, so the message goes when the server reads. Once a
+  // client.
+  void Send(const std::wstring& text) {
+    text_ = text;
+    ::WriteFile(pipe_, text_.data(), static_cast<DWORD>(text_.size() * sizeof(wchar_t)), nullptr,
+                &sending_);
+  }
+
+  // Empty when the server hangs up.
+  std::wstring Receive() {
+    wchar_t text[2000] = {};
+    OVERLAPPED receiving = {};
+    receiving.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const bool started = ::ReadFile(pipe_, text, sizeof(text), nullptr, &receiving) ||
+                         ::GetLastError() == ERROR_IO_PENDING;
+    const DWORD read = started ? Finish(receiving) : 0;
+    ::CloseHandle(receiving.hEvent);
+    return std::wstring(text, read / sizeof(wchar_t));
+  }
+
+ private:
+  DWORD Finish(OVERLAPPED& overlapped) {
+    DWORD bytes = 0;
+    return ::GetOverlappedResult(pipe_, &overlapped, &bytes, TRUE /*wait*/) ? bytes : 0;
+  }
+
+  HANDLE pipe_ = INVALID_HANDLE_VALUE;
+  OVERLAPPED sending_ = {0, 0, {{0, 0}}, ::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  std::wstring text_;
+};
