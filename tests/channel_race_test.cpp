@@ -15,8 +15,8 @@ namespace {
 constexpr DWORD kTailored = 4;
 constexpr int kRounds = 1500;           // for each kind of log
 constexpr int kRoundsWithClient = 200;  // likewise
-constexpr int kSweep = 50;              // delays: 0 to this, in steps of kStepMicroseconds
-constexpr int kStepMicroseconds = 20;
+constexpr int kSweep = 50;              // delays of 0 to 49 steps
+constexpr int kStepMicroseconds = 40;
 
 const std::wstring kHost = L"race" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kAddress = L"http://" + kHost;
