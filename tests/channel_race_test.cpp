@@ -93,6 +93,11 @@ void OpenChannel() {
   ASSERT_EQ(code, 0);
 }
 
+std::atomic<std::int64_t> holdMicroseconds{0};
+void HoldBeforeTheWait(const char* line) {
+  if (std::strstr(line, "] Wait client to connect") != nullptr) Spin(holdMicroseconds);
+}
+
 struct Counts {
   int waiting = 0;     // the call was in its wait for long
   int notWaiting = 0;  // the call had not begun, or only just
@@ -112,17 +117,19 @@ void ComeAndVanish(int round) {
 
 void RunRound(Host& host, int round, bool withClient, Counts& counts) {
   OpenChannel();
-  // Even rounds delay the shutdown behind the call's begin, odd ones the call.
-  const std::int64_t delay = round / 2 % kSweep * kStepMicroseconds;
+  // By turns: the shutdown behind the call's begin, the call behind the shutdown's, and, where
+  // the log gives the place to do so, the call held between its last look and its wait.
+  const std::int64_t delay = round / 3 % kSweep * kStepMicroseconds;
+  holdMicroseconds = round % 3 == 1 ? delay / 4 : 0;
   std::thread client;
   if (withClient) client = std::thread([round] { ComeAndVanish(round); });
-  if (round % 2 == 0) {
+  if (round % 3 == 2) {
+    Spin(delay);
+    host.Start();
+  } else {
     host.Start();
     while (host.EnteredAt() == 0) ::YieldProcessor();
-    Spin(delay);
-  } else {
-    Spin(delay);
-    host.Start();
+    if (round % 3 == 0) Spin(delay);
   }
   const std::int64_t entered = host.EnteredAt();
   const std::int64_t running = entered == 0 ? 0 : Microseconds() - entered;
@@ -153,6 +160,7 @@ class ChannelRace : public testing::TestWithParam<const char*> {};
 
 TEST_P(ChannelRace, EveryCallEnds) {
   const LogCapture capture(LogCapture::Level::kAsItStands);
+  LogCapture::Pause() = &HoldBeforeTheWait;
   SetLevel(GetParam());
   Host host;
   Counts plain;

@@ -1,6 +1,8 @@
 // The host channel through the module's exports, against clients that open the pipe themselves.
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <cstring>
 #include <functional>
 #include <future>
 #include <memory>
@@ -244,6 +246,31 @@ TEST_F(Channel, AnotherInitStartsAfresh) {
   EXPECT_EQ(old.Receive(), L"");
   old.Leave();
   ExpectService();
+}
+
+// Holds ReadMessage behind its look at the shutdown, before its wait.
+std::atomic<bool> held{false}, released{false};
+void HoldBeforeTheWait(const char* line) {
+  if (std::strstr(line, "] Wait client to connect") == nullptr) return;
+  held = true;
+  while (!released) ::Sleep(1);
+}
+
+TEST_F(Channel, UninitReachesAReadThatDoesNotWaitYet) {
+  for (const bool used : {false, true}) {
+    Open(INFINITE);
+    // On a fresh pipe the knock comes and goes; on a used one nobody can connect before the wait.
+    if (used) ExpectService();
+    held = released = false;
+    LogCapture::Pause() = &HoldBeforeTheWait;
+    auto read = std::async(std::launch::async, Read);
+    while (!held) ::Sleep(1);
+    LogCapture::Pause() = nullptr;
+    EXPECT_EQ(UninitComm(), 0);
+    released = true;
+    ASSERT_EQ(read.wait_for(std::chrono::seconds(20)), std::future_status::ready) << used;
+    EXPECT_EQ(read.get(), L"<-3>") << used;
+  }
 }
 
 TEST_F(Channel, UninitWakesAReadThatWaitsWithoutLimit) {

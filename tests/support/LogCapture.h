@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -29,6 +30,13 @@ class LogCapture {
   static void Reset() {
     const std::lock_guard lock(Mutex());
     Store().clear();
+  }
+
+  // Called with each line on the thread that logs it, which stands still until it returns: so a
+  // test holds a call at a known point.
+  static std::atomic<void (*)(const char* line)>& Pause() {
+    static std::atomic<void (*)(const char* line)> pause{nullptr};
+    return pause;
   }
 
   // As they came, with the line break.
@@ -90,8 +98,11 @@ class LogCapture {
     // The test framework sends its failures the same way; they do not begin with a thread.
     if (const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
         *text == '{') {
-      const std::lock_guard lock(Mutex());
-      Store().emplace_back(text);
+      {
+        const std::lock_guard lock(Mutex());
+        Store().emplace_back(text);
+      }
+      if (const auto pause = Pause().load()) pause(text);
     }
     return EXCEPTION_CONTINUE_EXECUTION;
   }
