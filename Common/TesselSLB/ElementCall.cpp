@@ -6,7 +6,6 @@ namespace {
 
 template <class... Arguments>
 void LogErrorAt(const CallSite& site, const char* format, Arguments... arguments) {
-  if (!logging::IsLogged(logging::kError)) return;
   const logging::LogSite place(site.file_name(), static_cast<int>(site.line()), logging::kError);
   logging::WriteLog(place, format, arguments...);
 }

@@ -83,7 +83,6 @@ void DTrace(int level, const wchar_t* text) {
     return;
   }
   if (level < logging::kVerbose || level > logging::kError) level = logging::kVerbose;
-  if (!logging::IsLogged(level)) return;
   logging::WriteLog(logging::LogSite(__FILE__, __LINE__, level), "SL: %ls", text);
 }
 
