@@ -95,20 +95,14 @@ std::string Rectangle(SLElemData& element) {
   return text;
 }
 
-Call Attribute(const wchar_t* name) {
+Call Attribute(const wchar_t* name, bool wanted = true) {
   return [=](SLElemData& element) {
     wchar_t kept[] = L"kept";
     wchar_t* value = kept;
-    const int code = GetAttribute(element, const_cast<wchar_t*>(name), &value);
+    const int code = GetAttribute(element, const_cast<wchar_t*>(name), wanted ? &value : nullptr);
     const std::string text = std::to_string(code) + ' ' + Narrow(value);
     if (value != kept) ::SysFreeString(value);
     return text;
-  };
-}
-
-Call NoValue(const wchar_t* name) {
-  return [=](SLElemData& element) {
-    return std::to_string(GetAttribute(element, const_cast<wchar_t*>(name), nullptr));
   };
 }
 
@@ -173,7 +167,6 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
     std::string answer, request, result, error;
   } kCases[] = {
       {Rectangle, "[0,1,-2,3,2147483647]", rectangle, "0 1 -2 3 2147483647", ""},
-      {Rectangle, "[0,1,2,3,4,5]", rectangle, "0 1 2 3 4", ""},
       {Rectangle, "[0,5,6]", rectangle, "-12 5 6 9 9", kEnd},
       {Rectangle, "[0,5,6.0,7,8]", rectangle, "-12 5 9 9 9", kNumber},
       {Rectangle, "[-8,1,2,3,4]", rectangle, "-8 9 9 9 9", kFailed + "-8"},
@@ -181,7 +174,6 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
       {Rectangle, "[-2147483648]", rectangle, "-2147483648 9 9 9 9", kFailed + "-2147483648"},
       {Rectangle, "[]", rectangle, "-12 9 9 9 9", kEnd},
       {Rectangle, "['0',1]", rectangle, "-12 9 9 9 9", kNumber},
-      {Rectangle, "[2147483648]", rectangle, "-12 9 9 9 9", kNumber},
       {Rectangle, "{}", rectangle, "-12 9 9 9 9", "ERROR Archive failure: 'json array expected'"},
       {Rectangle, "[0,", rectangle, "-12 9 9 9 9",
        "ERROR Archive failure: 'Cannot parse json_array'"},
@@ -189,11 +181,9 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
        "0 t\u00e9xt", ""},
       {Attribute(L"a"), "[0,'']", "[10" + id + ",\"a\"]", "0 ", ""},
       {Attribute(L"a"), "[0,5]", "[10" + id + ",\"a\"]", "-12 kept", kString},
-      {Attribute(L"a"), "[7]", "[10" + id + ",\"a\"]", "7 kept", kFailed + "7"},
       {Attribute(nullptr), "", "", "-5 kept", "ERROR Invalid attribute name"},
-      {Attribute(L""), "", "", "-5 kept", "ERROR Invalid attribute name"},
-      {NoValue(L""), "", "", "-5", "ERROR Invalid attribute name"},
-      {NoValue(L"a"), "", "", "-5", "ERROR Invalid out param"},
+      {Attribute(L"", false), "", "", "-5 kept", "ERROR Invalid attribute name"},
+      {Attribute(L"a", false), "", "", "-5 kept", "ERROR Invalid out param"},
       {ItemsOf(7), "[0,2,'x','y']", "[16" + id + ",true]", "0 first x y 3", ""},
       {ItemsOf(0), "[0,0]", "[16" + id + ",false]", "0 first 1", ""},
       {ItemsOf(-1), "[0,-1]", "[16" + id + ",true]", "0 first 1", ""},
@@ -203,11 +193,9 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
       {Parent, "[0,'up']", "[6" + id + "]", "0 77 4 " + uri + " up", ""},
       {Parent, "[0,'']", "[6" + id + "]", "0 " + kKept, ""},
       {Parent, "[0,5]", "[6" + id + "]", "-12 " + kKept, kString},
-      {Parent, "[1]", "[6" + id + "]", "1 " + kKept, kFailed + "1"},
       {Release, "[0,true]", "[3" + id + "]", "0", ""},
       {Release, "[0,false]", "[3" + id + "]", "-3", "ERROR Release failed"},
       {Release, "[0,1]", "[3" + id + "]", "-12", "ERROR Archive failure: 'boolean expected'"},
-      {Release, "[-3]", "[3" + id + "]", "-3", kFailed + "-3"},
       {Point, "[0,'new']", point, "0 77 4 " + uri + " new", ""},
       {Point, "[0,'']", point, "0 77 4 " + uri + " ", ""},
       {Point, "[0]", point, "-12 " + kKept, kEnd},
@@ -250,7 +238,7 @@ TEST(Element, MustBeNamedByAllFiveFields) {
   };
   const std::pair<Call, std::string> kCalls[] = {{Rectangle, "-13 9 9 9 9"},
                                                  {Attribute(L""), "-13 kept"},
-                                                 {NoValue(L"a"), "-13"},
+                                                 {Attribute(L"a", false), "-13 kept"},
                                                  {ItemsOf(1), "-13 first 1"},
                                                  {Value, "-13 kept"},
                                                  {Parent, "-13 77 0 old kept"},
@@ -390,7 +378,7 @@ TEST(Search, StartsTheTailoredBrokerOrEnds) {
     LogCapture::Reset();
     return Point(record);
   };
-  EXPECT_EQ(find(), "-9 77 0 old kept");
+  EXPECT_EQ(find(), "-9 " + kKept);
   EXPECT_THAT(Errors(),
               ElementsAre("ERROR Cannot find sllauncher.exe", "ERROR Cannot sllauncher.exe",
                           "ERROR Cannot start SLBroker process",
@@ -399,15 +387,18 @@ TEST(Search, StartsTheTailoredBrokerOrEnds) {
   EXPECT_EQ(find(), "0 0 4 " + Narrow(address.c_str()) + " launched");
 }
 
-// One client gets no answer, another no connection, each for its 18 seconds.
+// One client gets no answer for 25 s, another no connection meanwhile.
 TEST(Waits, EndInTheirTime) {
   const std::wstring address = Address(L"silent");
   Broker broker(SL_TAILORED_URI, address, {"silent"});
   std::string results[2];
   Texts errors[2];
+  std::uint64_t took[2];
   const auto call = [&](int index) {
     SLElemData element = Element(address, L"id");
+    const std::uint64_t start = ::GetTickCount64();
     results[index] = Rectangle(element);
+    took[index] = ::GetTickCount64() - start;
     errors[index] = LogCapture::Messages("ERROR", ::GetCurrentThreadId());
     Forget(element);
   };
@@ -416,6 +407,7 @@ TEST(Waits, EndInTheirTime) {
     EXPECT_EQ(broker.ReadLine(), "[2,77,\"id\"]");
     call(1);
   }
+  EXPECT_GE(std::min(took[0], took[1]), 18000u);
   EXPECT_EQ(results[0], "-6 9 9 9 9");
   EXPECT_THAT(errors[0], ElementsAre("ERROR WaitForSingleObject timeout or failed (258)",
                                      "ERROR GetOverlappedResult failed", "ERROR ReadBuffer failed",

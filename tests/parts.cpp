@@ -52,7 +52,7 @@ Function* Import(HMODULE module, const char* name) {
 }
 
 // Answers the requests in turn, printing each. In an answer ' stands for ". "gone" leaves without
-// an answer, "silent" keeps the client waiting, "*" before an answer gives it for ever.
+// an answer, "silent" comes too late, "*" before an answer gives it for ever.
 int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
           const std::vector<std::wstring>& answers) {
   const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
@@ -67,7 +67,7 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
     if (read(request, &size) != SL_CHANNEL_SUCCESS) return 3;
     Print(Narrow(request));
     if (*answer == L"gone") return 0;
-    if (*answer == L"silent") ::Sleep(INFINITE);
+    if (*answer == L"silent") ::Sleep(25000);
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');
     const bool forEver = text.front() == L'*';
@@ -77,7 +77,8 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
   return 0;
 }
 
-// For a tailored origin whose host begins with "serve" it is the broker, for any other it leaves.
+// For a tailored origin whose host begins with "serve" it is the broker, with "serve-late" after
+// 20 s; for any other it leaves.
 int Launch(const std::vector<std::wstring>& arguments) {
   const path package = arguments.at(2).substr(wcslen(L"/emulate:"));
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
@@ -88,6 +89,7 @@ int Launch(const std::vector<std::wstring>& arguments) {
       tailored ? path(address).filename().wstring() : address.substr(0, address.find(L':'));
   RecordStart(OwnPath().parent_path() / (L"sllauncher-" + name + L".txt"));
   if (!name.starts_with(L"serve")) return 1;
+  if (name.starts_with(L"serve-late")) ::Sleep(20000);
   return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
 }
 
@@ -107,7 +109,8 @@ int Inject(const std::wstring& argument) {
 
 // Takes a mutex, says so, and ends without giving it back.
 int Hold(const std::wstring& mutex, DWORD milliseconds) {
-  Print(::CreateMutexW(nullptr, TRUE /*owned*/, mutex.c_str()) != nullptr ? "held" : "not held");
+  const HANDLE handle = ::CreateMutexW(nullptr, FALSE /*owned*/, mutex.c_str());
+  Print(::WaitForSingleObject(handle, 0) == WAIT_OBJECT_0 ? "held" : "not held");
   ::Sleep(milliseconds);
   return 0;
 }

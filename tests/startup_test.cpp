@@ -156,19 +156,19 @@ TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
   ::CloseHandle(otherKind);
 }
 
-// The long ones side by side: launchers that bring no broker, injectors that take their time, an
-// injection that another process holds up.
+// The long ones side by side: launchers that bring no broker or bring it too late, injectors that
+// take their time, an injection that another process holds up for too long.
 TEST(Waits, EndWhenTheirTimeIsOver) {
   const StandIn launcher(L"sllauncher"), injector(L"slinject");
-  ChildProcess holder(TestFolder() + L"test_parts.exe hold " + kMutex + L" 90000");
+  ChildProcess holder(TestFolder() + L"test_parts.exe hold " + kMutex + L" 45000");
   ASSERT_EQ(holder.ReadLine(), "held");
   TestWindow slowWindow, lateWindow, heldWindow;
   constexpr DWORD kSlow = 0x7FFFFFF1, kLate = 0xFFFFFFF1;  // no processes: ids for the stand-in
   injector.Prepare(kSlow, 12000, 0);
   injector.Prepare(static_cast<int>(kLate), 6000, 0);
-  const std::wstring tailored = L"https://idle-" + kProcess;
+  const std::wstring tailored = L"https://serve-late-" + kProcess;
   const std::tuple<DWORD, std::wstring, std::wstring> kLaunches[] = {
-      {SL_TAILORED_URI, L"idle-" + kProcess, tailored + L"/TailoredBroker/SLBroker.xap"},
+      {SL_TAILORED_URI, L"serve-late-" + kProcess, tailored + L"/TailoredBroker/SLBroker.xap"},
       {SL_HTTP_URI, L"http", L"http://slbroker.tessel.example/SLBroker.xap"},
       {SL_HTTPS_URI, L"https", L"https://slbroker.tessel.example/SLBroker.xap"},
       {SL_FILE_URI, L"file", L"file://" + TestFolder() + L"SLBroker.xap"},

@@ -163,6 +163,7 @@ TEST(ComBstr, OwnsItsText) {
   EXPECT_NE(copy.m_str, text.m_str);
   copy = *std::addressof(copy);
   text.Attach(text.m_str);
+  EXPECT_NE(CComBSTR(L"new").m_str, text.m_str) << "still allocated";
   EXPECT_EQ(std::wstring(copy, copy.Length()), std::wstring(L"a\0b", 3));
   const BSTR kept = text.m_str;
   CComBSTR moved(std::move(text));
