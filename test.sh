@@ -30,6 +30,7 @@ require_packages
 build native
 build mingw
 prepare_wine
+hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"
-ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error "${filter[@]}"
+ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error "${filter[@]}" 7>&-

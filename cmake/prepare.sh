@@ -56,3 +56,16 @@ prepare_wine() {
   [ -f "$ROOT/build/wine/ready" ] || step "Making the Wine prefix build/wine"
   "$ROOT/cmake/run-wine.sh" || die "cannot make the Wine prefix"
 }
+
+# hold_wine PREFIX...: keeps each prefix awake until this script ends. The first program in an idle
+# one starts Wine's services, which inherit its output: whoever reads that would wait for them too.
+hold_wine() {
+  local prefix fifo=$ROOT/build/hold.$$
+  mkfifo "$fifo"
+  exec 7<>"$fifo" 8<"$fifo"
+  rm "$fifo"
+  for prefix in "$@"; do
+    WINEPREFIX=$prefix "$ROOT/cmake/run-wine.sh" cmd <&8 >/dev/null 2>&1 7>&- 8<&- &
+  done
+  exec 8<&-
+}
