@@ -106,13 +106,9 @@ struct Counts {
 
 // A client that comes at some moment and leaves at another, with or without a request.
 void ComeAndVanish(int round) {
-  const HANDLE pipe = ::CreateFileW(kPipe.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
-  if (pipe == INVALID_HANDLE_VALUE) return;
-  OVERLAPPED sending = {};
-  if (round % 2 == 0) ::WriteFile(pipe, L"[1]", 6, nullptr, &sending);
+  RawClient client(kPipe, 1 /*try*/);
+  if (round % 2 == 0) client.Send(L"[1]");
   Spin(round % 7 * 30);
-  ::CloseHandle(pipe);
 }
 
 void RunRound(Host& host, int round, bool withClient, Counts& counts) {
