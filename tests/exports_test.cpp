@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,47 +13,35 @@
 
 namespace {
 
-using testing::IsSubsetOf;
-using testing::StrEq;
-using testing::UnorderedElementsAreArray;
-
 // The DLL's own tables, mapped as the loader does but with nothing resolved or run.
 class Exports : public testing::Test {
  protected:
-  void SetUp() override {
-    image_ = reinterpret_cast<const BYTE*>(
-        ::LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
-    ASSERT_NE(image_, nullptr);
-  }
-  void TearDown() override { ::FreeLibrary(reinterpret_cast<HMODULE>(const_cast<BYTE*>(image_))); }
+  void SetUp() override { ASSERT_NE(module_, nullptr); }
+  void TearDown() override { ::FreeLibrary(module_); }
 
   template <class T>
   const T* At(DWORD offset) const {
-    return reinterpret_cast<const T*>(image_ + offset);
-  }
-  const IMAGE_NT_HEADERS64& Headers() const {
-    return *At<IMAGE_NT_HEADERS64>(At<IMAGE_DOS_HEADER>(0)->e_lfanew);
+    return reinterpret_cast<const T*>(reinterpret_cast<const BYTE*>(module_) + offset);
   }
   DWORD Directory(int index) const {
-    return Headers().OptionalHeader.DataDirectory[index].VirtualAddress;
+    const auto& headers = *At<IMAGE_NT_HEADERS64>(At<IMAGE_DOS_HEADER>(0)->e_lfanew);
+    return headers.OptionalHeader.DataDirectory[index].VirtualAddress;
   }
 
   const std::wstring path_ = TestFolder() + L"TesselSLB_x64.dll";
-  const BYTE* image_ = nullptr;
+  const HMODULE module_ = ::LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
 };
 
 TEST_F(Exports, AreTheListAndNothingElse) {
-  std::vector<std::string> expected;
+  std::vector<std::string> expected, names;
   std::ifstream list(std::filesystem::path(TestFolder() + L"exports.txt"));
   for (std::string name; std::getline(list, name);) expected.push_back(name);
   ASSERT_GE(expected.size(), 21u);
-
   const auto& table = *At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
-  std::vector<std::string> names;
   for (DWORD i = 0; i < table.NumberOfNames; ++i) {
     names.push_back(At<char>(At<DWORD>(table.AddressOfNames)[i]));
   }
-  EXPECT_THAT(names, UnorderedElementsAreArray(expected));
+  EXPECT_THAT(names, testing::UnorderedElementsAreArray(expected));
   EXPECT_EQ(table.NumberOfFunctions, table.NumberOfNames) << "nothing by ordinal alone";
 }
 
@@ -67,27 +54,25 @@ TEST_F(Exports, NeedsWindowsOwnLibrariesAlone) {
     names.push_back(name);
   }
   EXPECT_FALSE(names.empty());
-  EXPECT_THAT(names, IsSubsetOf({"advapi32.dll", "dbghelp.dll", "kernel32.dll", "msvcrt.dll",
-                                 "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"}));
+  EXPECT_THAT(names,
+              testing::IsSubsetOf({"advapi32.dll", "dbghelp.dll", "kernel32.dll", "msvcrt.dll",
+                                   "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"}));
   EXPECT_EQ(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT), 0u);
 }
 
 TEST_F(Exports, CarriesItsVersion) {
-  DWORD ignored = 0;
-  std::vector<char> resource(::GetFileVersionInfoSizeW(path_.c_str(), &ignored));
+  std::vector<char> resource(::GetFileVersionInfoSizeW(path_.c_str(), nullptr));
   ASSERT_TRUE(::GetFileVersionInfoW(path_.c_str(), 0, static_cast<DWORD>(resource.size()),
                                     resource.data()));
   void* found = nullptr;
   UINT length = 0;
-  for (const wchar_t* name : {L"FileVersion", L"ProductVersion"}) {
-    const std::wstring key = std::wstring(L"\\StringFileInfo\\040904b0\\") + name;
+  for (const std::wstring name : {L"FileVersion", L"ProductVersion"}) {
+    const std::wstring key = L"\\StringFileInfo\\040904b0\\" + name;
     ASSERT_TRUE(::VerQueryValueW(resource.data(), key.c_str(), &found, &length));
     EXPECT_STREQ(static_cast<const wchar_t*>(found), L"1, 0, 0, 0");
   }
   ASSERT_TRUE(::VerQueryValueW(resource.data(), L"\\", &found, &length));
-  const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(found);
-  EXPECT_EQ(fixed.dwProductVersionMS, 0x10000u);
-  EXPECT_EQ(fixed.dwProductVersionLS, 0u);
+  EXPECT_EQ(static_cast<const VS_FIXEDFILEINFO*>(found)->dwProductVersionMS, 0x10000u);
 }
 
 }  // namespace
