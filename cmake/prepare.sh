@@ -65,6 +65,7 @@ hold_wine() {
   exec 7<>"$fifo" 8<"$fifo"
   rm "$fifo"
   for prefix in "$@"; do
+    WINEPREFIX=$prefix "$ROOT/cmake/run-wine.sh" cmd /c exit </dev/null >/dev/null 2>&1 7>&- 8<&-
     WINEPREFIX=$prefix "$ROOT/cmake/run-wine.sh" cmd <&8 >/dev/null 2>&1 7>&- 8<&- &
   done
   exec 8<&-
