@@ -29,8 +29,8 @@ mkdir -p "$ROOT/build"
 require_packages
 build native
 build mingw
-prepare_wine
+trap release_wine EXIT
 hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"
-ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error "${filter[@]}" 7>&-
+ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error "${filter[@]}"

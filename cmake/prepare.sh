@@ -57,16 +57,20 @@ prepare_wine() {
   "$ROOT/cmake/run-wine.sh" || die "cannot make the Wine prefix"
 }
 
-# hold_wine PREFIX...: keeps each prefix awake until this script ends. The first program in an idle
-# one starts Wine's services, which inherit its output: whoever reads that would wait for them too.
+# hold_wine PREFIX...: keeps each prefix and its desktop awake until release_wine. The first program in
+# an idle one starts Wine's services, the first with a window its desktop, and these inherit the
+# program's output: whoever reads that would wait for them too.
+holders=()
 hold_wine() {
-  local prefix fifo=$ROOT/build/hold.$$
-  mkfifo "$fifo"
-  exec 7<>"$fifo" 8<"$fifo"
-  rm "$fifo"
+  local prefix
   for prefix in "$@"; do
-    WINEPREFIX=$prefix "$ROOT/cmake/run-wine.sh" cmd /c exit </dev/null >/dev/null 2>&1 7>&- 8<&-
-    WINEPREFIX=$prefix "$ROOT/cmake/run-wine.sh" cmd <&8 >/dev/null 2>&1 7>&- 8<&- &
+    export TESSEL_WINEPREFIX=$prefix
+    [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
+    "$ROOT/cmake/run-wine.sh" </dev/null || die "cannot make the Wine prefix $prefix"
+    "$ROOT/cmake/run-wine.sh" notepad </dev/null >/dev/null 2>&1 &
+    holders+=($!)
+    "$ROOT/cmake/run-wine.sh" rundll32 user32.dll,MessageBeep </dev/null >/dev/null 2>&1 || true
   done
-  exec 8<&-
+  unset TESSEL_WINEPREFIX
 }
+release_wine() { kill -KILL "${holders[@]}" 2>/dev/null || true; }

@@ -3,9 +3,12 @@
 # call makes the prefix; its windows live without an X server.
 set -eu
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
+# Never the user's own prefix, which WINEPREFIX may name; without winemenubuilder nothing is written
+# into the user's menus.
+export WINEPREFIX=${TESSEL_WINEPREFIX:-$root/build/wine}
 export WINEDEBUG=${WINEDEBUG:--all}
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
+unset WINEARCH WINELOADER
 export LC_ALL=C.UTF-8
 
 if [ ! -f "$WINEPREFIX/ready" ]; then

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <functional>
 #include <future>
-#include <memory>
 #include <thread>
 
 #include "TesselHost.h"
@@ -156,13 +155,15 @@ TEST_F(Channel, GoesOnAfterClientsThatFail) {
   EXPECT_EQ(LogCapture::Messages(), Texts{"ERROR Cannot read from pipe"});
   ExpectService();
 
-  auto leaving = std::async([] {
-    auto client = std::make_unique<RawClient>(kPipe);
-    client->Send(L"[7]");
-    return client;
+  std::promise<void> leave;  // a thread that ends takes its unread message with it
+  auto leaving = std::async(std::launch::async, [&] {
+    RawClient client(kPipe);
+    client.Send(L"[7]");
+    leave.get_future().wait();
   });
   EXPECT_EQ(Read(), L"[7]");
-  leaving.get().reset();
+  leave.set_value();
+  leaving.get();
   LogCapture::Reset();
   EXPECT_EQ(WriteMessage(L"[0]"), -7);
   EXPECT_THAT(LogCapture::Messages(),

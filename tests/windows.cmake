@@ -1,11 +1,11 @@
 # The suites that need Windows. Those that change the log level run in a Wine prefix of their own; in
 # the common one every suite sets VERBOSE.
-set(levelPrefix "WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
+set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
 
 tessel_test(archive LIBRARIES tessel_utility)
-tessel_test(pipe LIBRARIES tessel_utility)
+tessel_test(pipe LIBRARIES tessel_utility ntdll)
 tessel_test(types LIBRARIES tessel_module)
 tessel_test(address LIBRARIES tessel_module)
 tessel_test(exports LIBRARIES version)

@@ -14,7 +14,7 @@ enum SLChannelResult : int {
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
   SL_CHANNEL_CLOSED = -3,       // no pipe name, misuse, or shut down
-  SL_CHANNEL_NOT_CREATED = -4,  // another server has the name
+  SL_CHANNEL_NOT_CREATED = -4,  // the name is taken, or an old call still leaves: again
   SL_CHANNEL_INVALID_ARGUMENT = -5,
   SL_CHANNEL_CANNOT_READ = -6,   // the client left, or sent nothing in 3 s; go on with ReadMessage
   SL_CHANNEL_CANNOT_WRITE = -7,  // the client left; go on with ReadMessage

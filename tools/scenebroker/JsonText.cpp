@@ -93,6 +93,8 @@ Json ParseSceneText(const std::string& text) {
     // The position counts the bytes read, the offending one included.
     throw SceneError(PlaceOf(text, error.byte == 0 ? 0 : error.byte - 1) + ": " +
                      Reason(error.what()) + "; correct the JSON text there");
+  } catch (const Json::out_of_range& error) {
+    throw SceneError("a number is too large (" + std::string(error.what()) + "); make it smaller");
   }
 }
 
