@@ -133,6 +133,18 @@ TEST_F(Channel, KeepsTheRequestUntilTheBufferFits) {
   ExpectService();
 }
 
+TEST_F(Channel, AnAnswerDropsARequestThatNobodyTook) {
+  Open(300);
+  RawClient client(kPipe);
+  client.Send(L"abc");
+  DWORD size = 0;
+  EXPECT_EQ(ReadMessage(nullptr, &size), -2);
+  std::thread reader([&] { EXPECT_EQ(client.Receive(), L"[0]"); });
+  EXPECT_EQ(WriteMessage(L"[0]"), 0);
+  reader.join();
+  EXPECT_EQ(Read(), L"<-15>");
+}
+
 TEST_F(Channel, GoesOnAfterClientsThatFail) {
   Open(50);
   EXPECT_EQ(Read(), L"<-15>");
@@ -148,6 +160,7 @@ TEST_F(Channel, GoesOnAfterClientsThatFail) {
   EXPECT_THAT(LogCapture::Messages(),
               testing::Contains(
                   "ERROR ReadMessage - ReadString failed, prepare to pipe->DisconnectClient"));
+  ExpectService();
   Open();
   { RawClient gone(kPipe); }
   EXPECT_EQ(Read(), L"<-6>");
