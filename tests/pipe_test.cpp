@@ -1,12 +1,10 @@
 #include <aclapi.h>
-#include <gmock/gmock.h>
-#include <sddl.h>
+#include <gtest/gtest.h>
 #include <winternl.h>
 
-#include <atomic>
 #include <cstdio>
-#include <cstring>
 #include <functional>
+#include <map>
 #include <thread>
 
 #include "UTILITY/JbPipe.h"
@@ -17,307 +15,275 @@
 
 namespace {
 
-using testing::AnyOf;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 using Texts = std::vector<std::string>;
 using Bytes = std::vector<BYTE>;
 
-const std::string kOwnId = std::to_string(::GetCurrentProcessId());
+DWORD testId = ::GetCurrentProcessId();  // of the test, in its children too
+std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
 
-std::wstring Wide(const std::string& ascii) { return std::wstring(ascii.begin(), ascii.end()); }
-
-// Each test serves a name of its own.
-std::wstring Name() {
-  const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-  return L"\\\\.\\pipe\\pipe_test." + Wide(info->name()) + L"." + Wide(kOwnId) + L".";
+Texts Split(const std::string& text, const std::string& mark) {
+  const std::size_t end = text.find(mark);
+  if (end == std::string::npos) return text.empty() ? Texts() : Texts{text};
+  Texts parts = Split(text.substr(end + mark.size()), mark);
+  parts.insert(parts.begin(), text.substr(0, end));
+  return parts;
 }
 
 // An endpoint that is driven by texts, in this process or in a child.
 struct Endpoint {
-  explicit Endpoint(const std::wstring& base = Name()) : name(base) {
-    pipe.SetPipeName(base);
+  Endpoint() {
+    pipe.SetPipeName(L"\\\\.\\pipe\\pipe_test." + std::to_wstring(testId) + L'.');
     pipe.SetTimeout(30000);
   }
 
-  // The answer of the operation: "yes", "no", "=" and the text read, what it throws.
+  // The answer of "operation argument" (the text read last if none is given): "yes", "no", "=" and
+  // the text read, or what is thrown, with "!X" for "Invalid state in X".
   std::string Do(const std::string& step) try {
-    const std::size_t space = std::min(step.find(' '), step.size());
-    const std::string verb = step.substr(0, space);
-    const std::string rest = step.substr(std::min(space + 1, step.size()));
-    const auto number = static_cast<std::uint32_t>(std::strtoll(rest.c_str(), nullptr, 10));
-    const auto told = [](bool done) { return done ? "yes" : "no"; };
-    std::uint32_t timedOut = 9;
-    std::wstring text = L"old";
+    const std::string verb = step.substr(0, step.find(' '));
+    const std::string rest = step.substr(std::min(verb.size() + 1, step.size()));
+    const std::string digits = rest.empty() ? Ascii(text) : rest;
+    const auto number = static_cast<std::uint32_t>(std::strtoll(digits.c_str(), nullptr, 10));
+    std::uint32_t late = 9;
     Bytes bytes;
-    if (verb == "create") return told(pipe.CreateServerPipe(number, true));
-    if (verb == "wait") {
-      const std::string answer = told(pipe.WaitClientToConnect(number, &timedOut));
-      return answer + Late(timedOut);
-    }
-    if (verb == "disconnect") return told(pipe.DisconnectClient());
-    if (verb == "connect") return told(pipe.ConnectToServerPipe(number));
-    if (verb == "attach") return told(pipe.AttachToServerPipe(ULongToHandle(number)));
-    if (verb == "exists") return told(pipe.ServerPipeExists(number, 0));
-    if (verb == "write") return told(pipe.WriteString(Wide(rest)));
-    if (verb == "read") {
-      if (!pipe.ReadString(text)) return "no" + std::string(text.begin(), text.end());
-      return "=" + std::string(text.begin(), text.end());
-    }
-    if (verb == "readbytes") return told(pipe.ReadBuffer(bytes));
-    if (verb == "writebytes") return told(pipe.WriteBuffer(Bytes(number, 'x')));
+    bool done = true;
+    if (verb == "create") done = pipe.CreateServerPipe(number, true);
+    if (verb == "wait") done = pipe.WaitClientToConnect(number, &late);
+    if (verb == "disconnect") done = pipe.DisconnectClient();
+    if (verb == "connect") done = pipe.ConnectToServerPipe(server);
+    if (verb == "exists") done = pipe.ServerPipeExists(server, number);
+    if (verb == "attach") done = pipe.AttachToServerPipe(ULongToHandle(number));
+    if (verb == "readbytes") done = pipe.ReadBuffer(bytes);
+    if (verb == "write") done = pipe.WriteString(std::wstring(rest.begin(), rest.end()));
+    if (verb == "writebytes") done = pipe.WriteBuffer(Bytes(number, 'x'));
+    if (verb == "read") done = pipe.ReadString(text);
+    if (verb == "read") return (done ? "=" : "no") + Ascii(text);
     if (verb == "shutdown") pipe.Shutdown(number);
     if (verb == "close") pipe.Close();
-    if (verb == "hold") ::Sleep(INFINITE);
-    if (verb == "echo") Echo(number);
-    return "done";
+    if (verb == "timeout") pipe.SetTimeout(number);
+    if (verb == "pump") pipe.SetPumpMessages(number != 0);
+    if (verb == "to") server = number;
+    if (verb == "bare") pipe.SetAppendProcessId(false);
+    while (verb == "echo" && pipe.ReadBuffer(bytes)) pipe.WriteBuffer(bytes);
+    return std::string(done ? "yes" : "no") + (late == 1 ? ", timed out" : "");
   } catch (const PipeException& exception) {
-    return exception.Message();
+    const std::string message = exception.Message();
+    return message.starts_with("Invalid state in ") ? "!" + message.substr(17) : message;
   } catch (const PipeShutdownException&) {
     return "shut down";
   }
 
-  void Expect(const std::vector<std::pair<std::string, std::string>>& steps) {
-    for (const auto& [step, answer] : steps) EXPECT_EQ(Do(step), answer) << step;
-  }
-
-  const std::wstring name;
+  DWORD server = testId;
+  std::wstring text = L"old";
   CJbPipe pipe;
+};
 
- private:
-  static std::string Late(std::uint32_t timedOut) {
-    return timedOut == 0 ? "" : timedOut == 1 ? ", timed out" : ", time-out not told";
-  }
+// A process of its own that takes "operation; ..." and prints the answers; a client of this one.
+struct Peer : ChildProcess {
+  explicit Peer(const std::string& script)
+      : ChildProcess(TestFolder() + L"pipe_test.exe peer " + std::to_wstring(testId) + L" \"" +
+                     std::wstring(script.begin(), script.end()) + L"\"") {}
+};
 
-  // A client that knows nothing of the endpoint; sends each message back until the server goes.
-  void Echo(std::uint32_t server) const {
-    const HANDLE raw =
-        ::CreateFileW((name + std::to_wstring(server)).c_str(), GENERIC_READ | GENERIC_WRITE,
-                      0 /*sharing*/, nullptr, OPEN_EXISTING, 0 /*flags*/, nullptr);
-    DWORD mode = PIPE_READMODE_MESSAGE;
-    ::SetNamedPipeHandleState(raw, &mode, nullptr, nullptr);
-    Bytes buffer(8 << 20);
-    DWORD size = 0;
-    while (::ReadFile(raw, buffer.data(), static_cast<DWORD>(buffer.size()), &size, nullptr)) {
-      ::WriteFile(raw, buffer.data(), size, &size, nullptr);
+std::size_t OpenHandles() {
+  static std::vector<ULONG_PTR> table(1 << 21);
+  const auto kind = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+  EXPECT_EQ(::NtQuerySystemInformation(kind, table.data(), 8 << 21, nullptr), 0);
+  std::size_t count = 0;  // {count, reserved}, then five words for each, the second its process
+  for (std::size_t i = 0; i < table[0]; ++i) count += table[3 + 5 * i] == testId;
+  return count;
+}
+
+const std::string kId = std::to_string(testId);
+const std::string kBusy = "CreateServerPipe: sPipeName='\\\\.\\pipe\\pipe_test." + kId + "." + kId +
+                          "' is busy; retrying...";
+
+Texts Log() { return LogCapture::Messages("WARNING"); }
+
+struct Pipe : testing::Test {
+  // "endpoint operation > answer; ..."
+  void Expect(const std::string& script) {
+    for (const std::string& line : Split(script, "; ")) {
+      const Texts step = Split(line, " > ");
+      EXPECT_EQ(ends[line[0]].Do(step.at(0).substr(2)), step.at(1)) << line << " in: " << script;
     }
-    ::CloseHandle(raw);
   }
-};
-
-// A process of its own that takes these steps and prints their answers.
-class Peer : public ChildProcess {
- public:
-  explicit Peer(const Texts& steps) : ChildProcess(CommandLine(steps)) {}
-
-  Texts Answers(std::size_t count) {
-    Texts lines;
-    while (lines.size() < count) lines.push_back(ReadLine());
-    return lines;
-  }
-
- private:
-  static std::wstring CommandLine(const Texts& steps) {
-    std::wstring line = TestFolder() + L"pipe_test.exe peer " + Name();
-    for (const std::string& step : steps) line += L" \"" + Wide(step) + L"\"";
-    return line;
-  }
-};
-
-int TakeSteps(int count, char** arguments) {
-  Endpoint endpoint(Wide(arguments[0]));
-  for (int i = 1; i < count; ++i) {
-    std::printf("%s\n", endpoint.Do(arguments[i]).c_str());
-    std::fflush(stdout);
-  }
-  return 0;
-}
-
-class Pipe : public testing::Test {
- protected:
-  void SetUp() override { LogCapture::Reset(); }
-  const LogCapture capture;
-};
-
-const std::string kConnect = "connect " + kOwnId;
-
-TEST_F(Pipe, LifeOfAServer) {
-  Endpoint server;
-  server.Expect({{"disconnect", "Cannot call DisconnectClient for client pipe"},
-                 {"wait 0", "Cannot call WaitClientToConnect for client pipe"},
-                 {"create 0", "yes"},
-                 {"read", "Invalid state in ReadBuffer"},
-                 {"disconnect", "Invalid state in DisconnectClient"}});
-  LogCapture::Reset();
-  Peer client({kConnect, "write ping", "read", "read", "close", kConnect, "write two", "hold"});
-  server.Expect({{"wait -1", "yes"},
-                 {"wait 0", "Invalid state in WaitClientToConnect"},
-                 {"read", "=ping"},
-                 {"write pong", "yes"},
-                 {"disconnect", "yes"},
-                 {"write more", "Invalid state in WriteBuffer"},
-                 {"wait -1", "yes"},
-                 {"read", "=two"},
-                 {"close", "done"},
-                 {"read", "Invalid state in ReadBuffer"},
-                 {"shutdown 0", "Shutdown can be called only for server pipe"},
-                 {"create 0", "yes"}});
-  EXPECT_THAT(client.Answers(7), ElementsAre("yes", "yes", "=pong", "no", "done", "yes", "yes"));
-}
-
-TEST_F(Pipe, LifeOfAClient) {
-  Peer server({"create 0", "wait -1", "read", "write pong", "disconnect", "wait -1", "close"});
-  ASSERT_EQ(server.ReadLine(), "yes");
-  const std::string connect = "connect " + std::to_string(server.Id());
-  Endpoint client;
-  client.Expect({{"exists " + std::to_string(server.Id()), "yes"},
-                 {"read", "Invalid state in ReadBuffer"},
-                 {connect, "yes"},
-                 {"wait 0", "Cannot call WaitClientToConnect for client pipe"},
-                 {"write ping", "yes"},
-                 {"read", "=pong"},
-                 {"close", "done"},
-                 {"write ping", "Invalid state in WriteBuffer"},
-                 {connect, "yes"}});
-  EXPECT_THAT(server.Answers(6), ElementsAre("yes", "=ping", "yes", "yes", "yes", "done"));
-}
-
-TEST_F(Pipe, EachOperationLogsItsStartAndItsEnd) {
-  Endpoint server;
-  server.Do("create 0");
-  Peer client({"echo " + kOwnId});
-  server.Expect({{"wait -1", "yes"}, {"write x", "yes"}, {"read", "=x"}, {"disconnect", "yes"}});
-  Endpoint missing(Name() + L"missing.");
-  missing.Expect({{"exists 1", "no"}, {"close", "done"}});
-  Texts lines = LogCapture::Messages("VERBOSE1");
-  std::erase(lines, "VERBOSE1 Pipe client already connected");  // as it happens
-  const char* const expected[] = {"CreateServerPipe: start",
-                                  "CreateServerPipe: end",
-                                  "Wait client to connect",
-                                  "Client connected",
-                                  "Start writing",
-                                  "End writing",
-                                  "Start reading",
-                                  "End reading",
-                                  "Start DisconnectClient",
-                                  "End DisconnectClient",
-                                  "Start ServerPipeExists",
-                                  "Timeout",
-                                  "End ServerPipeExists",
-                                  "Start Close",
-                                  "End Close"};
-  ASSERT_EQ(lines.size(), std::size(expected));
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    EXPECT_EQ(lines[i], std::string("VERBOSE1 ") + expected[i]);
-  }
-}
-
-TEST_F(Pipe, MisuseAndFailuresAreToldExactly) {
-  const std::string kInvalid = "Invalid state in ", kMissing = "connect 1";
-  const std::string kNoFile = "ERROR Cannot open server pipe: ERROR_FILE_NOT_FOUND";
-  const std::string kNothing = "ERROR Nothing to write", kUnsent = "ERROR WriteBuffer failed";
-  struct Case {
-    Texts before;
-    std::string step, answer;
-    Texts log;
-  } const cases[] = {
-      {{}, "attach 0", "Invalid pipe handle", {}},
-      {{}, "readbytes", kInvalid + "ReadBuffer", {}},
-      {{}, "writebytes 1", kInvalid + "WriteBuffer", {}},
-      {{}, "write", "no", {kNothing, kUnsent}},
-      {{}, "writebytes 0", "no", {kNothing}},
-      {{}, "shutdown 0", "Shutdown can be called only for server pipe", {}},
-      {{}, kMissing, "no", {kNoFile}},
-      {{kMissing}, kMissing, kInvalid + "CreateServerPipe", {kNoFile}},
-      {{kMissing}, "create 0", kInvalid + "CreateServerPipe", {kNoFile}},
-      {{kMissing}, "attach 4", kInvalid + "AttachToServerPipe", {kNoFile}},
-      {{kMissing}, "exists 1", kInvalid + "CreateServerPipe", {kNoFile}},
-      {{kMissing, "close"}, "create 0", "yes", {kNoFile}},
-      {{"create 0"}, "create 0", kInvalid + "CreateServerPipe", {}},
-      {{"create 0"}, kConnect, kInvalid + "CreateServerPipe", {}},
-      {{"create 0"}, "attach 4", kInvalid + "AttachToServerPipe", {}},
-      {{"create 0"}, "exists 1", kInvalid + "CreateServerPipe", {}},
-      {{"create 0"}, "wait 30", "no, timed out", {}},
-      {{"create 0", "wait 0"}, "wait 30", "no, timed out", {}},
-      {{"create 0", "shutdown 0"}, "create 0", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "wait -1", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "read", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "readbytes", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "write", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "writebytes 0", "shut down", {}},
-      {{"create 0", "shutdown 0"}, "disconnect", kInvalid + "DisconnectClient", {}},
-      {{"create 0", "shutdown 0", "close"}, "create 0", "yes", {}},
-  };
-  for (const Case& row : cases) {
+  // Runs the script and, on another thread once the line is logged, the action.
+  void Meanwhile(const std::string& line, const std::string& script, std::function<void()> action) {
     LogCapture::Reset();
-    Endpoint endpoint;
-    std::string how;
-    for (const std::string& step : row.before) how += step + ": " + endpoint.Do(step) + "; ";
-    EXPECT_EQ(endpoint.Do(row.step), row.answer) << how << row.step;
-    EXPECT_EQ(LogCapture::Messages("WARNING"), row.log) << how << row.step;
+    std::thread other([&] {
+      while (!line.empty() && LogCapture::Count(line) == 0) ::Sleep(1);
+      ::Sleep(line.empty() ? 0 : 50);
+      action();
+    });
+    Expect(script);
+    other.join();
   }
-  LogCapture::Reset();
-  Endpoint unnamed(L"no pipe's name ");
-  unnamed.Expect({{"create 0", "no"}});
-  EXPECT_THAT(LogCapture::Messages("WARNING"),
-              ElementsAre("ERROR CreateServerPipe: cannot create pipe! errCode=123",
-                          "ERROR CreateServerPipe: could not create pipe"));
+
+  const LogCapture capture;
+  std::map<char, Endpoint> ends;  // s serves, c and d connect to it, p to the peer, m to nothing
+};
+
+TEST_F(Pipe, ConversationsAreToldExactlyAndLoseNoHandle) {
+  const std::string slow = "ERROR WaitForSingleObject timeout or failed";
+  const std::string unread = " (258) | ERROR GetOverlappedResult failed | ERROR ReadBuffer failed";
+  const struct {
+    std::string script, log, peer = "idle", answers = "yes; ";
+  } cases[] = {
+      {"c attach 0 > Invalid pipe handle; c readbytes > !ReadBuffer; c exists 0 > no; "
+       "c writebytes 1 > !WriteBuffer; c write > no; c writebytes 0 > no; "
+       "c disconnect > Cannot call DisconnectClient for client pipe; "
+       "c wait 0 > Cannot call WaitClientToConnect for client pipe; "
+       "c shutdown 0 > Shutdown can be called only for server pipe; m to 1 > yes; m connect > no; "
+       "m connect > !CreateServerPipe; m create 0 > !CreateServerPipe; "
+       "m attach 4 > !AttachToServerPipe; m exists 0 > !CreateServerPipe; m close > yes",
+       "ERROR Nothing to write | ERROR WriteBuffer failed | ERROR Nothing to write | "
+       "ERROR Cannot open server pipe: ERROR_FILE_NOT_FOUND"},
+      {"s create 0 > yes; s create 0 > !CreateServerPipe; s connect > !CreateServerPipe; "
+       "s exists 0 > !CreateServerPipe; s read > !ReadBuffer; s disconnect > !DisconnectClient; "
+       "s wait -1 > yes; s wait 0 > !WaitClientToConnect; s read > =ping; s write pong > yes; "
+       "s disconnect > yes; s write x > !WriteBuffer; s wait -1 > yes; s read > =two; "
+       "s close > yes; s read > !ReadBuffer; s create 0 > yes; s wait 0 > no, timed out",
+       "", "exists 20000; connect; write ping; read; read; close; connect; write two; read",
+       "yes; yes; yes; =pong; no; yes; yes; yes; no; "},
+      {"p exists 20000 > yes; p connect > yes; p connect > !CreateServerPipe; p write ping > yes; "
+       "p read > =pong; p close > yes; p write ping > !WriteBuffer; p connect > yes",
+       "", "create 0; wait -1; read; write pong; disconnect; wait -1; close",
+       "yes; yes; =ping; yes; yes; yes; yes; "},
+      {"s bare > yes; s create 0 > yes; c bare > yes; c connect > yes; s wait 0 > yes; "
+       "s shutdown 0 > yes; s create 0 > shut down; s wait -1 > shut down; s read > shut down; "
+       "s readbytes > shut down; s write > shut down; s writebytes 0 > shut down; "
+       "s disconnect > yes; s disconnect > !DisconnectClient; s close > yes; s create 0 > yes",
+       "ERROR Cannot open server pipe! Error = 231"},
+      {"s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes; d timeout 60 > yes; "
+       "d connect > no; d connect > !CreateServerPipe; d close > yes; d create 0 > no",
+       "ERROR Cannot open server pipe! Error = 231 | WARNING " + kBusy +
+           " | ERROR CreateServerPipe: could not create pipe"},
+      {"s create 0 > yes; s wait -1 > yes; s timeout 50 > yes; s read > no; s pump 1 > yes; "
+       "s read > no; s timeout 30000 > yes; s write ask > yes; s read > =on",
+       slow + unread + " | " + slow + unread, "exists 20000; connect; read; write on",
+       "yes; yes; =ask; yes; "},
+      {"s create 0 > yes; c connect > yes; c close > yes; s wait 0 > no; "
+       "s wait 0 > no, timed out; c connect > yes; s wait 0 > yes; s timeout 50 > yes; "
+       "s writebytes 3000000 > no; c close > yes; s read > no; s write x > no",
+       slow +
+           " | ERROR ReadFile failed (109) | ERROR ReadBuffer failed | ERROR WriteBuffer failed"},
+  };
+  std::size_t before = 0;
+  for (int pass = 0; pass < 2; ++pass) {  // the first one warms up
+    before = OpenHandles();
+    for (const auto& row : cases) {
+      LogCapture::Reset();
+      Peer peer(row.peer);
+      Expect("p to " + std::to_string(peer.Id()) + " > yes; " + row.script);
+      EXPECT_EQ(Log(), Split(row.log, " | ")) << row.script;
+      ends.clear();
+      EXPECT_EQ(peer.ReadToEnd(), row.answers) << row.script;
+    }
+  }
+  EXPECT_EQ(OpenHandles(), before);
 }
 
-TEST_F(Pipe, MessagesOfAnySizeCrossUnchanged) {
-  Endpoint server;
-  server.Do("create 0");
-  Peer client({"echo " + kOwnId});
-  ASSERT_EQ(server.Do("wait -1"), "yes");
-  for (std::size_t size : {1, 2, 3, 254, 255, 256, 257, 258, 4094, 4095, 4096, 4097, 4098, 65536,
-                           65537, 1 << 20, (1 << 20) + 1, 5000001}) {
-    Bytes sent(size), read = {1, 2, 3};
-    for (std::size_t i = 0; i < size; ++i) sent[i] = static_cast<BYTE>(i * 7 + i / 251);
-    EXPECT_TRUE(server.pipe.WriteBuffer(sent)) << size;
-    EXPECT_TRUE(server.pipe.ReadBuffer(read)) << size;
-    EXPECT_TRUE(read == sent) << size << " bytes became " << read.size();
+TEST_F(Pipe, MessagesOfAnySizeCrossAHandleThatWasHandedOn) {
+  Peer heir("exists 20000; connect; read; close; attach; echo");
+  Expect("s create 0 > yes; s wait -1 > yes; d bare > yes; d create 0 > yes; c bare > yes");
+  Expect("c connect > yes; d wait 0 > yes");
+  const HANDLE handle = ends['c'].pipe.DuplicatePipeHandle(heir.Id());
+  EXPECT_EQ(ends['c'].pipe.DuplicatePipeHandle(3), nullptr) << "no such process";
+  Expect("c close > yes; s write " + std::to_string(HandleToULong(handle)) + " > yes");
+  EXPECT_EQ(ends['c'].pipe.DuplicatePipeHandle(heir.Id()), nullptr) << "no pipe";
+  CJbPipe& pipe = ends['d'].pipe;
+  Bytes read;
+  for (int size : {1, 2, 254, 255, 256, 257, 258, 4094, 4095, 4096, 4097, 4098, 65537, 5000001}) {
+    Bytes sent(size);
+    for (int i = 0; i < size; ++i) sent[i] = static_cast<BYTE>(i * 7 + i / 251);
+    EXPECT_TRUE(pipe.WriteBuffer(sent) && pipe.ReadBuffer(read) && read == sent) << size;
   }
-  Bytes bytes;
-  EXPECT_TRUE(server.pipe.WriteString(L"a\u20AC\xD83D\xDE00"));
-  EXPECT_TRUE(server.pipe.ReadBuffer(bytes));
-  EXPECT_EQ(bytes, Bytes({'a', 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}));
-  const std::pair<Bytes, std::wstring> texts[] = {{{'a', 0, 0, 0, 'b', 0}, L"a"},
-                                                  {{0, 0, 'b', 0}, L""},
-                                                  {{'a', 0, 'b'}, L"ab"},
-                                                  {{0xAC, 0x20}, L"\u20AC"}};
-  for (const auto& [sent, expected] : texts) {
-    std::wstring text = L"old";
-    EXPECT_TRUE(server.pipe.WriteBuffer(sent));
-    EXPECT_TRUE(server.pipe.ReadString(text));
-    EXPECT_EQ(text, expected);
+  EXPECT_TRUE(pipe.WriteString(L"a\u20AC\xD83D\xDE00") && pipe.ReadBuffer(read));
+  EXPECT_EQ(read, Bytes({'a', 0, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE}));
+  std::wstring text;
+  EXPECT_TRUE(pipe.WriteBuffer({'a', 0, 0, 0, 'b', 0}) && pipe.ReadString(text) && text == L"a");
+  EXPECT_TRUE(pipe.WriteBuffer({'a', 0, 'b'}) && pipe.ReadString(text) && text == L"ab");
+}
+
+TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
+  Expect("s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes");
+  Meanwhile("Start ConnectToServerPipe", "d connect > yes; d write here > yes",
+            [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
+  const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
+  for (const UINT limit : {200u, 20000u}) {  // only a read that pumps dispatches what is sent
+    Meanwhile("Start reading", "d read > =go on; d pump 1 > yes", [&] {
+      EXPECT_EQ(::SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, limit, nullptr) != 0,
+                limit > 200);
+      Expect("s write go on > yes");
+    });
+  }
+  ::DestroyWindow(window);
+  Meanwhile(kBusy, "c close > yes; c create 30000 > yes", [&] { Expect("s close > yes"); });
+  Peer peer("connect; read");
+  Expect("c wait -1 > yes");
+  Meanwhile("Start reading", "c read > no; c write x > no", [&] { peer.Kill(); });
+  EXPECT_EQ(Log().at(1) + Log().at(2), "ERROR ReadBuffer failedERROR WriteBuffer failed");
+  for (int i = 0; i < 100; ++i) {  // waits that have begun, and that are about to
+    Expect("c close > yes; c create 0 > yes");
+    Meanwhile(i % 10 == 0 ? "Wait client to connect" : "", "c wait -1 > shut down",
+              [&] { Expect("c shutdown 30000 > yes"); });
   }
 }
 
-TEST_F(Pipe, WhatTakesTooLongIsCancelledAndTheEndpointStaysUsable) {
-  Endpoint server;
-  server.Do("create 0");
-  Peer client({kConnect, "write early", "hold"});
-  ASSERT_EQ(server.Do("wait -1"), "yes");
-  ASSERT_EQ(server.Do("read"), "=early");
-  server.pipe.SetTimeout(50);
-  LogCapture::Reset();
-  for (const bool pump : {false, true}) {
-    server.pipe.SetPumpMessages(pump);
-    server.Expect({{"read", "no"}, {"writebytes 3000000", "no"}});
-  }
-  const std::string late = "ERROR WaitForSingleObject timeout or failed";
-  const Texts once = {late + " (258)", "ERROR GetOverlappedResult failed",
-                      "ERROR ReadBuffer failed", late};
-  Texts twice = once;
-  twice.insert(twice.end(), once.begin(), once.end());
-  EXPECT_EQ(LogCapture::Messages(), twice);
+TEST_F(Pipe, EveryoneMayOpenItFromTheLowLevelUp) {
+  Expect("s create 0 > yes");
+  const SafeHandle pipe(ends['s'].pipe.DuplicatePipeHandle(testId));
+  PACL access = nullptr, labels = nullptr;
+  ::GetSecurityInfo(pipe.Get(), SE_KERNEL_OBJECT,
+                    DACL_SECURITY_INFORMATION | LABEL_SECURITY_INFORMATION, nullptr, nullptr,
+                    &access, &labels, nullptr);
+  const auto ace = [](PACL list) {  // the only one: type, flags, size, mask, SID
+    const BYTE* bytes = reinterpret_cast<BYTE*>(list);
+    return bytes && list->AceCount == 1 ? Bytes(bytes + 8, bytes + 28) : Bytes();
+  };
+  EXPECT_EQ(ace(access), Bytes({0, 0, 20, 0, 255, 1, 31, 0, 1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0}));
+  EXPECT_EQ(ace(labels), Bytes({17, 0, 20, 0, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 16, 0, 16, 0, 0}));
+  SECURITY_ATTRIBUTES* const attributes = GetPipeSecurityAttributes();
+  EXPECT_EQ(attributes->nLength, 24u);
+  std::thread([&] { EXPECT_EQ(GetPipeSecurityAttributes(), attributes); }).join();
+}
+
+TEST(TimedRetry, EndsByTheAttemptTheCallerOrTheTime) {
+  const auto run = [](int timeout, int successAt, int cancelAt) {
+    int attempts = 0;
+    const TimedRetry retry(timeout, [&] { return attempts == cancelAt; });
+    const HRESULT result = retry.Run([&] { return ++attempts == successAt; });
+    return std::pair(static_cast<unsigned>(result), attempts);
+  };
+  EXPECT_EQ(run(30000, 3, 0), std::pair(0u, 3));
+  EXPECT_EQ(run(30000, 0, 2), std::pair(0x80040225, 2));
+  EXPECT_EQ(run(-1, 0, 1), std::pair(0x80040225, 1));
+  EXPECT_EQ(run(-1, 0, 0), std::pair(0x80040226, 1));
+}
+
+TEST(SafeObject, OwnsOneHandleAndKeepsTheLastError) {
+  const LogCapture capture;
+  const std::size_t before = OpenHandles();
+  const auto event = [] { return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); };
+  SafeHandle first(event()), second(event()), &itself = first;
+  first = std::move(second);
+  first = std::move(itself);
+  EXPECT_TRUE(first && !second);
+  EXPECT_EQ(OpenHandles(), before + 1);
+  ::SetLastError(77);
+  first.Reset();
+  { const SafeHandle never(ULongToHandle(0x7FFFFFF0)); }
+  EXPECT_EQ(::GetLastError(), 77u);
+  EXPECT_EQ(OpenHandles(), before);
+  EXPECT_EQ(Log().at(0), "WARNING Closing safe handle failed, last error=6");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 2 && std::strcmp(argv[1], "peer") == 0) return TakeSteps(argc - 2, argv + 2);
-  testing::InitGoogleMock(&argc, argv);
-  return RUN_ALL_TESTS();
+  testing::InitGoogleTest(&argc, argv);
+  if (argc != 4) return RUN_ALL_TESTS();
+  testId = std::stoul(argv[2]);
+  Endpoint endpoint;
+  for (const auto& step : Split(argv[3], "; ")) std::printf("%s; ", endpoint.Do(step).c_str());
 }
