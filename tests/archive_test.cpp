@@ -42,6 +42,7 @@ TEST(Archive, WritesFlatCompactArrays) {
 TEST(Archive, SharesItsValuesAndKeepsThemWhenATextIsRefused) {
   LogCapture::Reset();
   JArchive archive, copy = archive;
+  EXPECT_EQ(archive.toString(), L"[]");
   archive << 1;
   copy << L"x";
   EXPECT_THAT(LogCapture::Messages("VERBOSE1"),
@@ -62,8 +63,9 @@ TEST(Archive, SharesItsValuesAndKeepsThemWhenATextIsRefused) {
 TEST(Archive, RefusesOtherTypesAndKeepsTheCursor) {
   const std::function<void(JArchive&)> kReads[] = {&Read<int>, &Read<bool>, &Read<CComBSTR>};
   const char* kRefusals[] = {"number expected", "boolean expected", "string expected"};
-  const wchar_t* kTexts[] = {L"[7]", L"[true]", L"[\"7\"]", L"[4294967296]"};
-  for (int i = 0; i < 12; ++i) {
+  const wchar_t* kTexts[] = {L"[7]",   L"[true]", L"[\"7\"]", L"[4294967296]",
+                             L"[1.5]", L"[null]", L"[[1]]"};
+  for (int i = 0; i < 21; ++i) {
     const int type = i % 3, text = i / 3;
     JArchive archive;
     archive.fromString(kTexts[text]);
@@ -92,6 +94,7 @@ TEST(Archive, ReadsStrings) {
 }
 
 TEST(Archive, ReadsVectors) {
+  LogCapture::Reset();
   const auto expect = [](auto text, const std::wstring& content, const std::string& failure) {
     JArchive archive;
     archive.fromString(text);
@@ -100,11 +103,16 @@ TEST(Archive, ReadsVectors) {
     std::wstring joined;
     for (const auto& item : items) joined += std::wstring(item) + L'|';
     EXPECT_EQ(joined, content) << PrintToString(text);
-    EXPECT_EQ(Read<int>(archive), 8) << PrintToString(text);
+    if (failure != "End of archive reached") {
+      EXPECT_EQ(Read<int>(archive), 8) << PrintToString(text);
+    }
   };
   expect(L"[2,\"x\",\"y\",8]", L"before|x|y|", "");
   expect(L"[-1,8]", L"before|", "");
+  expect(L"[3,\"x\"]", L"before|x|", "End of archive reached");
+  expect(L"[]", L"before|", "End of archive reached");
   expect(L"[2147483647,\"x\",8]", L"before|x|", "string expected");
+  EXPECT_EQ(LogCapture::Count("Archive: read vector"), 5u);
 }
 
 }  // namespace

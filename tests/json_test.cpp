@@ -182,6 +182,18 @@ TEST(JsonValue, KeepsBytesOfEveryLengthThroughMoves) {
   }
 }
 
+TEST(JsonValue, IsReadAsItsOwnKindAlone) {
+  const char* kTexts[] = {"true", "7", "7e0", "\"7\"", "{}", "[]", "null"};
+  for (std::size_t kind = 0; kind < std::size(kTexts); ++kind) {
+    const Value value = ReadJson(kTexts[kind]).value();
+    const bool has[] = {value.GetIfBool().has_value(),      value.GetIfInt().has_value(),
+                        value.GetIfDouble().has_value(),    value.GetIfString().has_value(),
+                        value.GetIfDictionary() != nullptr, value.GetIfList() != nullptr,
+                        value.type() == Value::Type::kNull};
+    for (std::size_t i = 0; i < std::size(has); ++i) EXPECT_EQ(has[i], i == kind) << kTexts[kind];
+  }
+}
+
 TEST(JsonValue, TakesItsOwnChildFindsKeysAndConvertsNothing) {
   Value value = ReadJson(R"([1,["beyond the inline bytes",{"k":7.0,"long key, also":3}]])").value();
   for (int i = 0; i < 2; ++i) value = std::move((*value.GetIfList())[1]);

@@ -35,7 +35,7 @@ struct SceneFile {
   explicit SceneFile(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
   ~SceneFile() { std::filesystem::remove(path); }
   const std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                     (std::to_wstring(::GetCurrentProcessId()) + L"-szene-ä.json");
+                                     (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
 };
 
 // A SceneBroker that is ready, with the facts that it printed.
@@ -81,7 +81,22 @@ TEST(SceneFileTest, RefusesWithPlaceAndCure) {
   const std::string head = R"({"version":1,"address":"a","title":"t",)";
   const std::string list = head + R"("elements":[{"id":"e","rect":[0,0,1,1],"items":["x"]},{)";
   const std::string unit = list + R"("rect":[0,0,1,1],)";
+  const auto more = [&](const std::string& fields) {
+    return unit + R"("id":"f",)" + fields + "}]}";
+  };
   const std::pair<std::string, std::string> kCases[] = {
+      {"[]", "the scene: must be an object"},
+      {"{}", "the scene: the field \"version\" is missing"},
+      {head + R"("elements":[],"focus":"e"})", "focus: no element has the id \"e\""},
+      {unit.substr(0, unit.size() - 1) + "}]}", "elements[1]: the field \"id\" is missing"},
+      {list + R"("id":"f","rect":[0,0,1]}]})", "elements[1].rect: must have four numbers"},
+      {more(R"("attributes":{"value":"a"})"), "elements[1].attributes.value: is a state"},
+      {more(R"("items":["a",null])"), "elements[1].items[1]: must be a text"},
+      {more(R"("states":{"checked":"true"})"), "elements[1].states.checked: must be true or false"},
+      {more(R"("states":{"color":"red"})"), "elements[1].states.color: unknown field"},
+      {more(R"("items":["a"],"states":{"selected":"b"})"),
+       "elements[1].states.selected: is none of the element's items"},
+      {"{\"version\": 1e999}", "a number is too large"},
       {"{\n  \"version\": 1,\n  \"ä\" 2}", "line 3, column 7: syntax error"},
       {"{\"title\": \"a\xff\"}", "line 1, column 13: "},
       {R"({"version":1.0,"address":"a","title":"t","elements":[]})", "version: only version 1"},
@@ -109,6 +124,11 @@ TEST(SceneBrokerTest, EndsWithTheCure) {
   const std::string orders = TESSEL_SCENES "/orders.json";
   const Broker running(orders);
   const std::wstring start = L"SceneBroker.exe" + Quoted(orders);
+  const SceneFile broken("{\n  \"version\": 1,,\n}");
+  RunTool(L"SceneBroker.exe" + Quoted(Narrow(broken.path.wstring())), 1,
+          ": line 2, column 16: syntax error");
+  RunTool(start + L" --scheme ftp", 2, "ftp not in {tailored,http,https,file}");
+  RunTool(L"SceneBroker.exe", 2, "scene is required");
   RunTool(L"SceneBroker.exe no.json", 1, "no.json: cannot read the file; check the path");
   RunTool(start, 1, "another broker serves it; stop that one, or choose another --scheme");
   RunTool(start + L" --dll kernel32.dll", 1, "has no InitComm; name TesselSLB_x64.dll with --dll");
@@ -153,11 +173,14 @@ TEST(InspectorTest, ShowsScenesAndReleasesWhatItGot) {
   login.Inspect("at -1,5", 1, "cannot find the element at -1,5: there is none");
   login.Inspect("parent --at 0,0", 1, "cannot find the parent of element \"page\": it has none");
   login.Inspect("get Größe --focus", 4, "cannot read the attribute \"Größe\" of element \"user\"");
+  login.Inspect("get checked --at 320,340", 0, "element: remember\nchecked: true\n");
+  login.Inspect("at 1,1 --scheme file", 3, "-9 (SL_BROKER_NOT_STARTED)");
   login.Inspect("at 1,2147483648", 2, "is no point");
+  login.Inspect("rect", 2, "Exactly 1 option from [--at,--focus] is required");
   orders.Inspect("get \"tool tip\" --at -200,0 --scheme https", 0,
                  "element: 𝄞 detail\ntool tip: first line\\nsecond line\n");
   orders.Inspect("focus", 3, "cannot find the focused element\n  address: https://orders");
-  EXPECT_EQ(login.CloseAndReadSummary(), "handed out: 6\nreleased: 6\nstill held: 0\n");
+  EXPECT_EQ(login.CloseAndReadSummary(), "handed out: 7\nreleased: 7\nstill held: 0\n");
   EXPECT_EQ(orders.CloseAndReadSummary(), "handed out: 1\nreleased: 1\nstill held: 0\n");
 }
 
