@@ -1,0 +1,72 @@
+// The two tools as processes that a test starts, asks and ends.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <string>
+
+#include "support/ChildProcess.h"
+#include "support/RawClient.h"
+#include "tools/shared/ConsoleText.h"
+
+inline std::wstring Quoted(const std::string& text) { return L" \"" + tools::Wide(text) + L'"'; }
+
+// Expects the whole output of a success, a part of that of a failure.
+inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
+  ChildProcess process(TestFolder() + commandLine);
+  std::string text = process.ReadToEnd();
+  std::erase(text, '\r');
+  EXPECT_EQ(process.Wait(), code) << tools::Narrow(commandLine);
+  EXPECT_TRUE(code == 0 ? text == output : text.find(output) != text.npos)
+      << tools::Narrow(commandLine) << ": " << text;
+}
+
+struct SceneFile {
+  explicit SceneFile(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+  ~SceneFile() { std::filesystem::remove(path); }
+  const std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                     (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
+};
+
+// A SceneBroker that is ready, with the facts that it printed.
+class SceneBroker : public ChildProcess {
+ public:
+  explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
+      : ChildProcess(TestFolder() + L"SceneBroker.exe" + Quoted(scene) + options) {
+    for (std::string line; (line = ReadLine()) != "ready" && !line.empty();) {
+      facts_.emplace(line.substr(0, line.find(": ")), line.substr(line.find(": ") + 2));
+    }
+  }
+
+  const std::string& Fact(const std::string& key) const { return facts_.at(key); }
+
+  // The answer to a request in which '?' stands for the broker's process.
+  std::string Ask(const std::string& request) const {
+    RawClient client(tools::Wide(Fact("pipe")));
+    client.Send(tools::Wide(std::regex_replace(request, std::regex("[?]"), Fact("process"))));
+    return tools::Narrow(client.Receive());
+  }
+
+  void Inspect(const std::string& command, DWORD code, const std::string& output,
+               const std::string& window = "") const {
+    RunTool(L"tessel.exe " + tools::Wide(command) + L" --address" + Quoted(Fact("address")) +
+                L" --window" + Quoted(window.empty() ? Fact("window") : window),
+            code, output);
+  }
+
+  // The lines behind the served ones, after its window was closed.
+  std::string CloseAndReadSummary() {
+    ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
+    std::string output = ReadToEnd();
+    std::erase(output, '\r');
+    EXPECT_EQ(Wait(), 0u);
+    return output.substr(output.find("handed out: "));
+  }
+
+ private:
+  std::map<std::string, std::string> facts_;
+};
