@@ -13,9 +13,18 @@ enum class Command : int {
   kRectangle = 2,
   kRelease = 3,
   kParent = 6,
+  kIdentity = 7,
+  kSelector = 8,
+  kCollection = 9,
   kAttribute = 10,
+  kClick = 11,
+  kSetValue = 12,
+  kSetFocus = 13,
   kFocusedElement = 14,
+  kCheck = 15,
   kItems = 16,
+  kSelectItem = 17,
+  kAncestry = 18,
 };
 
 // The record's address; empty for one that a client zeroed.

@@ -8,49 +8,64 @@
 
 using CallSite = std::source_location;
 
-// Whether the record names an element; logs when it does not.
+// Whether the record names an element.
+bool IsValid(const SLElemData& record);
+
+// The same; logs when it does not.
 bool CheckObject(const SLElemData& record, CallSite site = CallSite::current());
 
-void LogRoundTripFailure(const CallSite& site, int code);
-void LogArchiveFailure(const CallSite& site, const Tessel::ArchiveException& failure);
+// `prefix` stands before the message.
+void LogRoundTripFailure(const CallSite& site, const char* prefix, int code);
+void LogArchiveFailure(const CallSite& site, const char* prefix,
+                       const Tessel::ArchiveException& failure);
 
 // Gives `element` the window, process and scheme of `source`, and the object of that id.
+void NameObject(SLElemData& element, const SLElemData& source, CComBSTR& objectId);
+
+// The same with the address: an element of the same content.
 void NameElement(SLElemData& element, const SLElemData& source, CComBSTR& objectId);
+
+// Side by side: what an early end leaves out stays as it was.
+void ReadRectangle(JArchive& answer, RECT& rect);
 
 // For calls whose command carries nothing behind the object.
 inline void NoArguments(JArchive& /*request*/) {}
 
+// For those whose answer ends with the status.
+inline void NoResults(JArchive& /*answer*/) {}
+
 // Request and answer of one call; `scheme` is found when it is not known yet.
 template <class WriteRequest, class ReadAnswer>
 int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeRequest,
-               ReadAnswer readAnswer, const CallSite& site) {
+               ReadAnswer readAnswer, const char* prefix, const CallSite& site) {
   try {
     JArchive request;
     writeRequest(request);
     JArchive answer;
     const int code = DispatchToBroker(scheme, request, answer, record.hwnd, AddressOf(record));
     if (code != SL_SUCCESS) {
-      LogRoundTripFailure(site, code);
+      LogRoundTripFailure(site, prefix, code);
       return code;
     }
     readAnswer(answer);
     return SL_SUCCESS;
   } catch (const Tessel::ArchiveException& failure) {
-    LogArchiveFailure(site, failure);
+    LogArchiveFailure(site, prefix, failure);
     return SL_ARCHIVE_FAILURE;
   }
 }
 
-// About an element that the caller has checked.
+// About an element that the caller has checked. `prefix` goes before what the frame logs.
 template <class WriteArguments, class ReadAnswer>
 int CallObject(Command command, const SLElemData& object, WriteArguments writeArguments,
-               ReadAnswer readAnswer, CallSite site = CallSite::current()) {
+               ReadAnswer readAnswer, const char* prefix = "",
+               CallSite site = CallSite::current()) {
   DWORD scheme = object.uriScheme;
   const auto writeRequest = [&](JArchive& request) {
     BuildObjectRequest(command, object, request);
     writeArguments(request);
   };
-  return CallBroker(scheme, object, writeRequest, readAnswer, site);
+  return CallBroker(scheme, object, writeRequest, readAnswer, prefix, site);
 }
 
 // About a window, or an element of it: fills in the record's process and scheme.
@@ -61,5 +76,5 @@ int CallWindow(Command command, SLElemData& window, WriteArguments writeArgument
     BuildWindowRequest(command, window, request);
     writeArguments(request);
   };
-  return CallBroker(window.uriScheme, window, writeRequest, readAnswer, site);
+  return CallBroker(window.uriScheme, window, writeRequest, readAnswer, "" /*prefix*/, site);
 }

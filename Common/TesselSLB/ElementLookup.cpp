@@ -10,7 +10,6 @@ int GetElemFromPoint(SLElemData& window, const POINT& pt, int option, SLElemData
       [&](JArchive& answer) {
         CComBSTR objectId;
         answer >> objectId;
-        found.sourceUri = window.sourceUri;
         NameElement(found, window, objectId);
       });
 }
@@ -23,7 +22,7 @@ int GetFocusedElement(HWND hwnd, SLElemData& focused) {
   return CallWindow(Command::kFocusedElement, window, NoArguments, [&](JArchive& answer) {
     CComBSTR objectId;
     answer >> objectId;
-    NameElement(focused, window, objectId);
+    NameObject(focused, window, objectId);
   });
 }
 
@@ -33,7 +32,6 @@ int GetParentElement(const SLElemData& child, SLElemData& parent) {
     CComBSTR objectId;
     answer >> objectId;
     if (objectId.Length() == 0) return;
-    parent.sourceUri = child.sourceUri;
     NameElement(parent, child, objectId);
   });
 }

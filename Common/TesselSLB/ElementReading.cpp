@@ -11,13 +11,8 @@ int GetElementValue(const SLElemData& elem, CComBSTR& /*value*/) {
 
 int GetElemRectangle(const SLElemData& elem, RECT& rect) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kRectangle, elem, NoArguments, [&](JArchive& answer) {
-    for (LONG* side : {&rect.left, &rect.top, &rect.right, &rect.bottom}) {
-      std::int32_t value = 0;
-      answer >> value;
-      *side = value;
-    }
-  });
+  return CallObject(Command::kRectangle, elem, NoArguments,
+                    [&](JArchive& answer) { ReadRectangle(answer, rect); });
 }
 
 int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value) {

@@ -1,7 +1,8 @@
-// Both processes. The module's plain exports: the log for its callers, and the server side of the
-// pipe for the program that hosts the broker.
+// Both processes. The module's plain exports: the log for its callers; for the program that hosts
+// the broker, the server side of the pipe and the additional windows.
 #include <windows.h>
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -29,9 +30,9 @@ std::wstring SourceText(const wchar_t* source) {
   if (source == nullptr) return {};
   if (!IS_INTRESOURCE(source)) return source;
   const wchar_t* resource = nullptr;
-  const int length = ::LoadStringW(
-      GetModuleInstance(), static_cast<UINT>(reinterpret_cast<ULONG_PTR>(source)),
-      reinterpret_cast<wchar_t*>(&resource), 0 /*gives the resource itself*/);
+  const int length =
+      ::LoadStringW(GetModuleInstance(), static_cast<UINT>(reinterpret_cast<ULONG_PTR>(source)),
+                    reinterpret_cast<wchar_t*>(&resource), 0 /*gives the resource itself*/);
   return length > 0 ? std::wstring(resource, static_cast<std::size_t>(length)) : std::wstring();
 }
 
@@ -73,6 +74,75 @@ int ReceiveMessage(Channel& channel) {
     LOG_ERROR("Cannot read from pipe");
   }
   return code;
+}
+
+// The window of an index, and what its messages go to. Its thread owns both; any thread may post.
+struct AdditionalWindow {
+  std::atomic<HWND> handle = nullptr;
+  std::atomic<SLWindowCallback> callback = nullptr;
+};
+
+std::array<AdditionalWindow, 10> additionalWindows;
+
+// Null, with a line in the log, when the index has no window.
+AdditionalWindow* ExistingWindow(unsigned long index) {
+  if (index >= additionalWindows.size()) {
+    LOG_ERROR("Index out of bounds");
+    return nullptr;
+  }
+  if (additionalWindows[index].handle == nullptr) {
+    LOG_ERROR("Window #%u not registered", index);
+    return nullptr;
+  }
+  return &additionalWindows[index];
+}
+
+// The window's own callback. True when that has handled the message.
+bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  // The index plus one: 0 until it is stored, for the messages of the creation.
+  const LONG_PTR stored = ::GetWindowLongPtrW(window, GWLP_USERDATA);
+  const auto index = static_cast<ULONG_PTR>(stored) - 1;
+  if (static_cast<DWORD>(stored) == 0 || index >= additionalWindows.size()) return false;
+  const AdditionalWindow& entry = additionalWindows[index];
+  const SLWindowCallback callback = entry.callback;
+  if (entry.handle != window || callback == nullptr) return false;
+  LOG_ERROR("Prepare to call callback %#p (additional window #%u)", callback,
+            static_cast<unsigned>(index));
+  const auto result = static_cast<int>(callback(window, message, wparam, lparam));
+  LOG_ERROR("Callback %#p returned %i", callback, result);
+  return result != 0;
+}
+
+LRESULT CALLBACK Additional_WndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  // At this level by intent, as are the lines around the callback.
+  LOG_ERROR("Additional_WndProc called with %#p, %x, %Ii, %Ii", window, message, wparam, lparam);
+  if (HandleMessage(window, message, wparam, lparam)) return 0;
+  return ::DefWindowProcW(window, message, wparam, lparam);
+}
+
+// The process's own, so that two processes' classes never clash.
+const std::wstring& WindowClassName() {
+  static const std::wstring name =
+      L"SL_Additional_Wnd_Class_pid" + std::to_wstring(::GetCurrentProcessId()) + L"_";
+  return name;
+}
+
+bool RegisterWindowClass() {
+  WNDCLASSEXW windowClass = {};
+  windowClass.cbSize = sizeof(windowClass);
+  windowClass.lpfnWndProc = &Additional_WndProc;
+  windowClass.hInstance = GetModuleInstance();
+  windowClass.lpszClassName = WindowClassName().c_str();
+  if (::RegisterClassExW(&windowClass) != 0) return true;
+  LOG_ERROR("Cannot register class name '%ls', get last error is %u", windowClass.lpszClassName,
+            ::GetLastError());
+  return false;
+}
+
+// Tried once a process, but for an attempt that an exception has ended.
+bool IsWindowClassRegistered() {
+  static const bool registered = RegisterWindowClass();
+  return registered;
 }
 
 }  // namespace
@@ -184,4 +254,60 @@ int __stdcall UninitComm() {
   }
   currentChannel.compare_exchange_strong(channel, nullptr);
   return SL_CHANNEL_SUCCESS;
+}
+
+HWND __stdcall AdditionalWindow_Create(unsigned long index) {
+  LOG_INFO("Create additional window #%u", index);
+  if (index >= additionalWindows.size()) {
+    LOG_ERROR("Too much windows added");
+    return nullptr;
+  }
+  AdditionalWindow& entry = additionalWindows[index];
+  if (entry.handle != nullptr) {
+    LOG_ERROR("Window #%u allready registered with %#p and callback %#p", index,
+              entry.handle.load(), entry.callback.load());
+    return nullptr;
+  }
+  if (!IsWindowClassRegistered()) {
+    LOG_ERROR("Window class is not registered");
+    return nullptr;
+  }
+  entry.callback = nullptr;
+  const HWND window = ::CreateWindowExW(
+      0 /*extended style*/, WindowClassName().c_str(), L"" /*title*/, WS_POPUP, 0 /*x*/, 0 /*y*/,
+      10 /*width*/, 10 /*height*/, nullptr /*parent*/, nullptr /*menu*/, GetModuleInstance(),
+      reinterpret_cast<void*>(static_cast<ULONG_PTR>(index)));
+  entry.handle = window;
+  if (window == nullptr) {
+    LOG_ERROR("Cannot create window");
+    return nullptr;
+  }
+  ::SetWindowLongPtrW(window, GWLP_USERDATA, static_cast<LONG_PTR>(index) + 1);
+  return window;
+}
+
+BOOL __stdcall AdditionalWindow_Destroy(unsigned long index) {
+  LOG_INFO("Destroy additional window #%u", index);
+  AdditionalWindow* const entry = ExistingWindow(index);
+  if (entry == nullptr) return FALSE;
+  ::DestroyWindow(entry->handle);
+  entry->handle = nullptr;
+  entry->callback = nullptr;
+  return TRUE;
+}
+
+BOOL __stdcall AdditionalWindow_PostMessage(unsigned long index, UINT message, WPARAM wparam,
+                                            LPARAM lparam) {
+  LOG_INFO("Prepare to post message %u (WM_APP+%u) to additional window #%u", message,
+           message - WM_APP, index);
+  const AdditionalWindow* const entry = ExistingWindow(index);
+  return entry != nullptr ? ::PostMessageW(entry->handle, message, wparam, lparam) : FALSE;
+}
+
+BOOL __stdcall AdditionalWindow_RegisterCallback(unsigned long index, SLWindowCallback callback) {
+  LOG_INFO("Prepare to register callback %#p for additional window #%u", callback, index);
+  AdditionalWindow* const entry = ExistingWindow(index);
+  if (entry == nullptr) return FALSE;
+  entry->callback = callback;
+  return TRUE;
 }

@@ -1,11 +1,14 @@
-// Broker's process. The server side of the bridge's pipe, for the program that hosts the broker.
+// Broker's process. What the program that hosts the broker gets from the module: the server side of
+// the bridge's pipe, and windows through which work reaches the thread that made them.
 //
-// In turn: InitComm; then for each request ReadMessage (twice, when it says that the buffer is too
-// small) and exactly one WriteMessage; at last UninitComm, from any thread and at any moment, which
-// wakes a ReadMessage that waits. But for UninitComm, one thread at a time. Every failure has a
-// code and a line in the log. Texts are UTF-16, the requests and answers JSON arrays that the
-// channel itself does not look at.
+// The pipe, in turn: InitComm; then for each request ReadMessage (twice, when it says that the
+// buffer is too small) and exactly one WriteMessage; at last UninitComm, from any thread and at any
+// moment of another thread's ReadMessage or WriteMessage, which wakes a ReadMessage that waits. But
+// for UninitComm, one thread at a time. Every failure has a code and a line in the log. Texts are
+// UTF-16, the requests and answers JSON arrays that the channel itself does not look at.
 #pragma once
+
+#include <windows.h>
 
 #include "TesselApi.h"
 
@@ -26,7 +29,9 @@ extern "C" {
 // Creates the pipe on which clients look for the broker of a scheme (an SLUriScheme value) and, for
 // the tailored scheme, of a content address. `connectTimeout` is what each ReadMessage waits for a
 // client, in milliseconds; 0xFFFFFFFF is without limit. `source` is the address, or the id of a
-// string of the module's resources; null is an empty one. A channel that was open is closed first.
+// string of the module's resources; null is an empty one. A channel that was open is closed first,
+// but a ReadMessage that waits on it is not woken: call UninitComm before. While an old call still
+// leaves, the name may be taken for a moment (-4).
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
@@ -43,5 +48,35 @@ TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 // Closes the channel. A ReadMessage that waits returns -3; one that is busy with a client ends
 // first in its own time. Result: 0; -1 when there is none; -3 when its pipe was never created.
 TESSELSLB_API int __stdcall UninitComm();
+
+// Additional windows: up to ten, indexed 0 to 9, hidden and without a parent. A message posted to
+// one is dispatched by the message loop of the thread that created the window (the module has no
+// loop of its own), which there calls the window's callback. So any thread gets work onto that one.
+//
+// The thread that creates a window also registers its callback and destroys it; any thread posts.
+// Failures give null or FALSE and a line in the log; no function throws but for exhausted memory.
+
+// What handles a window's messages, those of its destruction included. The lower 32 bits of the
+// result count: not 0 says that the message is handled, 0 leaves it to the system's default.
+using SLWindowCallback = LONG_PTR(__stdcall*)(HWND window, UINT message, WPARAM wparam,
+                                              LPARAM lparam);
+
+// Creates the window of an index, without a callback. Null when the index is out of bounds or has a
+// window, one that the system has destroyed included, or when the system refuses. The first call in
+// a process registers the window class; when that fails no later call tries again.
+TESSELSLB_API HWND __stdcall AdditionalWindow_Create(unsigned long index);
+
+// Destroys the window and frees the index. TRUE whenever the index had a window; the system itself
+// destroys it only on the thread that created it.
+TESSELSLB_API BOOL __stdcall AdditionalWindow_Destroy(unsigned long index);
+
+// Posts a message, unchanged; the numbers from WM_APP on are free for hosts. FALSE also when the
+// system refuses the post (its last error tells why).
+TESSELSLB_API BOOL __stdcall AdditionalWindow_PostMessage(unsigned long index, UINT message,
+                                                          WPARAM wparam, LPARAM lparam);
+
+// Sets the callback of a window; null removes it.
+TESSELSLB_API BOOL __stdcall AdditionalWindow_RegisterCallback(unsigned long index,
+                                                               SLWindowCallback callback);
 
 }  // extern "C"

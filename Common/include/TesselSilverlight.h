@@ -1,23 +1,38 @@
-// Client process. Finds, reads and releases the elements of Silverlight content: this header is
-// what a client includes, TesselSLB_x64.dll what it links against or loads.
+// Client process. Finds the elements of Silverlight content, describes, reads and drives them: this
+// header is what a client includes, TesselSLB_x64.dll what it links against or loads.
+//
+// A client names the content by its window and its address, gets a first element from a point, the
+// focus or a collection, and goes on from there. Each element is a record (SLElemData) that holds
+// an object in the broker until it is destroyed.
 //
 // A call becomes one request to the broker of the element's content and one answer; a broker that
 // does not run yet is started. The calling thread does all of it and waits: up to 16 s for a broker
-// that has to be started, then up to 18 s each for connecting, writing and reading. Where a
-// function says that it searches, this may happen for two schemes in turn, then injection adds up
-// to 30 s of waiting for other injections and about 10 s for its own, and the search runs once
-// more.
+// that has to be started, then up to 18 s each for connecting, writing and reading, so 70 s at
+// most. A function that searches may do this for two schemes in turn, then waits up to 30 s for
+// other clients' injections and about 10 s for its own, and searches once more: some 320 s.
 //
-// Threads: any number may call at once, each with records of its own; the module takes no lock.
+// Result codes: SL_SUCCESS, or one of the groups that each function names.
+//   round trip  SL_FAILURE, SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED,
+//               SL_ARCHIVE_FAILURE, or the broker's own status, which is SL_NOT_SERVED for content
+//               that it does not show
+//   search      those of the round trip, and SL_INVALID_ARGUMENT (no such window),
+//               SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED
+// What an argument receives holds for success. On any failure it is left as it was, unless the
+// function says otherwise.
 //
-// Texts are UTF-16. Rectangles and points are in the coordinates that the broker of the content
-// uses; the module carries them as they are.
+// Threads: any number may call at once, each with records and vectors of its own; the module takes
+// no lock, and no function is bound to a thread.
+//
+// Texts are UTF-16. A BSTR that a function hands out is freed by the client with SysFreeString; a
+// vector that it fills is the client's, with its storage on the process's heap. Rectangles and
+// points are in the coordinates that the broker of the content uses, in pixels of its own; the
+// module carries them as they are.
 //
 // Exceptions: no failure of the broker or of the system leaves a function, each has a result code
 // and a line in the log. Exhausted memory does: std::bad_alloc or std::length_error from the
-// storage of a vector, ATL's exception (E_OUTOFMEMORY) from a text, and ATL's E_FAIL or
-// E_INVALIDARG where a path does not fit its buffer. A client of another compiler than the module's
-// cannot catch them.
+// storage of a vector (an answer may announce a count that no memory holds), ATL's exception
+// (E_OUTOFMEMORY) from a text, and ATL's E_FAIL or E_INVALIDARG where a path does not fit its
+// buffer. A client of another compiler than the module's cannot catch them: they end it.
 #pragma once
 
 #include <windows.h>
@@ -59,6 +74,8 @@ enum SLResult : int {
 
 namespace TesselSilverlight {
 
+// Finding a first element.
+
 // The element at a point.
 //
 // window  in: `hwnd` and `sourceUri` (the content's address); `uriScheme` when it is known, else
@@ -67,49 +84,121 @@ namespace TesselSilverlight {
 //         and `uriScheme`, once a search has found it.
 // pt      the point.
 // option  passed on to the broker.
-// found   out, on success alone: the element, with the window, process, scheme and address of
-//         `window`; its `rect` is left as it was. The record owns the element's object in the
-//         broker; an element that it named before is forgotten, not released. No element there:
-//         success with an empty `objectId`.
-// Result: SL_SUCCESS, or any code but SL_INVALID_OBJECT.
+// found   out: the element, with the window, process, scheme and address of `window`; its `rect`
+//         is left as it was. An element that the record named before is forgotten, not released.
+//         No element there: success with an empty `objectId`.
+// Result: search.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
 
 // The element that has the focus in a window. Always searches.
 //
-// focused  in: `sourceUri`. out, on success alone: as `found` above. No element has the focus:
-//          success with an empty `objectId`.
-// Result: SL_SUCCESS, or any code but SL_INVALID_OBJECT.
+// focused  in: `sourceUri`. out: as `found` above. No element has the focus: success with an empty
+//          `objectId`.
+// Result: search.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
-// The parent of an element. `parent` is left as it was when there is none, and on failure.
-// Result: SL_SUCCESS, SL_INVALID_OBJECT, or a failure of the round trip (-3, -6, -7, -9, -12,
-// status).
+// All elements below a root that match three texts and two options; what they mean is the broker's
+// affair.
+//
+// root    a valid record, or one with `hwnd` and `sourceUri` alone, which stands for the whole
+//         content. in and out as `window` of GetElemFromPoint; must not be one of `found`.
+// search1, search2, search3
+//         null is an empty text.
+// found   out: one record for each element, `rect` included; the records that it held are released.
+//         After SL_ARCHIVE_FAILURE behind the answer's count it holds that many records, and those
+//         that could not be read name no element.
+// Result: search; SL_INVALID_OBJECT for a root that is not valid and has no window.
+TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
+                                 wchar_t* const search3, int option1, bool option2,
+                                 std::vector<SLElemData, HeapAllocator<SLElemData>>& found);
+
+// From element to element. From here on each function requires a valid record (SL_INVALID_OBJECT
+// otherwise, and nothing is sent): one that has all five of process, window, object, scheme and
+// address.
+
+// The parent of an element. `parent` is left as it was when there is none.
+// Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
-// Tells the broker that the client no longer holds the element. The record keeps its fields; its
-// destruction calls this by itself.
-// Result: as GetParentElement; SL_FAILURE also when the broker refuses.
-TESSELSLB_API int ReleaseObj(SLElemData& obj);
+// The element's ancestors, with a number for each that the broker gives a meaning.
+//
+// ancestors  out: as `found` of FindCollection, but for `rect`, which is empty; `elem` must not be
+//            one of them.
+// numbers    out: appended to. After SL_ARCHIVE_FAILURE the numbers read so far stay.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
+                                  std::vector<SLElemData, HeapAllocator<SLElemData>>& ancestors,
+                                  std::vector<long, HeapAllocator<long>>& numbers);
 
-// Not implemented: E_NOTIMPL for a valid record, SL_INVALID_OBJECT for any other. Sends nothing and
-// leaves `value` alone.
+// The elements that make up the element's default selector. `chain`: as `ancestors` above.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int GetDefaultSelectorHierarchy(
+    const SLElemData& elem, std::vector<SLElemData, HeapAllocator<SLElemData>>& chain);
+
+// Reading an element.
+
+// What identifies an element: three texts and a number, in the broker's meaning.
+//
+// parentObj  null, or a valid record of the same process and scheme (SL_INVALID_OBJECT otherwise):
+//            what the identification is relative to.
+// text1, text2, text3
+//            out: BSTRs that the client frees; what was there before is overwritten, not freed.
+//            Must not be null.
+// number     out; null when it is not wanted.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text1,
+                            wchar_t** text2, wchar_t** text3, int* number);
+
+// Not implemented: E_NOTIMPL for a valid record. Sends nothing and leaves `value` alone.
+// Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
 // The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the fields behind
-// it as they were; any other failure leaves all of them. Result: as GetParentElement.
+// it as they were.
+// Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
-// A named attribute as text: on success `*value` receives a BSTR that the caller frees with
-// SysFreeString; what was there before is overwritten, not freed. Left alone on failure.
-// Result: as GetParentElement; SL_INVALID_ARGUMENT for a null or empty name, or a null `value`.
+// A named attribute as text: `*value` receives a BSTR that the client frees; what was there before
+// is overwritten, not freed.
+// Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name, or a null
+// `value`.
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
 // The texts of the items of a list-like element, appended to `items`. `flag` reaches the broker as
-// true or false. After SL_ARCHIVE_FAILURE the items read so far stay appended.
-// Result: as GetParentElement.
+// true or false. After SL_ARCHIVE_FAILURE the items read so far stay.
+// Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
                            std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items);
+
+// Acting on an element. The broker acts; success says that it has taken the command.
+
+// Clicks the element. The two ints are reserved: neither looked at nor sent.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int ClickElem(const SLElemData& elem, int reserved1, int reserved2);
+
+// Sets the element's value. An empty text is one.
+// Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null text.
+TESSELSLB_API int SetValue(const SLElemData& elem, const CComBSTR& text);
+
+// Gives the element the focus.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int SetFocus(const SLElemData& elem);
+
+// Checks (not 0) or unchecks (0) the element.
+// Result: round trip, SL_INVALID_OBJECT.
+TESSELSLB_API int CheckElem(const SLElemData& elem, int check);
+
+// Selects the item of that text.
+// Result: round trip, SL_INVALID_OBJECT; SL_ARCHIVE_FAILURE also for a null text.
+TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
+
+// Letting go.
+
+// Tells the broker that the client no longer holds the element. The record keeps its fields; its
+// destruction calls this by itself.
+// Result: round trip, SL_INVALID_OBJECT; SL_FAILURE also when the broker refuses.
+TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
 }  // namespace TesselSilverlight
 

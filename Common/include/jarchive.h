@@ -47,6 +47,12 @@ class JArchive {
 
   // A read that fails throws ArchiveException and leaves the cursor where it was.
   JArchive& operator>>(std::int32_t& value);
+  JArchive& operator>>(long& value) {  // of 32 bits, as int is, and yet another type
+    std::int32_t read = 0;
+    *this >> read;
+    value = read;
+    return *this;
+  }
   JArchive& operator>>(bool& value);
   JArchive& operator>>(std::string& utf8);
   JArchive& operator>>(CComBSTR& text);
