@@ -18,8 +18,10 @@ target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/inclu
 add_dependencies(test_parts TesselSLB)
 tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)
-tessel_test(element LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
+tessel_test(element LIBRARIES TesselSLB oleaut32)
 add_dependencies(element_test test_parts)
+tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
+add_dependencies(search_test test_parts)
 
 foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")

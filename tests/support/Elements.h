@@ -1,0 +1,104 @@
+// Element records, and a broker in a process of its own that they are asked of.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "TesselSilverlight.h"
+#include "support/ChildProcess.h"
+#include "support/LogCapture.h"
+
+using Texts = std::vector<std::string>;
+using Items = std::vector<CComBSTR, HeapAllocator<CComBSTR>>;
+using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
+using Numbers = std::vector<long, HeapAllocator<long>>;
+
+inline const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
+inline const std::string kOwnId = std::to_string(::GetCurrentProcessId());
+
+inline std::string Narrow(const wchar_t* text) {
+  char buffer[300] = {};
+  ::WideCharToMultiByte(CP_UTF8, 0, text == nullptr ? L"(null)" : text, -1, buffer, 300, nullptr,
+                        nullptr);
+  return buffer;
+}
+
+inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
+
+// A broker in a process of its own that gives these answers in turn.
+class ScriptedBroker : public ChildProcess {
+ public:
+  ScriptedBroker(SLUriScheme scheme, const std::wstring& address,
+                 const std::vector<std::string>& answers)
+      : ChildProcess(CommandLine(scheme, address, answers)) {
+    EXPECT_EQ(ReadLine(), "InitComm 0");
+  }
+
+ private:
+  static std::wstring CommandLine(SLUriScheme scheme, const std::wstring& address,
+                                  const std::vector<std::string>& answers) {
+    std::wstring line =
+        TestFolder() + L"test_parts.exe broker " + std::to_wstring(scheme) + L" " + address;
+    for (const std::string& answer : answers) {
+      line += L" \"" + std::wstring(answer.begin(), answer.end()) + L"\"";
+    }
+    return line;
+  }
+};
+
+inline SLElemData Element(const std::wstring& address, const wchar_t* id,
+                          DWORD scheme = SL_TAILORED_URI) {
+  SLElemData element;
+  element.processId = 77;
+  element.hwnd = ::GetDesktopWindow();
+  element.objectId = ::SysAllocString(id);
+  element.uriScheme = scheme;
+  element.sourceUri = address.c_str();
+  return element;
+}
+
+// Drops the object without a call to the broker.
+inline void Forget(SLElemData& element) {
+  ::SysFreeString(std::exchange(element.objectId, nullptr));
+}
+
+// "process scheme address id" of an out record, which is then forgotten.
+inline std::string Taken(SLElemData& element) {
+  const std::string text = std::to_string(element.processId) + ' ' +
+                           std::to_string(element.uriScheme) + ' ' + Narrow(element.sourceUri) +
+                           ' ' + Narrow(element.objectId);
+  Forget(element);
+  return text;
+}
+
+// The error lines but for those of the records that the calls drop.
+inline Texts Errors() {
+  Texts lines = LogCapture::Messages();
+  std::erase(lines, "ERROR Invalid SL object");
+  return lines;
+}
+
+inline const std::string kFailed = "ERROR SendMessageToBroker failed with ";
+inline const std::string kKept = "77 0 old kept";  // an out record as it was
+
+// Asks for the element at 3,-4: the code, and what the out record then holds.
+inline std::string Point(SLElemData& element) {
+  SLElemData found = Element(L"old", L"kept", SL_NO_URI);
+  found.rect = {1, 2, 3, 4};
+  const int code = TesselSilverlight::GetElemFromPoint(element, {3, -4}, 5, found);
+  EXPECT_EQ(found.rect.bottom, 4);
+  return std::to_string(code) + ' ' + Taken(found);
+}
+
+// The code, and what becomes of a rectangle of nines.
+inline std::string RectangleOf(SLElemData& element) {
+  RECT rect = {9, 9, 9, 9};
+  std::string text = std::to_string(TesselSilverlight::GetElemRectangle(element, rect));
+  for (LONG side : {rect.left, rect.top, rect.right, rect.bottom}) {
+    text += ' ' + std::to_string(side);
+  }
+  return text;
+}
