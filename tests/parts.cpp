@@ -1,6 +1,6 @@
 // The programs that stand around the module, for its tests: one file, its role is its name
-// (sllauncher.exe, slinject.exe) or its first argument (broker, hold). The first two write what
-// they were started with into a file beside them.
+// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, window). The first two write
+// what they were started with into a file beside them.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -14,6 +14,7 @@
 
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
+#include "support/ChildProcess.h"
 
 namespace {
 
@@ -52,7 +53,8 @@ Function* Import(HMODULE module, const char* name) {
 }
 
 // Answers the requests in turn, printing each. In an answer ' stands for ". "gone" leaves without
-// an answer, "silent" comes too late, "*" before an answer gives it for ever.
+// an answer, "silent" comes too late, "*" before an answer gives it for ever, "~" gives [0,true] in
+// its place to a release.
 int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
           const std::vector<std::wstring>& answers) {
   const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
@@ -71,6 +73,8 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');
     const bool forEver = text.front() == L'*';
+    if (text.front() == L'~')
+      text = wcsncmp(request, L"[3,", 3) == 0 ? L"[0,true]" : text.substr(1);
     write(text.c_str() + forEver);
     if (!forEver) ++answer;
   }
@@ -94,15 +98,20 @@ int Launch(const std::vector<std::wstring>& arguments) {
 }
 
 // A file beside it, named after the process that it is told to inject, holds the milliseconds that
-// it takes and its exit code.
+// it takes, its exit code, and the command line of a broker, if it shall bring one.
 int Inject(const std::wstring& argument) {
   const std::wstring name = L"slinject-" + argument.substr(wcslen(L"--pid="));
   const path record = OwnPath().parent_path() / (name + L".txt");
   RecordStart(record);
   DWORD milliseconds = 0;
   int code = 0;
-  std::ifstream(OwnPath().parent_path() / (name + L".in")) >> milliseconds >> code;
+  std::string command;
+  std::ifstream settings(OwnPath().parent_path() / (name + L".in"));
+  settings >> milliseconds >> code >> std::ws;
+  std::getline(settings, command);
   ::Sleep(milliseconds);
+  // Never deleted: it outlives this process.
+  if (!command.empty()) (new ChildProcess({command.begin(), command.end()}))->ReadLine();
   std::ofstream(record, std::ios::app) << "end" << std::endl;
   return code;
 }
@@ -115,6 +124,26 @@ int Hold(const std::wstring& mutex, DWORD milliseconds) {
   return 0;
 }
 
+LONG_PTR __stdcall PrintMessage(HWND, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message != WM_APP) return 0;
+  Print(std::to_string(wparam) + " " + std::to_string(lparam));
+  if (wparam == 0) ::PostQuitMessage(0);
+  return 1;
+}
+
+// Prints the handle of its additional window, then the parameters of each WM_APP; 0 ends it.
+int OfferWindow() {
+  const HMODULE module = ::LoadLibraryW((OwnPath().parent_path() / L"TesselSLB_x64.dll").c_str());
+  const auto create = Import<decltype(AdditionalWindow_Create)>(module, "AdditionalWindow_Create");
+  const auto listen = Import<decltype(AdditionalWindow_RegisterCallback)>(
+      module, "AdditionalWindow_RegisterCallback");
+  const HWND window = create(0);
+  listen(0, &PrintMessage);
+  Print(std::to_string(reinterpret_cast<ULONG_PTR>(window)));
+  for (MSG message; ::GetMessageW(&message, nullptr, 0, 0) > 0;) ::DispatchMessageW(&message);
+  return 0;
+}
+
 }  // namespace
 
 int main() {
@@ -124,6 +153,7 @@ int main() {
   if (OwnPath().filename() == L"sllauncher.exe") return Launch(arguments);
   if (OwnPath().filename() == L"slinject.exe") return Inject(arguments.at(1));
   if (arguments.at(1) == L"hold") return Hold(arguments.at(2), std::stoul(arguments.at(3)));
+  if (arguments.at(1) == L"window") return OfferWindow();
   return Serve(OwnPath().parent_path(), std::stoul(arguments.at(2)), words[3],
                {arguments.begin() + 4, arguments.end()});
 }

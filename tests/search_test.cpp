@@ -14,6 +14,12 @@ using testing::ElementsAre;
 
 const LogCapture capture;
 
+std::wstring HexOf(HWND window) {
+  wchar_t digits[17] = {};
+  ::swprintf(digits, 17, L"%llx", reinterpret_cast<unsigned long long>(window));
+  return digits;
+}
+
 // What the search does, by the answers of the tailored broker and of the scheme's own.
 TEST(Search, GoesOnAfterNotServedAlone) {
   const TestWindow window;
@@ -106,6 +112,29 @@ TEST(Search, TriesAnUnknownPrefixAsTailoredAlone) {
               ElementsAre("ERROR ReadBuffer failed", "ERROR Cannot read from SL server pipe",
                           "ERROR SendMessageToBroker failed with -6"));
   Forget(element);
+}
+
+// A broker that shows something else answers two client processes and is gone; what the injector
+// then starts answers. The second client comes while the first one's injector is at work.
+TEST(Search, InjectsForOneClientAfterTheOther) {
+  const TestWindow window;
+  const std::wstring address = L"injected-" + kProcess;
+  const StandIn injector(L"slinject");
+  injector.Prepare(::GetCurrentProcessId(), 2500, 0,
+                   TestFolder() + L"test_parts.exe broker 4 " + address +
+                       L" ~[0,'in'] ~[0,'in'] ~[0,'in'] ~[0,'in']");
+  ScriptedBroker other(SL_TAILORED_URI, address, {"[-8]", "[-8]"});
+  const std::wstring find = TestFolder() + L"tessel.exe at 3,-4 --address " + address +
+                            L" --window 0x" + HexOf(window.Child());
+  ChildProcess first(find);
+  EXPECT_EQ(other.ReadLine(), "[1," + kOwnId + ",\"\",3,-4,0]");
+  ChildProcess second(find);
+  EXPECT_THAT(first.ReadToEnd(), testing::HasSubstr("element: in"));
+  EXPECT_THAT(second.ReadToEnd(), testing::HasSubstr("element: in"));
+  EXPECT_EQ(first.Wait() + second.Wait() + other.Wait(), 0u);
+  const Texts record = injector.Record(kProcess);
+  ASSERT_EQ(record.size(), 10u);
+  EXPECT_EQ(record[4], "end") << "the second began when the first had ended";
 }
 
 TEST(Search, StartsTheTailoredBrokerOrEnds) {

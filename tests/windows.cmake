@@ -14,14 +14,14 @@ configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONL
 
 # The programs around the module. They are found by name, in the same places by every suite.
 add_executable(test_parts parts.cpp)
-target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/include)
+target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/include .)
 add_dependencies(test_parts TesselSLB)
 tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)
 tessel_test(element LIBRARIES TesselSLB oleaut32)
 add_dependencies(element_test test_parts)
 tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
-add_dependencies(search_test test_parts)
+add_dependencies(search_test test_parts tessel)
 
 foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")
@@ -32,6 +32,8 @@ add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
 set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
   ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 
+tessel_test(windows LIBRARIES TesselSLB)
+add_dependencies(windows_test test_parts)
 tessel_test(channel LIBRARIES TesselSLB)
 add_dependencies(channel_test test_parts)
 

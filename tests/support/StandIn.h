@@ -44,10 +44,11 @@ class StandIn {
     return Lines(folder_ / (kind_ + L"-" + id + L".txt"));
   }
 
-  // For an injector: how long it takes and its exit code.
-  void Prepare(int process, DWORD milliseconds, int exitCode) const {
+  // For an injector: how long it takes, its exit code, and the broker that it starts.
+  void Prepare(int process, DWORD milliseconds, int exitCode,
+               const std::wstring& brokerCommand = L"") const {
     std::ofstream(folder_ / (kind_ + L"-" + std::to_wstring(process) + L".in"))
-        << milliseconds << ' ' << exitCode;
+        << milliseconds << ' ' << exitCode << ' ' << std::filesystem::path(brokerCommand).string();
   }
 
   static std::filesystem::path LauncherFolder() {
