@@ -30,8 +30,10 @@ TEST(InspectorTest, ShowsScenesAndReleasesWhatItGot) {
   orders.Inspect("get \"tool tip\" --at -200,0 --scheme https", 0,
                  "element: 𝄞 detail\ntool tip: first line\\nsecond line\n");
   orders.Inspect("focus", 3, "cannot find the focused element\n  address: https://orders");
-  EXPECT_EQ(login.CloseAndReadSummary(), "handed out: 7\nreleased: 7\nstill held: 0\n");
-  EXPECT_EQ(orders.CloseAndReadSummary(), "handed out: 1\nreleased: 1\nstill held: 0\n");
+  EXPECT_EQ(login.CloseAndReadSummary(),
+            "handed out: 7\nundelivered: 0\nreleased: 7\nstill held: 0\n");
+  EXPECT_EQ(orders.CloseAndReadSummary(),
+            "handed out: 1\nundelivered: 0\nreleased: 1\nstill held: 0\n");
 }
 
 TEST(InspectorTest, FindsTheWindow) {

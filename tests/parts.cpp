@@ -1,6 +1,6 @@
 // The programs that stand around the module, for its tests: one file, its role is its name
-// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, window). The first two write
-// what they were started with into a file beside them.
+// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, window, mute). The first two
+// write what they were started with into a file beside them.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -15,6 +15,7 @@
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
+#include "support/RawClient.h"
 
 namespace {
 
@@ -144,6 +145,14 @@ int OfferWindow() {
   return 0;
 }
 
+// Sends a request and never reads the answer.
+int StayMute(const std::wstring& pipe) {
+  RawClient client(pipe);
+  client.Send(L"[1]");
+  ::Sleep(60000);
+  return 0;
+}
+
 }  // namespace
 
 int main() {
@@ -154,6 +163,7 @@ int main() {
   if (OwnPath().filename() == L"slinject.exe") return Inject(arguments.at(1));
   if (arguments.at(1) == L"hold") return Hold(arguments.at(2), std::stoul(arguments.at(3)));
   if (arguments.at(1) == L"window") return OfferWindow();
+  if (arguments.at(1) == L"mute") return StayMute(arguments.at(2));
   return Serve(OwnPath().parent_path(), std::stoul(arguments.at(2)), words[3],
                {arguments.begin() + 4, arguments.end()});
 }

@@ -42,12 +42,19 @@ class SceneBroker : public ChildProcess {
     }
   }
 
-  const std::string& Fact(const std::string& key) const { return facts_.at(key); }
+  // The first of a key, or a later one.
+  const std::string& Fact(const std::string& key, int index = 0) const {
+    return std::next(facts_.lower_bound(key), index)->second;
+  }
 
-  // The answer to a request in which '?' stands for the broker's process.
+  // A request's text, in which '?' stands for the broker's process.
+  std::string Request(const std::string& text) const {
+    return std::regex_replace(text, std::regex("[?]"), Fact("process"));
+  }
+
   std::string Ask(const std::string& request) const {
     RawClient client(tools::Wide(Fact("pipe")));
-    client.Send(tools::Wide(std::regex_replace(request, std::regex("[?]"), Fact("process"))));
+    client.Send(tools::Wide(Request(request)));
     return tools::Narrow(client.Receive());
   }
 
@@ -68,5 +75,5 @@ class SceneBroker : public ChildProcess {
   }
 
  private:
-  std::map<std::string, std::string> facts_;
+  std::multimap<std::string, std::string> facts_;
 };

@@ -2,9 +2,10 @@
 
 #include <stdexcept>
 
-#include "tools/shared/ConsoleText.h"
-
 namespace {
+
+// A failure that passes may come back at once, again and again.
+constexpr DWORD kPauseAfterFailure = 10;  // ms
 
 // What a client did, or did not do, and no reason to stop.
 bool IsPassing(int code) {
@@ -14,27 +15,11 @@ bool IsPassing(int code) {
 
 }  // namespace
 
-HostChannel::HostChannel(const std::wstring& modulePath) {
-  module_.reset(::LoadLibraryW(modulePath.c_str()));
-  if (!module_) {
-    throw std::runtime_error("cannot load " + tools::Narrow(modulePath) + " (error " +
-                             std::to_string(::GetLastError()) +
-                             "); put it beside the broker, or name it with --dll");
-  }
-  Bind(init_, "InitComm");
-  Bind(read_, "ReadMessage");
-  Bind(write_, "WriteMessage");
-  Bind(uninit_, "UninitComm");
-}
-
-template <class Function>
-void HostChannel::Bind(Function& function, const char* name) {
-  auto* const address = reinterpret_cast<void*>(::GetProcAddress(module_.get(), name));
-  if (address == nullptr) {
-    throw std::runtime_error(std::string("the loaded module has no ") + name +
-                             "; name TesselSLB_x64.dll with --dll");
-  }
-  function = reinterpret_cast<Function>(address);
+HostChannel::HostChannel(const HostModule& module) {
+  module.Bind(init_, "InitComm");
+  module.Bind(read_, "ReadMessage");
+  module.Bind(write_, "WriteMessage");
+  module.Bind(uninit_, "UninitComm");
 }
 
 void HostChannel::Open(SLUriScheme scheme, const std::wstring& address) {
@@ -50,20 +35,28 @@ void HostChannel::Open(SLUriScheme scheme, const std::wstring& address) {
   }
 }
 
-void HostChannel::Serve(const std::function<std::wstring(const std::wstring&)>& answer) {
+void HostChannel::Serve(const std::function<std::wstring(const std::wstring&)>& answer,
+                        const std::function<void(bool)>& sent) {
   std::wstring request;
   while (!stopped_) {
     int code = Read(request);
-    if (code == SL_CHANNEL_SUCCESS) code = write_(answer(request).c_str());
-    if (code != SL_CHANNEL_SUCCESS && !IsPassing(code) && !stopped_) {
+    if (code == SL_CHANNEL_SUCCESS) {
+      code = write_(answer(request).c_str());
+      sent(code == SL_CHANNEL_SUCCESS);
+    }
+    if (code == SL_CHANNEL_SUCCESS || stopped_) continue;
+    if (!IsPassing(code)) {
       throw std::runtime_error("the channel failed (code " + std::to_string(code) +
                                "); read the module's log and start the broker again");
     }
+    ::Sleep(kPauseAfterFailure);
   }
 }
 
-void HostChannel::Stop() {
-  if (!stopped_.exchange(true)) uninit_();
+bool HostChannel::Stop() {
+  if (stopped_.exchange(true)) return false;
+  uninit_();
+  return true;
 }
 
 int HostChannel::Read(std::wstring& request) {

@@ -7,65 +7,6 @@
 
 namespace {
 
-// Follows the parser through the text: it would take the second of two fields of one name.
-class DuplicateFieldCheck {
- public:
-  bool operator()(int /*depth*/, Json::parse_event_t event, const Json& parsed) {
-    switch (event) {
-      case Json::parse_event_t::object_start:
-      case Json::parse_event_t::array_start:
-        levels_.emplace_back().isArray = event == Json::parse_event_t::array_start;
-        break;
-      case Json::parse_event_t::object_end:
-      case Json::parse_event_t::array_end:
-        levels_.pop_back();
-        CountValue();
-        break;
-      case Json::parse_event_t::value:
-        CountValue();
-        break;
-      case Json::parse_event_t::key:
-        EnterField(parsed.get<std::string>());
-        break;
-    }
-    return true;
-  }
-
- private:
-  struct Level {
-    bool isArray = false;
-    std::size_t index = 0;
-    std::string field;
-    std::set<std::string> fields;
-  };
-
-  void CountValue() {
-    if (!levels_.empty()) ++levels_.back().index;
-  }
-
-  void EnterField(const std::string& field) {
-    Level& level = levels_.back();
-    level.field = field;
-    if (!level.fields.insert(field).second) {
-      throw SceneError(Path() + ": the same field stands here twice; remove one of them");
-    }
-  }
-
-  std::string Path() const {
-    std::string path;
-    for (const Level& level : levels_) {
-      if (level.isArray) {
-        path += '[' + std::to_string(level.index) + ']';
-      } else {
-        path += (path.empty() ? "" : ".") + level.field;
-      }
-    }
-    return path;
-  }
-
-  std::vector<Level> levels_;
-};
-
 // Line and column of a byte; columns are counted in characters.
 std::string PlaceOf(const std::string& text, std::size_t byte) {
   const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size()));
@@ -83,19 +24,89 @@ std::string Reason(const std::string& what) {
   return what.substr(start);
 }
 
+// Reads a text for its faults alone: the values are read when it has none. The parser would take
+// the second of two fields of one name, and tells no place for a number that is too large.
+class TextCheck : public nlohmann::json_sax<Json> {
+ public:
+  explicit TextCheck(const std::string& text) : text_(text) {}
+
+  bool null() override { return CountValue(); }
+  bool boolean(bool) override { return CountValue(); }
+  bool number_integer(number_integer_t) override { return CountValue(); }
+  bool number_unsigned(number_unsigned_t) override { return CountValue(); }
+  bool number_float(number_float_t, const string_t&) override { return CountValue(); }
+  bool string(string_t&) override { return CountValue(); }
+  bool binary(binary_t&) override { return CountValue(); }
+  bool start_object(std::size_t) override { return Enter(false /*is array*/); }
+  bool start_array(std::size_t) override { return Enter(true /*is array*/); }
+  bool end_object() override { return Leave(); }
+  bool end_array() override { return Leave(); }
+
+  bool key(string_t& field) override {
+    Level& level = levels_.back();
+    level.field = field;
+    if (!level.fields.insert(field).second) {
+      throw SceneError(Path() + ": the same field stands here twice; remove one of them");
+    }
+    return true;
+  }
+
+  // The position counts the bytes read, the last one of the token included.
+  bool parse_error(std::size_t position, const std::string& token,
+                   const Json::exception& error) override {
+    if (dynamic_cast<const Json::out_of_range*>(&error) != nullptr) {
+      throw SceneError(PlaceOf(text_, position - token.size()) + ": the number " + token +
+                       " is too large; make it smaller");
+    }
+    throw SceneError(PlaceOf(text_, position == 0 ? 0 : position - 1) + ": " +
+                     Reason(error.what()) + "; correct the JSON text there");
+  }
+
+ private:
+  struct Level {
+    bool isArray = false;
+    std::size_t index = 0;
+    std::string field;
+    std::set<std::string> fields;
+  };
+
+  bool CountValue() {
+    if (!levels_.empty()) ++levels_.back().index;
+    return true;
+  }
+
+  bool Enter(bool isArray) {
+    levels_.emplace_back().isArray = isArray;
+    return true;
+  }
+
+  bool Leave() {
+    levels_.pop_back();
+    return CountValue();
+  }
+
+  std::string Path() const {
+    std::string path;
+    for (const Level& level : levels_) {
+      if (level.isArray) {
+        path += '[' + std::to_string(level.index) + ']';
+      } else {
+        path += (path.empty() ? "" : ".") + level.field;
+      }
+    }
+    return path;
+  }
+
+  const std::string& text_;
+  std::vector<Level> levels_;
+};
+
 }  // namespace
 
 Json ParseSceneText(const std::string& text) {
-  try {
-    DuplicateFieldCheck check;
-    return Json::parse(text, std::ref(check));
-  } catch (const Json::parse_error& error) {
-    // The position counts the bytes read, the offending one included.
-    throw SceneError(PlaceOf(text, error.byte == 0 ? 0 : error.byte - 1) + ": " +
-                     Reason(error.what()) + "; correct the JSON text there");
-  } catch (const Json::out_of_range& error) {
-    throw SceneError("a number is too large (" + std::string(error.what()) + "); make it smaller");
-  }
+  TextCheck check(text);
+  Json::sax_parse(text, &check);
+  return Json::parse(text);
 }
 
 std::optional<int> AsInt32(const Json& value) {

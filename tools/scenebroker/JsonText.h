@@ -14,8 +14,8 @@ class SceneError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Throws SceneError, with line and column for a syntax error and with the path for a field that an
-// object has twice.
+// Throws SceneError, with line and column for a syntax error or a number too large, with the path
+// for a field that an object has twice.
 Json ParseSceneText(const std::string& text);
 
 // A JSON integer of 32 bits, the only numbers that the bridge carries.

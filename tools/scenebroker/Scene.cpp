@@ -1,20 +1,11 @@
 #include "tools/scenebroker/Scene.h"
 
-#include <algorithm>
 #include <utility>
 
-namespace {
-
-LONG Middle(LONG low, LONG high) {
-  return static_cast<LONG>(low + (static_cast<long long>(high) - low) / 2);
-}
-
-}  // namespace
-
 std::optional<std::string> SceneElement::Attribute(const std::string& name) const {
-  if (name == "checked" && checked) return *checked ? "true" : "false";
-  if (name == "selected") return selected;
-  if (name == "value") return value;
+  if (name == kCheckedState && checked) return *checked ? "true" : "false";
+  if (name == kSelectedState) return selected;
+  if (name == kValueState) return value;
   const auto found = attributes.find(name);
   if (found == attributes.end()) return std::nullopt;
   return found->second;
@@ -23,9 +14,9 @@ std::optional<std::string> SceneElement::Attribute(const std::string& name) cons
 std::vector<std::string> SceneElement::AttributeNames() const {
   std::vector<std::string> names;
   for (const auto& [name, text] : attributes) names.push_back(name);
-  if (checked) names.push_back("checked");
-  if (selected) names.push_back("selected");
-  if (value) names.push_back("value");
+  for (const char* name : kStateNames) {
+    if (Attribute(name)) names.push_back(name);
+  }
   return names;
 }
 
@@ -36,6 +27,7 @@ bool SceneElement::Contains(POINT point) const {
 
 bool Scene::Add(SceneElement element) {
   if (!indexes_.emplace(element.id, elements_.size()).second) return false;
+  element.position = childCounts_[element.parent]++;
   elements_.push_back(std::move(element));
   return true;
 }
@@ -45,23 +37,29 @@ const SceneElement* Scene::Find(const std::string& id) const {
   return found == indexes_.end() ? nullptr : &elements_[found->second];
 }
 
-const SceneElement* Scene::ElementAt(POINT point) const {
-  const auto found =
-      std::find_if(elements_.rbegin(), elements_.rend(),
-                   [&](const SceneElement& element) { return element.Contains(point); });
-  return found == elements_.rend() ? nullptr : &*found;
+SceneElement* Scene::Find(const std::string& id) {
+  return const_cast<SceneElement*>(std::as_const(*this).Find(id));
 }
 
-POINT Scene::PointOf(const SceneElement& element) const {
-  const RECT& rect = element.rect;
-  const POINT centre = {Middle(rect.left, rect.right), Middle(rect.top, rect.bottom)};
-  if (rect.left == rect.right || rect.top == rect.bottom) return centre;
-  const POINT points[] = {centre,
-                          {rect.left, rect.top},
-                          {rect.right - 1, rect.top},
-                          {rect.left, rect.bottom - 1},
-                          {rect.right - 1, rect.bottom - 1}};
-  const auto found = std::find_if(std::begin(points), std::end(points),
-                                  [&](POINT point) { return ElementAt(point) == &element; });
-  return found == std::end(points) ? centre : *found;
+std::vector<const SceneElement*> Scene::Ancestors(const SceneElement& element) const {
+  std::vector<const SceneElement*> ancestors;
+  for (const SceneElement* next = Find(element.parent); next != nullptr;
+       next = Find(next->parent)) {
+    ancestors.push_back(next);
+  }
+  return ancestors;
+}
+
+std::vector<int> Scene::LevelsBelow(const std::string& id) const {
+  std::vector<int> levels;
+  levels.reserve(elements_.size());
+  for (const SceneElement& element : elements_) {
+    int level = element.parent == id ? 1 : 0;
+    if (level == 0 && !element.parent.empty()) {
+      const int parentLevel = levels[indexes_.at(element.parent)];
+      if (parentLevel > 0) level = parentLevel + 1;
+    }
+    levels.push_back(level);
+  }
+  return levels;
 }

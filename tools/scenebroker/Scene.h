@@ -3,11 +3,18 @@
 
 #include <windows.h>
 
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <unordered_map>
 #include <vector>
+
+inline constexpr char kCheckedState[] = "checked";
+inline constexpr char kSelectedState[] = "selected";
+inline constexpr char kValueState[] = "value";
+inline constexpr std::initializer_list<const char*> kStateNames = {kCheckedState, kSelectedState,
+                                                                   kValueState};
 
 // Texts are UTF-8.
 struct SceneElement {
@@ -18,6 +25,7 @@ struct SceneElement {
 
   std::string id;
   std::string parent;  // empty for a root
+  int position = 0;    // among its parent's children, or among the roots; the scene counts
   RECT rect = {};
   std::map<std::string, std::string> attributes;
   std::optional<std::vector<std::string>> items;  // none: not a list
@@ -26,21 +34,21 @@ struct SceneElement {
   std::optional<std::string> value;
 };
 
-inline constexpr std::string_view kStateNames[] = {"checked", "selected", "value"};
-
 class Scene {
  public:
-  // False when the id is taken.
+  // False when the id is taken. The parent comes first.
   bool Add(SceneElement element);
 
   // Null when there is none.
   const SceneElement* Find(const std::string& id) const;
+  SceneElement* Find(const std::string& id);
 
-  // The last drawn of those that contain the point. Null when there is none.
-  const SceneElement* ElementAt(POINT point) const;
+  // From the parent up to the root.
+  std::vector<const SceneElement*> Ancestors(const SceneElement& element) const;
 
-  // Its centre, or a corner if that is covered; the centre again if the corners are covered too.
-  POINT PointOf(const SceneElement& element) const;
+  // For each element how many levels it lies below the one of this id, or below the scene itself
+  // for an empty id; 0 for what is not below.
+  std::vector<int> LevelsBelow(const std::string& id) const;
 
   const std::vector<SceneElement>& Elements() const { return elements_; }
 
@@ -50,5 +58,6 @@ class Scene {
 
  private:
   std::vector<SceneElement> elements_;  // in drawing order
-  std::map<std::string, std::size_t> indexes_;
+  std::unordered_map<std::string, std::size_t> indexes_;
+  std::unordered_map<std::string, int> childCounts_;
 };

@@ -6,9 +6,11 @@
 #include <mutex>
 #include <string>
 
-#include "Common/TesselSLB/BrokerAddress.h"
 #include "tools/scenebroker/HostChannel.h"
+#include "tools/scenebroker/HostModule.h"
+#include "tools/scenebroker/NoticeWindows.h"
 #include "tools/scenebroker/SceneReader.h"
+#include "tools/scenebroker/SceneReport.h"
 #include "tools/scenebroker/SceneService.h"
 #include "tools/scenebroker/SceneWindow.h"
 #include "tools/shared/CommandLine.h"
@@ -17,8 +19,6 @@
 namespace {
 
 using tools::Narrow;
-using tools::Printable;
-using tools::PrintLine;
 using tools::Wide;
 
 constexpr int kFailure = 1;
@@ -27,6 +27,7 @@ struct Options {
   std::string scene;
   std::string scheme = "tailored";
   std::string dll;
+  int additionalWindows = 0;
 };
 
 std::optional<int> ReadOptions(Options& options) {
@@ -40,6 +41,11 @@ std::optional<int> ReadOptions(Options& options) {
   app.add_option("--dll", options.dll,
                  "The module; TesselSLB_x64.dll beside this program if absent")
       ->type_name("PATH");
+  app.add_option("--additional-windows", options.additionalWindows,
+                 "So many of the module's additional windows, each notified of every change")
+      ->check(CLI::Range(0, kMostNoticeWindows))
+      ->type_name("COUNT")
+      ->capture_default_str();
   app.footer(
       "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene cannot be shown or "
       "served,\n2 wrong command line.");
@@ -52,49 +58,17 @@ std::wstring DefaultModulePath() {
   return path.substr(0, path.rfind(L'\\') + 1) + L"TesselSLB_x64.dll";
 }
 
-// The lines behind "element:" say what there is to ask for.
-void PrintElement(const Scene& scene, const SceneElement& element) {
-  const POINT point = scene.PointOf(element);
-  PrintLine("element: " + std::to_string(point.x) + ',' + std::to_string(point.y) + ' ' +
-            Printable(element.id));
-  if (!element.parent.empty()) PrintLine("parent: " + Printable(element.parent));
-  for (const std::string& name : element.AttributeNames()) {
-    PrintLine("attribute: " + Printable(name));
-  }
-  if (element.items) PrintLine("items: " + std::to_string(element.items->size()));
-}
-
-void PrintFacts(const Scene& scene, HWND window, const std::string& scheme) {
-  PrintLine("window: " + tools::HandleText(window));
-  PrintLine("title: " + Printable(scene.title));
-  PrintLine("process: " + std::to_string(::GetCurrentProcessId()));
-  PrintLine("address: " + Printable(scene.address));
-  PrintLine("scheme: " + scheme);
-  PrintLine("pipe: " +
-            Narrow(GetBrokerPipeName(tools::SchemeFromName(scheme), Wide(scene.address))));
-  if (!scene.focus.empty()) PrintLine("focus: " + Printable(scene.focus));
-  for (const SceneElement& element : scene.Elements()) PrintElement(scene, element);
-  PrintLine("ready");
-}
-
-void PrintSummary(const HeldObjects& objects) {
-  PrintLine("handed out: " + std::to_string(objects.HandedOut()));
-  PrintLine("released: " + std::to_string(objects.Released()));
-  PrintLine("still held: " + std::to_string(objects.HandedOut() - objects.Released()));
-  for (const auto& [id, count] : objects.Held()) {
-    PrintLine("held: " + std::to_string(count) + " x " + Printable(id));
-  }
-}
-
 // The console calls its handler on a thread of its own, with nothing but the event: it finds the
 // channel here, and the channel does not go while the handler is at it.
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
+// What this leaves alone ends the process: a second Ctrl-C, while the last answer waits for a
+// client that does not read, and the events after which the system ends it in any case.
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   const std::lock_guard lock(channelMutex);
-  if (channelToStop != nullptr) channelToStop->Stop();
-  return TRUE;
+  return channelToStop != nullptr && channelToStop->Stop();
 }
 
 class StopOnConsoleEvent {
@@ -114,23 +88,31 @@ class StopOnConsoleEvent {
   }
 };
 
+void Serve(HostChannel& channel, ServedScene& served, const NoticeWindows& notices) {
+  SceneService service(served, ::GetCurrentProcessId());
+  const auto answer = [&](const std::wstring& request) {
+    const std::string text = Narrow(request);
+    const SceneAnswer answer = service.Answer(text);
+    PrintServed(text, answer.text);
+    if (answer.changedBy != 0) notices.Post(answer.changedBy);
+    return Wide(answer.text);
+  };
+  channel.Serve(answer, [&](bool delivered) { served.objects.Settle(delivered); });
+}
+
 void Run(const Options& options) {
-  const Scene scene = ReadSceneFile(Wide(options.scene));
-  HostChannel channel(options.dll.empty() ? DefaultModulePath() : Wide(options.dll));
-  channel.Open(tools::SchemeFromName(options.scheme), Wide(scene.address));
-  SceneService service(scene, ::GetCurrentProcessId());
+  ServedScene served(ReadSceneFile(Wide(options.scene)));
+  const HostModule module(options.dll.empty() ? DefaultModulePath() : Wide(options.dll));
+  HostChannel channel(module);
+  NoticeWindows notices(module, options.additionalWindows);
+  channel.Open(tools::SchemeFromName(options.scheme), Wide(served.scene.address));
   {
     const StopOnConsoleEvent stopOnConsoleEvent(channel);
-    const SceneWindow window(Wide(scene.title), [&channel] { channel.Stop(); });
-    PrintFacts(scene, window.Handle(), options.scheme);
-    channel.Serve([&service](const std::wstring& request) {
-      const std::string text = Narrow(request);
-      const std::string answer = service.Answer(text);
-      PrintLine("served: " + Printable(text) + " -> " + Printable(answer));
-      return Wide(answer);
-    });
+    const SceneWindow window(Wide(served.scene.title), notices, [&channel] { channel.Stop(); });
+    PrintFacts(served, options.scheme, window.Handle(), notices.Handles());
+    Serve(channel, served, notices);
   }
-  PrintSummary(service.Objects());
+  PrintSummary(served.objects);
 }
 
 }  // namespace

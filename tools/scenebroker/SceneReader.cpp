@@ -40,14 +40,15 @@ std::string ListOf(std::initializer_list<const char*> names) {
   return list;
 }
 
+bool IsOneOf(std::initializer_list<const char*> names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 void CheckObject(const Place& place, std::initializer_list<const char*> required,
                  std::initializer_list<const char*> optional) {
   if (!place.value.is_object()) place.Fail("must be an object; write {...}");
-  const auto knows = [](std::initializer_list<const char*> names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-  };
   for (const auto& field : place.value.items()) {
-    if (knows(required, field.key()) || knows(optional, field.key())) continue;
+    if (IsOneOf(required, field.key()) || IsOneOf(optional, field.key())) continue;
     Place{field.value(), place.FieldPath(field.key())}.Fail(
         "unknown field; remove it, or use one of: " + ListOf(required) +
         (required.size() > 0 && optional.size() > 0 ? ", " : "") + ListOf(optional));
@@ -100,7 +101,7 @@ void ReadAttributes(const Place& place, SceneElement& element) {
   for (const auto& field : place.value.items()) {
     const Place attribute = {field.value(), place.FieldPath(field.key())};
     if (field.key().empty()) attribute.Fail("a name must not be empty; name the attribute");
-    if (std::ranges::count(kStateNames, field.key()) > 0) {
+    if (IsOneOf(kStateNames, field.key())) {
       attribute.Fail("is a state, not an attribute; move it to \"states\"");
     }
     element.attributes[field.key()] = ReadText(attribute);
@@ -114,15 +115,15 @@ void ReadItems(const Place& place, SceneElement& element) {
 }
 
 void ReadStates(const Place& place, SceneElement& element) {
-  CheckObject(place, {}, {"checked", "selected", "value"});
-  if (place.Has("checked")) {
-    const Place checked = place.At("checked");
+  CheckObject(place, {}, kStateNames);
+  if (place.Has(kCheckedState)) {
+    const Place checked = place.At(kCheckedState);
     if (!checked.value.is_boolean()) checked.Fail("must be true or false; write one of them");
     element.checked = checked.value.get<bool>();
   }
-  if (place.Has("value")) element.value = ReadText(place.At("value"));
-  if (place.Has("selected")) {
-    const Place selected = place.At("selected");
+  if (place.Has(kValueState)) element.value = ReadText(place.At(kValueState));
+  if (place.Has(kSelectedState)) {
+    const Place selected = place.At(kSelectedState);
     element.selected = ReadText(selected);
     if (!element.items || std::ranges::count(*element.items, *element.selected) == 0) {
       selected.Fail("is none of the element's items; add it to \"items\", or select another");

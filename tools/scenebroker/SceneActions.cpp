@@ -1,0 +1,40 @@
+#include "tools/scenebroker/SceneActions.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+template <class State, class Value>
+Json Change(ServedScene& served, State& state, const Value& value) {
+  if (std::exchange(state, value) != value) ++served.changes;
+  return StatusAnswer(SceneStatus::kSuccess);
+}
+
+}  // namespace
+
+Json ClickElement(ServedScene& served, SceneElement& element) {
+  if (element.checked) Change(served, element.checked, !*element.checked);
+  return FocusElement(served, element);
+}
+
+Json SetElementValue(ServedScene& served, SceneElement& element, const std::string& text) {
+  if (!element.value) return StatusAnswer(SceneStatus::kNotSupported);
+  return Change(served, element.value, text);
+}
+
+Json FocusElement(ServedScene& served, SceneElement& element) {
+  return Change(served, served.scene.focus, element.id);
+}
+
+Json CheckElement(ServedScene& served, SceneElement& element, bool checked) {
+  if (!element.checked) return StatusAnswer(SceneStatus::kNotSupported);
+  return Change(served, element.checked, checked);
+}
+
+Json SelectElementItem(ServedScene& served, SceneElement& element, const std::string& item) {
+  if (!element.items || std::ranges::count(*element.items, item) == 0) {
+    return StatusAnswer(SceneStatus::kNotSupported);
+  }
+  return Change(served, element.selected, item);
+}

@@ -1,0 +1,44 @@
+#include "tools/scenebroker/SceneReading.h"
+
+namespace {
+
+// The answer that holds one object; an empty id is none.
+Json HandOut(ServedScene& served, const std::string& id) {
+  if (!id.empty()) served.objects.HandOut(id);
+  return Json::array({0, id});
+}
+
+}  // namespace
+
+Json ElementAtPoint(ServedScene& served, const SceneElement* /*root*/, int x, int y,
+                    int /*option*/) {
+  const SceneElement* element = served.map.At({x, y});
+  return HandOut(served, element == nullptr ? "" : element->id);
+}
+
+Json FocusedElement(ServedScene& served, const SceneElement* /*root*/) {
+  return HandOut(served, served.scene.focus);
+}
+
+Json ParentElement(ServedScene& served, const SceneElement& element) {
+  return HandOut(served, element.parent);
+}
+
+Json ElementRectangle(ServedScene& /*served*/, const SceneElement& element) {
+  const RECT& rect = element.rect;
+  return Json::array({0, rect.left, rect.top, rect.right, rect.bottom});
+}
+
+Json ElementAttribute(ServedScene& /*served*/, const SceneElement& element,
+                      const std::string& name) {
+  const std::optional<std::string> text = element.Attribute(name);
+  if (!text) return StatusAnswer(SceneStatus::kNotSupported);
+  return Json::array({0, *text});
+}
+
+Json ElementItems(ServedScene& /*served*/, const SceneElement& element, bool /*option*/) {
+  if (!element.items) return StatusAnswer(SceneStatus::kNotSupported);
+  Json answer = Json::array({0, element.items->size()});
+  for (const std::string& item : *element.items) answer.push_back(item);
+  return answer;
+}

@@ -1,0 +1,82 @@
+#include "tools/scenebroker/SceneReport.h"
+
+#include <iostream>
+#include <mutex>
+
+#include "Common/TesselSLB/BrokerAddress.h"
+#include "tools/shared/CommandLine.h"
+#include "tools/shared/ConsoleText.h"
+
+namespace {
+
+using tools::Narrow;
+using tools::Printable;
+using tools::Wide;
+
+// Whole lines, so that two threads' do not mix, at once: others wait for them.
+void Print(const std::string& lines) {
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
+  std::cout << lines << std::flush;
+}
+
+std::string Line(std::string_view key, std::string_view value) {
+  return std::string(key).append(": ").append(value).append("\n");
+}
+
+std::string Line(std::string_view key, int value) { return Line(key, std::to_string(value)); }
+
+// The lines behind "element:" say what there is to ask for.
+std::string ElementLines(const SceneMap& map, const SceneElement& element) {
+  const POINT point = map.PointOf(element);
+  std::string lines = Line("element", std::to_string(point.x) + ',' + std::to_string(point.y) +
+                                          ' ' + Printable(element.id));
+  if (!element.parent.empty()) lines += Line("parent", Printable(element.parent));
+  for (const std::string& name : element.AttributeNames()) {
+    lines += Line("attribute", Printable(name));
+  }
+  if (element.items) lines += Line("items", std::to_string(element.items->size()));
+  return lines;
+}
+
+}  // namespace
+
+void PrintFacts(const ServedScene& served, const std::string& scheme, HWND window,
+                const std::vector<HWND>& noticeWindows) {
+  const Scene& scene = served.scene;
+  std::string lines = Line("window", tools::HandleText(window));
+  lines += Line("title", Printable(scene.title));
+  lines += Line("process", std::to_string(::GetCurrentProcessId()));
+  lines += Line("address", Printable(scene.address));
+  lines += Line("scheme", scheme);
+  lines +=
+      Line("pipe", Narrow(GetBrokerPipeName(tools::SchemeFromName(scheme), Wide(scene.address))));
+  if (!scene.focus.empty()) lines += Line("focus", Printable(scene.focus));
+  for (const SceneElement& element : scene.Elements()) {
+    lines += ElementLines(served.map, element);
+  }
+  for (std::size_t i = 0; i < noticeWindows.size(); ++i) {
+    lines += Line("additional window",
+                  '#' + std::to_string(i) + ' ' + tools::HandleText(noticeWindows[i]));
+  }
+  Print(lines + "ready\n");
+}
+
+void PrintServed(std::string_view request, std::string_view answer) {
+  Print(Line("served", Printable(request) + " -> " + Printable(answer)));
+}
+
+void PrintNotice(int window, int command) {
+  Print(Line("notified", '#' + std::to_string(window) + " command " + std::to_string(command)));
+}
+
+void PrintSummary(const HeldObjects& objects) {
+  const int ended = objects.Undelivered() + objects.Released();
+  std::string lines =
+      Line("handed out", objects.HandedOut()) + Line("undelivered", objects.Undelivered()) +
+      Line("released", objects.Released()) + Line("still held", objects.HandedOut() - ended);
+  for (const auto& [id, count] : objects.Held()) {
+    lines += Line("held", std::to_string(count) + " x " + Printable(id));
+  }
+  Print(lines);
+}

@@ -1,0 +1,57 @@
+// SceneBroker. A scene while it is served: the form as it now is, and the objects of it that
+// clients hold.
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/scenebroker/JsonText.h"
+#include "tools/scenebroker/Scene.h"
+#include "tools/scenebroker/SceneMap.h"
+
+// The statuses that an answer begins with.
+enum class SceneStatus : int {
+  kSuccess = 0,
+  kOtherProcess = -8,  // lets a client's search go on to the next scheme
+  kUnknownCommand = 100,
+  kUnknownId = 101,
+  kNotSupported = 102,
+  kMalformedRequest = 103,
+};
+
+inline Json StatusAnswer(SceneStatus status) { return Json::array({static_cast<int>(status)}); }
+
+// How often each id was handed out and not released yet.
+class HeldObjects {
+ public:
+  void HandOut(const std::string& id);
+  bool Release(const std::string& id);
+
+  // What was handed out since the last call is with the client, or came to nobody.
+  void Settle(bool delivered);
+
+  int HandedOut() const { return handedOut_; }
+  int Undelivered() const { return undelivered_; }
+  int Released() const { return released_; }
+  const std::map<std::string, int>& Held() const { return held_; }
+
+ private:
+  std::vector<std::string> onTheWay_;
+  std::map<std::string, int> held_;
+  int handedOut_ = 0;
+  int undelivered_ = 0;
+  int released_ = 0;
+};
+
+struct ServedScene {
+  explicit ServedScene(Scene loaded) : scene(std::move(loaded)), map(scene.Elements()) {}
+  ServedScene(const ServedScene&) = delete;
+  ServedScene& operator=(const ServedScene&) = delete;
+
+  Scene scene;
+  const SceneMap map;
+  HeldObjects objects;
+  int changes = 0;
+};
