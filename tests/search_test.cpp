@@ -90,6 +90,25 @@ TEST(Search, GoesOnAfterNotServedAlone) {
   EXPECT_EQ(tailored.Wait() + http.Wait(), 0u);
 }
 
+TEST(Search, FindsACollectionBelowAWindow) {
+  const std::wstring address = Address(L"collection");
+  ScriptedBroker tailored(SL_TAILORED_URI, address, {"[-8]"});
+  ScriptedBroker http(SL_HTTP_URI, address, {"[0,2,'x',1,2,3,4,'y',5,6,7,8]"});
+  const TestWindow window;
+  SLElemData root;
+  root.hwnd = window.Top();
+  root.sourceUri = address.c_str();
+  Records found;
+  EXPECT_EQ(FindCollection(root, nullptr, nullptr, nullptr, 0, false, found), 0);
+  EXPECT_EQ(http.ReadLine(), "[9," + kOwnId + ",\"\",\"\",\"\",\"\",0,false]");
+  EXPECT_EQ(root.uriScheme, static_cast<DWORD>(SL_HTTP_URI));
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[1].hwnd, window.Top());
+  EXPECT_EQ(found[1].rect.bottom, 8);
+  EXPECT_EQ(Taken(found[0]), kOwnId + " 1 " + Narrow(address.c_str()) + " x");
+  EXPECT_EQ(Taken(found[1]), kOwnId + " 1 " + Narrow(address.c_str()) + " y");
+}
+
 TEST(Search, TriesAnUnknownPrefixAsTailoredAlone) {
   // Such addresses have one pipe in common.
   ScriptedBroker broker(SL_TAILORED_URI, L"ftp:x", {"[-8]", "[-8]", "gone"});

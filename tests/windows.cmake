@@ -32,6 +32,10 @@ add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
 set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
   ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 
+tessel_test(walk LIBRARIES TesselSLB tessel_tools oleaut32 PROPERTIES RESOURCE_LOCK scenes)
+target_compile_definitions(walk_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes")
+add_dependencies(walk_test SceneBroker)
+
 tessel_test(windows LIBRARIES TesselSLB)
 add_dependencies(windows_test test_parts)
 tessel_test(channel LIBRARIES TesselSLB)

@@ -99,10 +99,9 @@ AdditionalWindow* ExistingWindow(unsigned long index) {
 
 // The window's own callback. True when that has handled the message.
 bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  // The index plus one: 0 until it is stored, for the messages of the creation.
-  const LONG_PTR stored = ::GetWindowLongPtrW(window, GWLP_USERDATA);
-  const auto index = static_cast<ULONG_PTR>(stored) - 1;
-  if (static_cast<DWORD>(stored) == 0 || index >= additionalWindows.size()) return false;
+  // The index plus one is stored: until then, for the messages of the creation, this is none.
+  const auto index = static_cast<ULONG_PTR>(::GetWindowLongPtrW(window, GWLP_USERDATA)) - 1;
+  if (index >= additionalWindows.size()) return false;
   const AdditionalWindow& entry = additionalWindows[index];
   const SLWindowCallback callback = entry.callback;
   if (entry.handle != window || callback == nullptr) return false;
