@@ -44,7 +44,10 @@ class SceneBroker : public ChildProcess {
 
   // The first of a key, or a later one.
   const std::string& Fact(const std::string& key, int index = 0) const {
-    return std::next(facts_.lower_bound(key), index)->second;
+    const auto [first, last] = facts_.equal_range(key);
+    if (std::distance(first, last) <= index)
+      throw std::runtime_error("the broker printed no " + key);
+    return std::next(first, index)->second;
   }
 
   // A request's text, in which '?' stands for the broker's process.
