@@ -4,10 +4,10 @@
 set -eu
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # Never the user's own prefix, which WINEPREFIX may name; without winemenubuilder nothing is written
-# into the user's menus.
+# into the user's menus, and without the debugger a program that crashes ends, instead of hanging in it.
 export WINEPREFIX=${TESSEL_WINEPREFIX:-$root/build/wine}
 export WINEDEBUG=${WINEDEBUG:--all}
-export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
+export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,winedbg.exe='
 unset WINEARCH WINELOADER
 export LC_ALL=C.UTF-8
 

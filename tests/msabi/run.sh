@@ -29,5 +29,5 @@ lld-link /nodefaultlib /entry:Start /subsystem:console "/out:$work/client.exe" "
 start_broker "$1/bin" http://msabi.example/
 # The module is found in the current folder.
 cd "$1/bin"
-"$root/cmake/run-wine.sh" "$work/client.exe" "$(fact window)" || fail "the client: $?"
-stop_broker 22
+timeout 60 "$root/cmake/run-wine.sh" "$work/client.exe" "$(fact window)" || fail "the client: $?"
+stop_broker 21

@@ -9,9 +9,12 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 # need PROGRAM PACKAGE
 need() { command -v "$1" >/dev/null || fail "no $1: install $2"; }
 
-# start_broker FOLDER ADDRESS: the programs' folder; the address takes the place of the form's own.
+# start_broker FOLDER ADDRESS: the programs' folder; the address takes the place of the form's own. A
+# root in front of the form's gives that one a position other than 0.
 start_broker() {
-  sed "s#http://shop.example/portal/login.html#$2#" "$root/tools/scenes/login.json" >"$work/scene.json"
+  sed "s#http://shop.example/portal/login.html#$2#
+    s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
+    "$root/tools/scenes/login.json" >"$work/scene.json"
   "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$work/scene.json" >"$work/broker.txt" &
   broker=$!
   until grep -q '^ready' "$work/broker.txt"; do
