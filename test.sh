@@ -1,36 +1,45 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test.
-set -eu
+set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
 usage() {
   cat <<'TEXT'
-usage: ./test.sh [FILTER]
+usage: ./test.sh [FILTER...]
 
 Installs what is missing, builds everything and runs the tests, under Wine and
 natively under the sanitizers.
 
-  FILTER    run only the suites whose name matches this regular expression,
-            e.g. ./test.sh pipe
+  FILTER    run only the suites whose name matches one of these regular
+            expressions, e.g. ./test.sh pipe '^log$'
   --list    list the suites
   --help    this text
 TEXT
 }
 
-filter=()
+list=false
 case "${1:-}" in
   -h | --help) usage; exit 0 ;;
-  --list) filter=(--show-only) ;;
-  -*) usage >&2; exit 2 ;;
-  ?*) filter=(--tests-regex "$1") ;;
+  --list) list=true; shift ;;
 esac
+for filter in "$@"; do
+  case $filter in -*) usage >&2; exit 2 ;; esac
+done
+
+if $list && [ $# -gt 0 ]; then usage >&2; exit 2; fi
 
 mkdir -p "$ROOT/build"
-require_packages
+require_packages g++ clang lld pkgconf
+if $list; then
+  configure mingw
+  exec ctest --test-dir "$ROOT/build/mingw" --show-only
+fi
 build native
 build mingw
 trap release_wine EXIT
 hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"
-ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error "${filter[@]}"
+names=$(IFS='|' && echo "$*")
+ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error \
+  ${names:+--tests-regex "$names"}

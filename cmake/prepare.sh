@@ -10,51 +10,54 @@ die() {
   exit 1
 }
 
-# Installs the Debian packages that are missing.
+# What the build needs; require_packages [PACKAGE...] installs what is missing of it and of the others.
+build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
+                nlohmann-json3-dev llvm)
 require_packages() {
-  local missing=() package
-  for package in cmake ninja-build g++ g++-mingw-w64-x86-64-posix wine wine64 googletest \
-                 libcli11-dev nlohmann-json3-dev; do
+  local wanted=("${build_packages[@]}" "$@") missing=() as_root=() package
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    die "this is no Debian system; install what these packages hold, then build by hand: ${wanted[*]}"
+  fi
+  for package in "${wanted[@]}"; do
     dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
       missing+=("$package")
   done
   [ ${#missing[@]} -gt 0 ] || return 0
 
-  local as_root=()
   if [ "$(id -u)" -ne 0 ]; then
     command -v sudo >/dev/null || die "missing packages: ${missing[*]}; run as root, or install sudo"
     as_root=(sudo)
   fi
-  command -v apt-get >/dev/null || die "missing packages: ${missing[*]}; this is no Debian system"
-  step "Installing ${missing[*]}"
-  "${as_root[@]}" apt-get update -qq || die "cannot read the package lists"
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >"${TMPDIR:-/tmp}/install.$$" 2>&1 || {
-    tail -n 20 "${TMPDIR:-/tmp}/install.$$" >&2
-    die "cannot install ${missing[*]}"
+  step "Installing ${missing[*]} (log: build/install.log)"
+  {
+    "${as_root[@]}" apt-get update -q &&
+      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -q --no-install-recommends "${missing[@]}"
+  } 2>&1 | tee "$ROOT/build/install.log" || die "cannot install ${missing[*]}"
+}
+
+# configure PRESET
+configure() {
+  step "Configuring build/$1"
+  cd "$ROOT"
+  cmake --preset "$1" >"build/$1.configure.log" 2>&1 || {
+    tail -n 30 "build/$1.configure.log" >&2
+    die "cannot configure build/$1 (log: build/$1.configure.log)"
   }
-  rm -f "${TMPDIR:-/tmp}/install.$$"
 }
 
 # build PRESET [TARGET...]
 build() {
   local preset=$1
   shift
-  cd "$ROOT"
-  if [ ! -f "build/$preset/build.ninja" ]; then
-    step "Configuring build/$preset"
-    cmake --preset "$preset" >"$ROOT/build/$preset.configure.log" 2>&1 || {
-      tail -n 30 "$ROOT/build/$preset.configure.log" >&2
-      die "cannot configure build/$preset"
-    }
-  fi
+  configure "$preset"
   step "Building build/$preset"
   cmake --build --preset "$preset" ${1:+--target "$@"} || die "the build failed"
 }
 
 prepare_wine() {
   [ -f "$ROOT/build/wine/ready" ] || step "Making the Wine prefix build/wine"
-  "$ROOT/cmake/run-wine.sh" || die "cannot make the Wine prefix"
+  "$ROOT/cmake/run-wine.sh" || exit 1
 }
 
 # hold_wine PREFIX...: keeps each prefix and its desktop awake until release_wine. The first program in
@@ -66,7 +69,7 @@ hold_wine() {
   for prefix in "$@"; do
     export TESSEL_WINEPREFIX=$prefix
     [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
-    "$ROOT/cmake/run-wine.sh" </dev/null || die "cannot make the Wine prefix $prefix"
+    "$ROOT/cmake/run-wine.sh" </dev/null || exit 1
     "$ROOT/cmake/run-wine.sh" notepad </dev/null >/dev/null 2>&1 &
     holders+=($!)
     "$ROOT/cmake/run-wine.sh" rundll32 user32.dll,MessageBeep </dev/null >/dev/null 2>&1 || true

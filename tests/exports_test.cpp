@@ -23,9 +23,11 @@ class Exports : public testing::Test {
   const T* At(DWORD offset) const {
     return reinterpret_cast<const T*>(reinterpret_cast<const BYTE*>(module_) + offset);
   }
+  const IMAGE_NT_HEADERS64& Headers() const {
+    return *At<IMAGE_NT_HEADERS64>(At<IMAGE_DOS_HEADER>(0)->e_lfanew);
+  }
   DWORD Directory(int index) const {
-    const auto& headers = *At<IMAGE_NT_HEADERS64>(At<IMAGE_DOS_HEADER>(0)->e_lfanew);
-    return headers.OptionalHeader.DataDirectory[index].VirtualAddress;
+    return Headers().OptionalHeader.DataDirectory[index].VirtualAddress;
   }
 
   const std::wstring path_ = TestFolder() + L"TesselSLB_x64.dll";
@@ -58,6 +60,19 @@ TEST_F(Exports, NeedsWindowsOwnLibrariesAlone) {
               testing::IsSubsetOf({"advapi32.dll", "dbghelp.dll", "kernel32.dll", "msvcrt.dll",
                                    "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"}));
   EXPECT_EQ(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT), 0u);
+}
+
+TEST_F(Exports, IsHardened) {
+  constexpr WORD kWanted = IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA |
+                           IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE |
+                           IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+  EXPECT_EQ(Headers().OptionalHeader.DllCharacteristics & kWanted, kWanted);
+  EXPECT_NE(Directory(IMAGE_DIRECTORY_ENTRY_BASERELOC), 0u) << "else it cannot move";
+  constexpr DWORD kBoth = IMAGE_SCN_MEM_WRITE | IMAGE_SCN_MEM_EXECUTE;
+  const auto* section = IMAGE_FIRST_SECTION(&Headers());
+  for (WORD i = 0; i < Headers().FileHeader.NumberOfSections; ++i) {
+    EXPECT_NE(section[i].Characteristics & kBoth, kBoth) << "section " << i;
+  }
 }
 
 TEST_F(Exports, CarriesItsVersion) {

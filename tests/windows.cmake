@@ -43,3 +43,9 @@ add_dependencies(channel_test test_parts)
 
 tessel_test(channel_race LIBRARIES TesselSLB
   PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level PROCESSORS 2)
+
+# Clients that know the module from outside: of the installed tree, and of Microsoft's compiler.
+foreach(client install msabi)
+  add_test(NAME ${client} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${client}/run.sh ${PROJECT_BINARY_DIR})
+  set_tests_properties(${client} PROPERTIES TIMEOUT 200)
+endforeach()

@@ -1,0 +1,14 @@
+# The installed tree: what a client needs of the module, and the tools. It may be moved as a whole.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS TesselSLB SceneBroker tessel
+  RUNTIME DESTINATION bin ARCHIVE DESTINATION lib FILE_SET HEADERS DESTINATION include)
+if(NOT MSVC)
+  install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_x64.lib DESTINATION lib)
+endif()
+
+write_basic_package_version_file(generated/TesselSLBConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+configure_file(cmake/TesselSLB.pc.in generated/TesselSLB.pc @ONLY)
+install(FILES cmake/TesselSLBConfig.cmake ${PROJECT_BINARY_DIR}/generated/TesselSLBConfigVersion.cmake
+  DESTINATION lib/cmake/TesselSLB)
+install(FILES ${PROJECT_BINARY_DIR}/generated/TesselSLB.pc DESTINATION lib/pkgconfig)

@@ -1,0 +1,23 @@
+# find_package(TesselSLB): the target TesselSLB::TesselSLB, for clients and for broker hosts.
+if(TARGET TesselSLB::TesselSLB)
+  return()
+endif()
+get_filename_component(_prefix "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
+if(MSVC)
+  set(_library TesselSLB_x64.lib)
+else()
+  set(_library libTesselSLB_x64.dll.a)
+endif()
+
+add_library(TesselSLB::TesselSLB SHARED IMPORTED)
+# oleaut32: the headers free and copy BSTRs in the client itself. With iterator debugging a vector
+# has a pointer more than the module knows of.
+set_target_properties(TesselSLB::TesselSLB PROPERTIES
+  IMPORTED_LOCATION "${_prefix}/bin/TesselSLB_x64.dll"
+  IMPORTED_IMPLIB "${_prefix}/lib/${_library}"
+  INTERFACE_INCLUDE_DIRECTORIES "${_prefix}/include"
+  INTERFACE_COMPILE_DEFINITIONS "$<$<CXX_COMPILER_ID:MSVC>:_ITERATOR_DEBUG_LEVEL=0>"
+  INTERFACE_COMPILE_FEATURES cxx_std_17
+  INTERFACE_LINK_LIBRARIES oleaut32)
+unset(_library)
+unset(_prefix)

@@ -1,0 +1,22 @@
+// client WINDOW: finds an element of the form, prints its id and an attribute, lets it go.
+#include <TesselHost.h>
+#include <TesselSilverlight.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+int main(int, char** arguments) {
+  if (UninitComm() != SL_CHANNEL_NOT_INITIALIZED) return 1;
+  SLElemData window;
+  window.hwnd = reinterpret_cast<HWND>(std::strtoull(arguments[1], nullptr, 16));
+  window.sourceUri = L"http://install.example/";
+  SLElemData found;
+  int code = TesselSilverlight::GetElemFromPoint(window, POINT{320, 134}, 0 /*option*/, found);
+  if (code != SL_SUCCESS) return std::printf("not found: %d\n", code);
+  wchar_t name[] = L"type";
+  BSTR type = nullptr;
+  code = TesselSilverlight::GetAttribute(found, name, &type);
+  std::printf("%ls %d %ls\n", found.objectId, code, type);
+  ::SysFreeString(type);
+  return 0;
+}

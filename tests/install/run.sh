@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# run.sh BUILD: installs the build into a tree that is then moved, compiles each header of it alone,
+# builds a client of it by CMake and by pkg-config and runs that against a broker out of the tree.
+set -eu
+build=$1
+work=$build/install-test
+. "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
+need clang++ clang
+need pkg-config pkgconf
+gcc=x86_64-w64-mingw32-g++-posix
+
+rm -rf "$work"
+mkdir -p "$work"
+cmake --install "$build" --prefix "$work/made" >/dev/null
+tree="$work/moved tree"
+mv "$work/made" "$tree"
+grep -rF "$root" "$tree/include" "$tree/lib/cmake" "$tree/lib/pkgconfig" &&
+  fail "the tree names the folder that it was made in"
+
+library=$("$gcc" -print-file-name=include/c++)
+clang=(clang++ --target=x86_64-w64-mingw32 -nostdinc++ -isystem "$library"
+       -isystem "$library/x86_64-w64-mingw32" -isystem "$library/backward")
+# compile STANDARD HEADER...: one source that includes these and nothing else, with both compilers.
+compile() {
+  local flags=("-std=c++$1" -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I$tree/include")
+  printf '#include <%s>\n' "${@:2}" >"$work/source.cpp"
+  "$gcc" "${flags[@]}" "$work/source.cpp" && "${clang[@]}" "${flags[@]}" "$work/source.cpp" ||
+    fail "does not compile as C++$1: ${*:2}"
+}
+headers=("$tree"/include/*.h)
+headers=("${headers[@]##*/}")
+for header in "${headers[@]}"; do compile 17 "$header"; done
+compile 20 windows.h "${headers[@]}"
+compile 20 windows.h $(printf '%s\n' "${headers[@]}" | tac)
+
+cmake -S "$root/tests/install" -B "$work/cmake" -G Ninja -DCMAKE_SYSTEM_NAME=Windows \
+  -DCMAKE_CXX_COMPILER=$gcc -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
+  cmake --build "$work/cmake" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "by CMake"; }
+options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'TesselSLB >= 1.0')
+eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "by pkg-config"
+
+start_broker "$tree/bin" http://install.example/
+for client in "$work/cmake/client.exe" "$work/client.exe"; do
+  output=$(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$client" "$(fact window)" | tr -d '\r')
+  [ "$output" = 'user 0 TextBox' ] || fail "$client: $output"
+done
+stop_broker 2

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# run.sh BUILD: a client that is compiled for Microsoft's ABI and linked by a linker of that kind, run
+# against the module and a broker.
+set -eu
+work=$1/msabi-test
+. "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
+need clang++ clang
+need lld-link lld
+need llvm-dlltool llvm
+rm -rf "$work"
+mkdir -p "$work"
+
+# import LIBRARY FUNCTION...: the import library of one of Windows' own.
+import() {
+  printf '%s\n' "LIBRARY $1.dll" EXPORTS "${@:2}" >"$work/$1.def"
+  llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
+}
+import kernel32 GetProcessHeap HeapCreate HeapAlloc HeapFree GetCommandLineW GetStdHandle WriteFile \
+  ExitProcess lstrcmpW
+import user32 wsprintfA
+import oleaut32 SysAllocString SysFreeString
+
+clang++ --target=x86_64-pc-windows-msvc -std=c++20 -O1 -ffreestanding -nostdinc -fno-exceptions \
+  -fno-rtti -fno-threadsafe-statics -Wall -Wextra -Werror \
+  -c "$root/tests/msabi/client.cpp" -o "$work/client.obj"
+lld-link /nodefaultlib /entry:Start /subsystem:console "/out:$work/client.exe" "$work/client.obj" \
+  "$work"/*.lib "$1/lib/TesselSLB_x64.lib"
+
+start_broker "$1/bin" http://msabi.example/
+# The module is found in the current folder.
+cd "$1/bin"
+timeout 60 "$root/cmake/run-wine.sh" "$work/client.exe" "$(fact window)" || fail "the client: $?"
+stop_broker 21
