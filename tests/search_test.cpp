@@ -1,6 +1,8 @@
 // The search for a broker that answers, through real brokers, launchers and injectors.
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <optional>
 #include <thread>
 
 #include "support/Elements.h"
@@ -14,99 +16,112 @@ using testing::ElementsAre;
 
 const LogCapture capture;
 
+// All that a client knows at first.
+SLElemData Window(HWND window, const std::wstring& address) {
+  SLElemData record;
+  record.hwnd = window;
+  record.sourceUri = address.c_str();
+  return record;
+}
+
 std::wstring HexOf(HWND window) {
   wchar_t digits[17] = {};
   ::swprintf(digits, 17, L"%llx", reinterpret_cast<unsigned long long>(window));
   return digits;
 }
 
-// What the search does, by the answers of the tailored broker and of the scheme's own.
+// What the search does, by the answers of the tailored broker and of the scheme's own; from the
+// sixth row on there is an injector.
 TEST(Search, GoesOnAfterNotServedAlone) {
   const TestWindow window;
   const std::wstring address = Address(L"search");
-  ScriptedBroker tailored(SL_TAILORED_URI, address,
-                          {"[-8]", "[5]", "[0,'g']", "[-8]", "[-8]", "[0,'h']", "[-8]", "[-8]"});
-  ScriptedBroker http(SL_HTTP_URI, address, {"[0,'f']", "[-8]", "[-8]", "[-8]", "[-8]"});
-  const std::string uri = Narrow(address.c_str());
-  const std::string point = "[1," + kOwnId + ",\"\",3,-4,5]", focus = "[14," + kOwnId + ",\"\"]";
-  const auto find = [&] {
-    SLElemData record;
-    record.hwnd = window.Child();
-    record.sourceUri = address.c_str();
-    LogCapture::Reset();
-    const std::string result = Point(record);
-    EXPECT_EQ(record.processId, ::GetCurrentProcessId()) << "filled in, whatever came of it";
-    return result + " / " + std::to_string(record.uriScheme);
+  SLElemData record;
+  const std::function<std::string()> find = [&] { return Point(record); };
+  const std::function<std::string()> focus = [&] {
+    SLElemData focused = Window(nullptr, address);
+    const int code = GetFocusedElement(window.Child(), focused);
+    return std::to_string(code) + ' ' + Taken(focused);
   };
-  const auto requests = [](ScriptedBroker& broker, int count) {
-    Texts lines;
-    while (count-- > 0) lines.push_back(broker.ReadLine());
-    return lines;
+  const std::function<std::string()> collect = [&] {
+    Records found;
+    std::string result =
+        std::to_string(FindCollection(record, nullptr, nullptr, nullptr, 0, false, found));
+    for (SLElemData& element : found) {
+      result += ' ' + std::to_string(element.rect.bottom) + ' ' + Taken(element);
+    }
+    return result;
   };
-  const std::string kept = kKept + " / 0";
-  const std::string foundBy = kOwnId + " 1 " + uri;
-
-  EXPECT_EQ(find(), "0 " + foundBy + " f / 1");
-  EXPECT_EQ(requests(tailored, 1), Texts{point});
-  EXPECT_EQ(requests(http, 1), Texts{point});
-  Texts progress;
-  for (const std::string& line : LogCapture::Messages("INFO")) {
-    if (line.find("scheme") != std::string::npos) progress.push_back(line);
+  const std::string uri = ' ' + Narrow(address.c_str()) + ' ', own = "0 " + kOwnId;
+  const std::string point = ",\"\",3,-4,5]", all = ",\"\",\"\",\"\",\"\",0,false]";
+  const std::string injection = "ERROR SL injection failed with code -10";
+  const std::string injected = "ERROR Silverlight injector succeeded";
+  // Then the scheme in the caller's record, and the last lines of the log.
+  const struct {
+    std::function<std::string()> call;
+    std::string request;
+    Texts tailored, http;
+    std::string result;
+    DWORD scheme;
+    Texts errors;
+  } kCases[] = {
+      {find, "[1," + kOwnId + point, {"[-8]"}, {"[0,'f']"}, own + " 1" + uri + "f", 1, {}},
+      {find, "[1," + kOwnId + point, {"[5]"}, {}, "5 " + kKept, 0, {kFailed + "5"}},
+      {focus, "[14," + kOwnId + ",\"\"]", {"[0,'g']"}, {}, own + " 4" + uri + "g", 0, {}},
+      {collect,
+       "[9," + kOwnId + all,
+       {"[-8]"},
+       {"[0,1,'x',1,2,3,4]"},
+       "0 4 " + kOwnId + " 1" + uri + "x",
+       1,
+       {}},
+      {find,
+       "[1," + kOwnId + point,
+       {"[-8]"},
+       {"[-8]"},
+       "-10 " + kKept,
+       0,
+       {injection, kFailed + "-10"}},
+      {find,
+       "[1," + kOwnId + point,
+       {"[-8]", "[0,'h']"},
+       {"[-8]"},
+       own + " 4" + uri + "h",
+       4,
+       {injected}},
+      {find,
+       "[1," + kOwnId + point,
+       {"[-8]", "[-8]"},
+       {"[-8]", "[-8]"},
+       "-8 " + kKept,
+       0,
+       {injected, kFailed + "-8"}},
+  };
+  Texts tailoredAnswers, httpAnswers;
+  for (const auto& row : kCases) {
+    tailoredAnswers.insert(tailoredAnswers.end(), row.tailored.begin(), row.tailored.end());
+    httpAnswers.insert(httpAnswers.end(), row.http.begin(), row.http.end());
   }
-  EXPECT_THAT(progress, ElementsAre("INFO SL_NO_URI scheme",
-                                    "INFO Prepare to send message for SL_TAILORED_URI scheme",
-                                    "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
-                                    "INFO Prepare to send message for SL_HTTP_URI scheme",
-                                    "INFO SendMessageToBroker for SL_HTTP_URI scheme"));
-
-  EXPECT_EQ(find(), "5 " + kept);
-  EXPECT_EQ(requests(tailored, 1), Texts{point});
-  EXPECT_THAT(Errors(), ElementsAre(kFailed + "5"));
-
-  SLElemData focused;
-  focused.sourceUri = address.c_str();
-  LogCapture::Reset();
-  EXPECT_EQ(GetFocusedElement(window.Top(), focused), 0);
-  EXPECT_EQ(requests(tailored, 1), Texts{focus});
-  EXPECT_EQ(focused.hwnd, window.Top());
-  EXPECT_EQ(Taken(focused), kOwnId + " 4 " + uri + " g");
-  EXPECT_THAT(LogCapture::Messages(), ElementsAre("ERROR Invalid SL object"));
-  EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 1u);
-
-  EXPECT_EQ(find(), "-10 " + kept) << "there is no injector";
-  EXPECT_EQ(requests(tailored, 1), requests(http, 1));
-  EXPECT_EQ(Errors().size(), 3u);
-  EXPECT_EQ(Errors()[1], "ERROR SL injection failed with code -10");
-  EXPECT_EQ(Errors()[2], kFailed + "-10");
-
-  const StandIn injector(L"slinject");
-  EXPECT_EQ(find(), "0 " + kOwnId + " 4 " + uri + " h / 4") << "after an injection";
-  EXPECT_EQ(requests(tailored, 2), Texts(2, point));
-  EXPECT_EQ(requests(http, 1), Texts{point});
-  EXPECT_EQ(find(), "-8 " + kept) << "no second injection";
-  EXPECT_EQ(requests(tailored, 2), requests(http, 2));
-  EXPECT_THAT(Errors(), ElementsAre("ERROR Silverlight injector succeeded", kFailed + "-8"));
-  EXPECT_EQ(injector.Record(kProcess).size(), 10u) << "two runs in all";
+  ScriptedBroker tailored(SL_TAILORED_URI, address, tailoredAnswers);
+  ScriptedBroker http(SL_HTTP_URI, address, httpAnswers);
+  std::optional<StandIn> injector;
+  for (const auto& row : kCases) {
+    SCOPED_TRACE(&row - kCases);
+    if (&row - kCases == 5) injector.emplace(L"slinject");
+    record = Window(window.Child(), address);
+    LogCapture::Reset();
+    EXPECT_EQ(row.call(), row.result);
+    EXPECT_EQ(record.uriScheme, row.scheme);
+    for (std::size_t i = 0; i < row.tailored.size(); ++i) {
+      EXPECT_EQ(tailored.ReadLine(), row.request);
+    }
+    for (std::size_t i = 0; i < row.http.size(); ++i) EXPECT_EQ(http.ReadLine(), row.request);
+    const Texts errors = Errors();
+    ASSERT_GE(errors.size(), row.errors.size());
+    EXPECT_EQ(Texts(errors.end() - static_cast<int>(row.errors.size()), errors.end()), row.errors);
+    EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 1u);
+  }
+  EXPECT_EQ(injector->Record(kProcess).size(), 10u) << "one run for each of the last two";
   EXPECT_EQ(tailored.Wait() + http.Wait(), 0u);
-}
-
-TEST(Search, FindsACollectionBelowAWindow) {
-  const std::wstring address = Address(L"collection");
-  ScriptedBroker tailored(SL_TAILORED_URI, address, {"[-8]"});
-  ScriptedBroker http(SL_HTTP_URI, address, {"[0,2,'x',1,2,3,4,'y',5,6,7,8]"});
-  const TestWindow window;
-  SLElemData root;
-  root.hwnd = window.Top();
-  root.sourceUri = address.c_str();
-  Records found;
-  EXPECT_EQ(FindCollection(root, nullptr, nullptr, nullptr, 0, false, found), 0);
-  EXPECT_EQ(http.ReadLine(), "[9," + kOwnId + ",\"\",\"\",\"\",\"\",0,false]");
-  EXPECT_EQ(root.uriScheme, static_cast<DWORD>(SL_HTTP_URI));
-  ASSERT_EQ(found.size(), 2u);
-  EXPECT_EQ(found[1].hwnd, window.Top());
-  EXPECT_EQ(found[1].rect.bottom, 8);
-  EXPECT_EQ(Taken(found[0]), kOwnId + " 1 " + Narrow(address.c_str()) + " x");
-  EXPECT_EQ(Taken(found[1]), kOwnId + " 1 " + Narrow(address.c_str()) + " y");
 }
 
 TEST(Search, TriesAnUnknownPrefixAsTailoredAlone) {
