@@ -10,7 +10,9 @@
 namespace {
 
 using namespace TesselSilverlight;
+using testing::Each;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 const LogCapture capture;
 
@@ -47,15 +49,6 @@ std::string ParentOf(SLElemData& element) {
   SLElemData parent = Element(L"old", L"kept", SL_NO_URI);
   const int code = GetParentElement(element, parent);
   return std::to_string(code) + ' ' + Taken(parent);
-}
-
-std::string Release(SLElemData& element) { return std::to_string(ReleaseObj(element)); }
-
-std::string PointIntoItself(SLElemData& element) {
-  const int code = GetElemFromPoint(element, {0, 0}, 0, element);
-  const std::string text = std::to_string(code) + ' ' + Narrow(element.objectId);
-  ::SysReAllocString(&element.objectId, L"id");
-  return text;
 }
 
 std::string PointIntoZeroed(SLElemData& element) {
@@ -105,13 +98,8 @@ std::string Refilled(const SLElemData& element, Fill fill) {
     result = "bad_alloc";
   }
   for (SLElemData& record : records) {
-    const RECT& rect = record.rect;
     result += ' ' + Narrow(record.objectId);
-    if (rect.right != 0) {
-      for (LONG side : {rect.left, rect.top, rect.right, rect.bottom}) {
-        result += ',' + std::to_string(side);
-      }
-    }
+    if (record.rect.right != 0) result += SidesOf(record.rect);
     if (record.uriScheme == SL_NO_URI) continue;
     EXPECT_EQ(record.hwnd, element.hwnd);
     EXPECT_EQ(record.uriScheme, element.uriScheme);
@@ -144,23 +132,17 @@ Call Collection(std::vector<const wchar_t*> searches, int option1, bool option2)
   };
 }
 
-Call Click(int first, int second) {
-  return [=](SLElemData& element) { return std::to_string(ClickElem(element, first, second)); };
+// For calls that have nothing but a code to show.
+Call Code(int (*call)(SLElemData&)) {
+  return [=](SLElemData& element) { return std::to_string(call(element)); };
 }
 
-Call Set(const wchar_t* text) {
-  return [=](SLElemData& element) { return std::to_string(SetValue(element, text)); };
-}
-
-std::string Focus(SLElemData& element) { return std::to_string(SetFocus(element)); }
-
-Call Check(int check) {
-  return [=](SLElemData& element) { return std::to_string(CheckElem(element, check)); };
-}
-
-Call Select(const wchar_t* item) {
-  return [=](SLElemData& element) { return std::to_string(SelectItem(element, item)); };
-}
+const Call kClick = Code([](SLElemData& element) { return ClickElem(element, 5, 7); });
+const Call kSetNothing = Code([](SLElemData& element) { return SetValue(element, nullptr); });
+const Call kSetFocus = Code([](SLElemData& element) { return SetFocus(element); });
+const Call kUncheck = Code([](SLElemData& element) { return CheckElem(element, 0); });
+const Call kSelectNothing = Code([](SLElemData& element) { return SelectItem(element, nullptr); });
+const Call kRelease = Code(&ReleaseObj);
 
 TEST(Element, SendsItsRequestAndReadsItsAnswer) {
   const std::wstring address = Address(L"calls");
@@ -169,87 +151,74 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
   const std::string kNumber = "ERROR Archive failure: 'number expected'";
   const std::string kString = "ERROR Archive failure: 'string expected'";
   const std::string kContext = "ERROR Objects not in the same context";
-  const std::string rectangle = "[2,77,\"id\"]", id = ",77,\"id\"";
-  const std::string point = "[1,77,\"id\",3,-4,5]", origin = "[1,77,\"id\",0,0,0]";
-  // No answer: the broker must not be asked.
+  // In requests and answers ' stands for ". No answer: the broker must not be asked.
   const struct {
     Call call;
     std::string answer, request, result, error;
   } kCases[] = {
-      {RectangleOf, "[0,1,-2,3,2147483647]", rectangle, "0 1 -2 3 2147483647", ""},
-      {RectangleOf, "[0,5,6]", rectangle, "-12 5 6 9 9", kEnd},
-      {RectangleOf, "[0,5,6.0,7,8]", rectangle, "-12 5 9 9 9", kNumber},
-      {RectangleOf, "[-8,1,2,3,4]", rectangle, "-8 9 9 9 9", kFailed + "-8"},
-      {RectangleOf, "[100]", rectangle, "100 9 9 9 9", kFailed + "100"},
-      {RectangleOf, "[-2147483648]", rectangle, "-2147483648 9 9 9 9", kFailed + "-2147483648"},
-      {RectangleOf, "[]", rectangle, "-12 9 9 9 9", kEnd},
-      {RectangleOf, "['0',1]", rectangle, "-12 9 9 9 9", kNumber},
-      {RectangleOf, "{}", rectangle, "-12 9 9 9 9", "ERROR Archive failure: 'json array expected'"},
-      {RectangleOf, "[0,", rectangle, "-12 9 9 9 9",
+      {RectangleOf, "[0,1,-2,3,2147483647]", "[2,77,'id']", "0 1 -2 3 2147483647", ""},
+      {RectangleOf, "[0,5,6]", "[2,77,'id']", "-12 5 6 9 9", kEnd},
+      {RectangleOf, "[-8,1,2,3,4]", "[2,77,'id']", "-8 9 9 9 9", kFailed + "-8"},
+      {RectangleOf, "[100]", "[2,77,'id']", "100 9 9 9 9", kFailed + "100"},
+      {RectangleOf, "['0',1]", "[2,77,'id']", "-12 9 9 9 9", kNumber},
+      {RectangleOf, "[0,", "[2,77,'id']", "-12 9 9 9 9",
        "ERROR Archive failure: 'Cannot parse json_array'"},
-      {Attribute(L"N\u00e4<\""), "[0,'t\\u00e9xt']", "[10" + id + ",\"N\u00e4\\u003C\\\"\"]",
+      {Attribute(L"N\u00e4<\""), "[0,'t\\u00e9xt']", "[10,77,'id','N\u00e4\\u003C\\'']",
        "0 t\u00e9xt", ""},
-      {Attribute(L"a"), "[0,'']", "[10" + id + ",\"a\"]", "0 ", ""},
-      {Attribute(L"a"), "[0,5]", "[10" + id + ",\"a\"]", "-12 kept", kString},
+      {Attribute(L"a"), "[0,'']", "[10,77,'id','a']", "0 ", ""},
+      {Attribute(L"a"), "[0,5]", "[10,77,'id','a']", "-12 kept", kString},
       {Attribute(nullptr), "", "", "-5 kept", "ERROR Invalid attribute name"},
       {Attribute(L"", false), "", "", "-5 kept", "ERROR Invalid attribute name"},
       {Attribute(L"a", false), "", "", "-5 kept", "ERROR Invalid out param"},
-      {ItemsOf(7), "[0,2,'x','y']", "[16" + id + ",true]", "0 first x y 3", ""},
-      {ItemsOf(0), "[0,0]", "[16" + id + ",false]", "0 first 1", ""},
-      {ItemsOf(-1), "[0,-1]", "[16" + id + ",true]", "0 first 1", ""},
-      {ItemsOf(1), "[0,3,'x']", "[16" + id + ",true]", "-12 first x 2", kEnd},
-      {ItemsOf(1), "[0,['x']]", "[16" + id + ",true]", "-12 first 1", kNumber},
+      {ItemsOf(7), "[0,2,'x','y']", "[16,77,'id',true]", "0 first x y 3", ""},
+      {ItemsOf(0), "[0,-1]", "[16,77,'id',false]", "0 first 1", ""},
+      {ItemsOf(1), "[0,3,'x']", "[16,77,'id',true]", "-12 first x 2", kEnd},
       {Value, "", "", std::to_string(E_NOTIMPL) + " kept", ""},
-      {ParentOf, "[0,'up']", "[6" + id + "]", "0 77 4 " + uri + " up", ""},
-      {ParentOf, "[0,'']", "[6" + id + "]", "0 " + kKept, ""},
-      {ParentOf, "[0,5]", "[6" + id + "]", "-12 " + kKept, kString},
-      {Release, "[0,true]", "[3" + id + "]", "0", ""},
-      {Release, "[0,false]", "[3" + id + "]", "-3", "ERROR Release failed"},
-      {Release, "[0,1]", "[3" + id + "]", "-12", "ERROR Archive failure: 'boolean expected'"},
-      {Point, "[0,'new']", point, "0 77 4 " + uri + " new", ""},
-      {Point, "[0,'']", point, "0 77 4 " + uri + " ", ""},
-      {Point, "[0]", point, "-12 " + kKept, kEnd},
-      {Point, "[0,7]", point, "-12 " + kKept, kString},
-      {Point, "[-8]", point, "-8 " + kKept, kFailed + "-8"},
-      {Identity(Parent::kNone, true), "[0,'a','','c\\u00e9',-7]", "[7" + id + ",\"\",1]",
+      {ParentOf, "[0,'up']", "[6,77,'id']", "0 77 4 " + uri + " up", ""},
+      {ParentOf, "[0,'']", "[6,77,'id']", "0 " + kKept, ""},
+      {ParentOf, "[0,5]", "[6,77,'id']", "-12 " + kKept, kString},
+      {kRelease, "[0,true]", "[3,77,'id']", "0", ""},
+      {kRelease, "[0,false]", "[3,77,'id']", "-3", "ERROR Release failed"},
+      {kRelease, "[0,1]", "[3,77,'id']", "-12", "ERROR Archive failure: 'boolean expected'"},
+      {Point, "[0,'new']", "[1,77,'id',3,-4,5]", "0 77 4 " + uri + " new", ""},
+      {Point, "[0,'']", "[1,77,'id',3,-4,5]", "0 77 4 " + uri + " ", ""},
+      {Point, "[0,7]", "[1,77,'id',3,-4,5]", "-12 " + kKept, kString},
+      {Identity(Parent::kNone, true), "[0,'a','','c\\u00e9',-7]", "[7,77,'id','',1]",
        "0 a  c\u00e9 -7", ""},
-      {Identity(Parent::kSameContext, false), "[0,'a','b','c',5]", "[7" + id + ",\"up\",0]",
+      {Identity(Parent::kSameContext, false), "[0,'a','b','c',5]", "[7,77,'id','up',0]",
        "0 a b c 9", ""},
-      {Identity(Parent::kNone, false), "[0,'a','b','c']", "[7" + id + ",\"\",0]",
+      {Identity(Parent::kNone, false), "[0,'a','b','c']", "[7,77,'id','',0]",
        "-12 kept kept kept 9", kEnd},
       {Identity(Parent::kOtherProcess, true), "", "", "-13 kept kept kept 9", kContext},
       {Identity(Parent::kOtherScheme, true), "", "", "-13 kept kept kept 9", kContext},
       {Identity(Parent::kInvalid, true), "", "", "-13 kept kept kept 9",
        "ERROR Invalid pParentObj"},
-      {Chain, "[0,2,'r','id']", "[8" + id + "]", "0 r id", ""},
-      {Chain, "[0,0]", "[8" + id + "]", "0", ""},
-      {Chain, "[0,3,'r']", "[8" + id + "]", "-12 r (null) (null)", kEnd},
-      {Chain, "[0,'3']", "[8" + id + "]", "-12 kept", kNumber},
-      {Chain, "[0,-1]", "[8" + id + "]", "length_error kept", ""},
-      {Chain, "[0,2147483647]", "[8" + id + "]", "bad_alloc kept", ""},
-      {Chain, "[-8,0]", "[8" + id + "]", "-8 kept", kFailed + "-8"},
-      {Ancestry, "[0,1,'r',2,5,-6]", "[18" + id + "]", "0 r /4 /5 /-6", ""},
-      {Ancestry, "[0,1,'r',2,5]", "[18" + id + "]", "-12 r /4 /5",
+      {Chain, "[0,2,'r','id']", "[8,77,'id']", "0 r id", ""},
+      {Chain, "[0,0]", "[8,77,'id']", "0", ""},
+      {Chain, "[0,3,'r']", "[8,77,'id']", "-12 r (null) (null)", kEnd},
+      {Chain, "[0,-1]", "[8,77,'id']", "length_error kept", ""},
+      {Chain, "[0,2147483647]", "[8,77,'id']", "bad_alloc kept", ""},
+      {Ancestry, "[0,1,'r',2,5,-6]", "[18,77,'id']", "0 r /4 /5 /-6", ""},
+      {Ancestry, "[0,1,'r',2,5]", "[18,77,'id']", "-12 r /4 /5",
        "ERROR GetAncestryInfo: Archive failure: 'End of archive reached'"},
-      {Ancestry, "[9]", "[18" + id + "]", "9 kept /4",
+      {Ancestry, "[9]", "[18,77,'id']", "9 kept /4",
        "ERROR GetAncestryInfo: SendMessageToBroker failed with 9"},
       {Collection({L"a", nullptr, L"\u00e9"}, -3, true), "[0,2,'x',1,2,3,4,'',-1,0,5,0]",
-       "[9" + id + ",\"a\",\"\",\"\u00e9\",-3,true]", "0 x,1,2,3,4 ,-1,0,5,0", ""},
+       "[9,77,'id','a','','\u00e9',-3,true]", "0 x 1 2 3 4  -1 0 5 0", ""},
       {Collection({nullptr, nullptr, nullptr}, 0, false), "[0,2,'x',1,2,3,4,'y',1,2,3]",
-       "[9" + id + ",\"\",\"\",\"\",0,false]", "-12 x,1,2,3,4 (null)", kEnd},
-      {Click(5, 7), "[0]", "[11" + id + "]", "0", ""},
-      {Click(0, 0), "[0,'more']", "[11" + id + "]", "0", ""},
-      {Set(L"\u00e9<"), "[0]", "[12" + id + ",\"\u00e9\\u003C\"]", "0", ""},
-      {Set(L""), "[0]", "[12" + id + ",\"\"]", "0", ""},
-      {Set(nullptr), "", "", "-5", "ERROR Invalid text"},
-      {Focus, "[-8]", "[13" + id + "]", "-8", kFailed + "-8"},
-      {Focus, "['0']", "[13" + id + "]", "-12", kNumber},
-      {Check(-1), "[0]", "[15" + id + ",true]", "0", ""},
-      {Check(0), "[0]", "[15" + id + ",false]", "0", ""},
-      {Select(L"x"), "[102]", "[17" + id + ",\"x\"]", "102", kFailed + "102"},
-      {Select(nullptr), "", "", "-12", "ERROR Archive failure: 'Invald string'"},
-      {PointIntoItself, "[0,'new']", origin, "0 new", ""},
-      {PointIntoZeroed, "[0,'new']", origin, "0 77 4 " + uri + " new", ""},
+       "[9,77,'id','','','',0,false]", "-12 x 1 2 3 4 (null)", kEnd},
+      {kClick, "[0]", "[11,77,'id']", "0", ""},
+      {Code([](SLElemData& e) { return SetValue(e, L"\u00e9<"); }), "[0]",
+       "[12,77,'id','\u00e9\\u003C']", "0", ""},
+      {Code([](SLElemData& e) { return SetValue(e, L""); }), "[0]", "[12,77,'id','']", "0", ""},
+      {kSetNothing, "", "", "-5", "ERROR Invalid text"},
+      {kSetFocus, "[-8]", "[13,77,'id']", "-8", kFailed + "-8"},
+      {Code([](SLElemData& e) { return CheckElem(e, -1); }), "[0]", "[15,77,'id',true]", "0", ""},
+      {kUncheck, "[0]", "[15,77,'id',false]", "0", ""},
+      {Code([](SLElemData& e) { return SelectItem(e, L"x"); }), "[102]", "[17,77,'id','x']", "102",
+       kFailed + "102"},
+      {kSelectNothing, "", "", "-12", "ERROR Archive failure: 'Invald string'"},
+      {PointIntoZeroed, "[0,'new']", "[1,77,'id',0,0,0]", "0 77 4 " + uri + " new", ""},
   };
   std::vector<std::string> answers;
   for (const auto& row : kCases) {
@@ -264,7 +233,7 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
       LogCapture::Reset();
       EXPECT_EQ(row.call(element), row.result);
       if (!row.request.empty()) {
-        EXPECT_EQ(broker.ReadLine(), row.request);
+        EXPECT_EQ(broker.ReadLine(), Quoted(row.request));
       }
       EXPECT_EQ(Errors(), row.error.empty() ? Texts() : Texts{row.error});
       EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 0u);
@@ -283,36 +252,31 @@ TEST(Element, MustBeNamedByAllFiveFields) {
       [](SLElemData& e) { e.sourceUri = L""; },
       [](SLElemData& e) { Forget(e); },
   };
-  // The code and the outputs; the lines of the call and of the records that it drops.
-  const struct {
-    Call call;
-    std::string result;
-    std::size_t lines;
-  } kCalls[] = {{RectangleOf, "-13 9 9 9 9", 1},
-                {Attribute(L""), "-13 kept", 1},
-                {Attribute(L"a", false), "-13 kept", 1},
-                {ItemsOf(1), "-13 first 1", 1},
-                {Value, "-13 kept", 1},
-                {ParentOf, "-13 77 0 old kept", 2},
-                {Identity(Parent::kInvalid, true), "-13 kept kept kept 9", 2},
-                {Chain, "-13 kept", 2},
-                {Ancestry, "-13 kept /4", 2},
-                {Click(0, 0), "-13", 1},
-                {Set(nullptr), "-13", 1},
-                {Focus, "-13", 1},
-                {Check(1), "-13", 1},
-                {Select(nullptr), "-13", 1},
-                {Release, "-13", 1}};
+  const Call kCalls[] = {RectangleOf,
+                         Attribute(L""),
+                         Attribute(L"a", false),
+                         ItemsOf(1),
+                         Value,
+                         ParentOf,
+                         Identity(Parent::kInvalid, true),
+                         Chain,
+                         Ancestry,
+                         kClick,
+                         kSetNothing,
+                         kSetFocus,
+                         kUncheck,
+                         kSelectNothing,
+                         kRelease};
   for (const auto& breakIt : kBreaks) {
     SLElemData element = Element(L"http://nobody", L"id");
     breakIt(element);
-    for (const auto& row : kCalls) {
-      SCOPED_TRACE(std::to_string(&breakIt - kBreaks) + " " + std::to_string(&row - kCalls));
+    for (const Call& call : kCalls) {
+      SCOPED_TRACE(std::to_string(&breakIt - kBreaks) + " " + std::to_string(&call - kCalls));
       LogCapture::Reset();
-      EXPECT_EQ(row.call(element), row.result);
-      EXPECT_EQ(LogCapture::Messages(), Texts(row.lines, "ERROR Invalid SL object"));
+      EXPECT_EQ(call(element).substr(0, 3), "-13");
+      EXPECT_THAT(LogCapture::Messages(), Each("ERROR Invalid SL object"));
     }
-    EXPECT_NE(LogCapture::Lines().at(0).find(") ElementLookup.cpp("), std::string::npos);
+    EXPECT_THAT(LogCapture::Lines(), ElementsAre(HasSubstr(") ElementLookup.cpp(")));
   }
   SLElemData windowless = Element(L"http://nobody", L"id");
   windowless.hwnd = nullptr;
@@ -359,11 +323,10 @@ TEST(Element, OfAVectorIsReleasedWhenTheVectorIsRefilledOrGone) {
     LogCapture::Reset();
   }
   EXPECT_EQ(LogCapture::Messages(), Texts(2, "ERROR Invalid SL object"));
-  const std::string find = "[9,77,\"id\",\"\",\"\",\"\",0,false]";
-  for (const std::string& request : {std::string("[18,77,\"id\"]"), std::string("[8,77,\"id\"]"),
-                                     std::string("a"), std::string("b"), find, std::string("c"),
-                                     std::string("d"), std::string("id"), std::string("e")}) {
-    EXPECT_EQ(broker.ReadLine(), request.front() == '[' ? request : "[3,77,\"" + request + "\"]");
+  for (const char* request :
+       {"[18,77,'id']", "[8,77,'id']", "[3,77,'a']", "[3,77,'b']", "[9,77,'id','','','',0,false]",
+        "[3,77,'c']", "[3,77,'d']", "[3,77,'id']", "[3,77,'e']"}) {
+    EXPECT_EQ(broker.ReadLine(), Quoted(request));
   }
   EXPECT_EQ(broker.Wait(), 0u);
 }

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +28,12 @@ inline std::string Narrow(const wchar_t* text) {
 }
 
 inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
+
+// With ' in place of ".
+inline std::string Quoted(std::string text) {
+  std::replace(text.begin(), text.end(), '\'', '"');
+  return text;
+}
 
 // A broker in a process of its own that gives these answers in turn.
 class ScriptedBroker : public ChildProcess {
@@ -93,12 +100,17 @@ inline std::string Point(SLElemData& element) {
   return std::to_string(code) + ' ' + Taken(found);
 }
 
-// The code, and what becomes of a rectangle of nines.
-inline std::string RectangleOf(SLElemData& element) {
-  RECT rect = {9, 9, 9, 9};
-  std::string text = std::to_string(TesselSilverlight::GetElemRectangle(element, rect));
+inline std::string SidesOf(const RECT& rect) {
+  std::string text;
   for (LONG side : {rect.left, rect.top, rect.right, rect.bottom}) {
     text += ' ' + std::to_string(side);
   }
   return text;
+}
+
+// The code, and what becomes of a rectangle of nines.
+inline std::string RectangleOf(SLElemData& element) {
+  RECT rect = {9, 9, 9, 9};
+  const int code = TesselSilverlight::GetElemRectangle(element, rect);
+  return std::to_string(code) + SidesOf(rect);
 }
