@@ -13,8 +13,6 @@ struct ResultText {
   ExitCode exitCode;
 };
 
-constexpr char kReadTheLog[] = "read the module's log (TESSEL_LOG_LEVEL=ERROR in the registry)";
-
 constexpr char kBrokersStatus[] = "the broker's own status";
 
 constexpr ResultText kResultTexts[] = {
@@ -64,11 +62,8 @@ ResultText TextOf(int code) {
   for (const ResultText& text : kResultTexts) {
     if (text.code == code) return text;
   }
-  if (code > 0) {
-    return {code, kBrokersStatus, "it refused", "read the broker's own documentation",
-            ExitCode::kRefused};
-  }
-  return {code, "no name", "the call failed", kReadTheLog, ExitCode::kUnexpectedAnswer};
+  return {code, kBrokersStatus, "it refused", "read the broker's own documentation",
+          ExitCode::kRefused};
 }
 
 }  // namespace
