@@ -13,14 +13,31 @@
 #include "support/RawClient.h"
 #include "tools/shared/ConsoleText.h"
 
-inline std::wstring Quoted(const std::string& text) { return L" \"" + tools::Wide(text) + L'"'; }
+// As an argument, which its process reads back as the same text.
+inline std::wstring Quoted(const std::string& text) {
+  std::wstring argument = L" \"";
+  std::size_t backslashes = 0;
+  for (const wchar_t character : tools::Wide(text)) {
+    if (character == L'"') argument.append(backslashes + 1, L'\\');
+    backslashes = character == L'\\' ? backslashes + 1 : 0;
+    argument += character;
+  }
+  return argument.append(backslashes, L'\\') + L'"';
+}
 
-// Expects the whole output of a success, a part of that of a failure.
-inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
+// Exit code and output. What a tool says of its waiting on a busy machine is left out.
+inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine) {
   ChildProcess process(TestFolder() + commandLine);
   std::string text = process.ReadToEnd();
   std::erase(text, '\r');
-  EXPECT_EQ(process.Wait(), code) << tools::Narrow(commandLine);
+  text = std::regex_replace(text, std::regex("tessel: waiting for [^\n]*\n"), "");
+  return {process.Wait(), text};
+}
+
+// Expects the whole output of a success, a part of that of a failure.
+inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
+  const auto [exitCode, text] = ToolOutput(commandLine);
+  EXPECT_EQ(exitCode, code) << tools::Narrow(commandLine);
   EXPECT_TRUE(code == 0 ? text == output : text.find(output) != text.npos)
       << tools::Narrow(commandLine) << ": " << text;
 }

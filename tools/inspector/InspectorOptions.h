@@ -3,20 +3,41 @@
 
 #include <windows.h>
 
+#include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
-enum class Report { kElement, kRectangle, kAttribute, kItems };
+struct Command;
+
+// The texts of A,B,C; an empty one matches everything.
+using SearchTexts = std::array<std::string, 3>;
 
 struct InspectorOptions {
+  const Command* command = nullptr;
+  bool json = false;
+
   std::string window;
   std::string address;
-  std::string scheme;       // empty: search
-  std::optional<POINT> at;  // none: the element that has the focus
-  int option = 0;           // goes with the point
-  int parentSteps = 0;      // up from there
-  Report report = Report::kElement;
-  std::string attribute;
+  std::string scheme;  // empty: search
+
+  // What names the element: one of these, or none where a command looks at the whole content.
+  std::optional<POINT> at;
+  bool focus = false;
+  std::optional<SearchTexts> find;
+  int option = 0;  // goes with the point
+  int parentSteps = 0;
+
+  bool NamesElement() const { return at || focus || find; }
+
+  // Of single commands.
+  std::string text;  // get: the attribute's name; set, select: the new value
+  std::optional<SearchTexts> search;
+  int levels = 0;
+  bool containing = false;
+  int relativeSteps = 0;
+  bool off = false;
+  std::vector<std::string> attributes = {"name", "type"};
 };
 
 // A value is the exit code with which to end at once.

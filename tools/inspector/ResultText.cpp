@@ -13,12 +13,14 @@ struct ResultText {
   ExitCode exitCode;
 };
 
-constexpr char kReadTheLog[] = "read the module's log (TESSEL_LOG_LEVEL=ERROR in the registry)";
+constexpr char kBrokersStatus[] = "the broker's own status";
 
 constexpr ResultText kResultTexts[] = {
     {SL_FAILURE, "SL_FAILURE",
      "an injection of another client held the mutex, or it is not to be had", "try again",
      ExitCode::kUnreachable},
+    {SL_INVALID_ARGUMENT, "SL_INVALID_ARGUMENT", "there is no such window, or no more",
+     "compare --window with the window that the broker prints", ExitCode::kUsage},
     {SL_CANNOT_READ, "SL_CANNOT_READ", "the broker sent no answer, or left",
      "look whether the broker still runs, and try again", ExitCode::kUnreachable},
     {SL_CANNOT_CONNECT, "SL_CANNOT_CONNECT", "the broker's pipe does not take the request",
@@ -36,32 +38,41 @@ constexpr ResultText kResultTexts[] = {
     {SL_INJECTION_FAILED, "SL_INJECTION_FAILED",
      "no running broker shows this window's content, and the injection failed",
      "compare --window with the window that the broker prints", ExitCode::kUnreachable},
-    {SL_NOT_SERVED, "SL_NOT_SERVED", "the broker does not show the content of this window",
-     "compare --window with the window that the broker prints", ExitCode::kRefused},
+    {SL_NOT_SERVED, "SL_NOT_SERVED",
+     "the broker of this scheme and address does not show the content of this window",
+     "compare --window and --scheme with what the broker prints, or search without --scheme",
+     ExitCode::kRefused},
     {SL_ARCHIVE_FAILURE, "SL_ARCHIVE_FAILURE", "the broker's answer is not what was asked for",
      "look whether the broker is of this version", ExitCode::kUnexpectedAnswer},
-    {100, "the broker's status", "SceneBroker does not know the command",
+    {SL_INVALID_OBJECT, "SL_INVALID_OBJECT", "the element's process or scheme is not known",
+     "look whether the window still exists, and try again", ExitCode::kUnexpectedAnswer},
+    {100, kBrokersStatus, "as SceneBroker's: it does not know the command",
      "look whether the broker is of this version", ExitCode::kRefused},
-    {101, "the broker's status", "SceneBroker does not know the element",
+    {101, kBrokersStatus, "as SceneBroker's: it does not know the element",
      "find the element anew: the broker may have been started again", ExitCode::kRefused},
-    {102, "the broker's status", "the element has no such attribute, or is no list",
-     "compare with the scene file, or ask another element", ExitCode::kRefused},
-    {103, "the broker's status", "SceneBroker could not read the request",
-     "look whether the broker is of this version", ExitCode::kRefused},
+    {kStatusNotSupported, kBrokersStatus,
+     "as SceneBroker's: the element has no such attribute, state or item, is no list, or is not "
+     "below the other one",
+     "see what it has with tessel tree, or ask another element", ExitCode::kRefused},
+    {103, kBrokersStatus, "as SceneBroker's: it could not read the request",
+     "look whether the values are allowed and the broker is of this version", ExitCode::kRefused},
 };
 
 ResultText TextOf(int code) {
   for (const ResultText& text : kResultTexts) {
     if (text.code == code) return text;
   }
-  if (code > 0) {
-    return {code, "the broker's status", "the broker refused",
-            "read the broker's own documentation", ExitCode::kRefused};
-  }
-  return {code, "no name", "the call failed", kReadTheLog, ExitCode::kUnexpectedAnswer};
+  return {code, kBrokersStatus, "it refused", "read the broker's own documentation",
+          ExitCode::kRefused};
 }
 
 }  // namespace
+
+InspectorError RefusalError(ExitCode exitCode, const std::string& what,
+                            const std::string& reasonAndCure, const std::string& address) {
+  return {exitCode,
+          "cannot " + what + ": " + reasonAndCure + "\n  address: " + tools::Printable(address)};
+}
 
 InspectorError CallError(const std::string& what, const std::string& address, int code) {
   const ResultText text = TextOf(code);
@@ -73,7 +84,7 @@ InspectorError CallError(const std::string& what, const std::string& address, in
 std::string ExitCodeHelp() {
   return "Exit codes:\n"
          "  0  done\n"
-         "  1  no element at the point, no focus, or no such parent\n"
+         "  1  no such element: none at the point, no focus, no such ancestor, no one match\n"
          "  2  wrong command line, or no one window of that title or handle\n"
          "  3  no broker: not started, not connected, or no answer\n"
          "  4  the broker refused, with a status of its own\n"

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "tools/inspector/ResultText.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {
@@ -11,13 +10,6 @@ struct TitleSearch {
   std::wstring title;
   std::vector<HWND> found;
 };
-
-std::wstring TitleOf(HWND window) {
-  std::wstring title(static_cast<std::size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
-  title.resize(static_cast<std::size_t>(
-      ::GetWindowTextW(window, title.data(), static_cast<int>(title.size()))));
-  return title;
-}
 
 BOOL CALLBACK CollectIfTitled(HWND window, LPARAM parameter) {
   auto& search = *reinterpret_cast<TitleSearch*>(parameter);
@@ -29,16 +21,14 @@ HWND FindByTitle(const std::string& title) {
   TitleSearch search = {tools::Wide(title), {}};
   ::EnumWindows(&CollectIfTitled, reinterpret_cast<LPARAM>(&search));
   if (search.found.empty()) {
-    throw InspectorError(ExitCode::kUsage, "no top-level window has the title " +
-                                               tools::Quoted(title) +
-                                               "; write it exactly, or give the handle, 0x...");
+    throw WindowError("no top-level window has the title " + tools::Quoted(title) +
+                      "; write it exactly, or give the handle, 0x...");
   }
   if (search.found.size() > 1) {
     std::string handles;
     for (HWND window : search.found) handles += ' ' + tools::HandleText(window);
-    throw InspectorError(ExitCode::kUsage, std::to_string(search.found.size()) +
-                                               " windows have the title " + tools::Quoted(title) +
-                                               "; give one of their handles:" + handles);
+    throw WindowError(std::to_string(search.found.size()) + " windows have the title " +
+                      tools::Quoted(title) + "; give one of their handles:" + handles);
   }
   return search.found.front();
 }
@@ -49,9 +39,15 @@ HWND FindTargetWindow(const std::string& text) {
   HWND window = tools::HandleFromText(text);
   if (window == nullptr) return FindByTitle(text);
   if (!::IsWindow(window)) {
-    throw InspectorError(ExitCode::kUsage, "there is no window " + text +
-                                               "; take the handle that the broker prints, or give "
-                                               "the title");
+    throw WindowError("there is no window " + text +
+                      "; take the handle that the broker prints, or give the title");
   }
   return window;
+}
+
+std::wstring TitleOf(HWND window) {
+  std::wstring title(static_cast<std::size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
+  title.resize(static_cast<std::size_t>(
+      ::GetWindowTextW(window, title.data(), static_cast<int>(title.size()))));
+  return title;
 }

@@ -1,24 +1,45 @@
-// tessel. The inspector: one command a run, text for people, an exit code for scripts.
+// tessel. The inspector: one command a run, text for people or JSON for programs, an exit code for
+// scripts.
 #include <exception>
 #include <iostream>
 
-#include "tools/inspector/Inspection.h"
+#include "tools/inspector/Command.h"
+#include "tools/inspector/InspectorOptions.h"
 #include "tools/inspector/ResultText.h"
 #include "tools/shared/ConsoleText.h"
+
+namespace {
+
+int EndWith(ExitCode exitCode, const std::string& message) {
+  std::cerr << "tessel: " << message << std::endl;
+  return static_cast<int>(exitCode);
+}
+
+// All that it was given is released before anything is printed.
+void Inspect(const InspectorOptions& options) {
+  const Report report = options.command->run(Content(options));
+  std::cout << (options.json ? report.JsonText() : report.Lines()) << std::flush;
+}
+
+}  // namespace
 
 int main() {
   tools::PrepareConsole();
   InspectorOptions options;
   if (const std::optional<int> code = ReadInspectorOptions(options)) return *code;
-  ExitCode exitCode = ExitCode::kSuccess;
+  const std::string failed = "cannot " + std::string(options.command->name) + ": ";
   try {
     Inspect(options);
+    return static_cast<int>(ExitCode::kSuccess);
   } catch (const InspectorError& error) {
-    std::cerr << "tessel: " << error.what() << std::endl;
-    exitCode = error.exitCode;
+    return EndWith(error.exitCode, error.what());
   } catch (const std::exception& error) {
-    std::cerr << "tessel: " << error.what() << std::endl;
-    exitCode = ExitCode::kUnexpectedAnswer;
+    return EndWith(ExitCode::kUnexpectedAnswer, failed + error.what());
+  } catch (const ATL::CAtlException& error) {
+    return EndWith(ExitCode::kUnexpectedAnswer, failed +
+                                                    "the system refused a text or a path, code " +
+                                                    std::to_string(static_cast<HRESULT>(error)));
+  } catch (...) {
+    return EndWith(ExitCode::kUnexpectedAnswer, failed + "an unknown failure");
   }
-  return static_cast<int>(exitCode);
 }

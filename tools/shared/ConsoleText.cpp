@@ -1,10 +1,33 @@
 #include "tools/shared/ConsoleText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <iostream>
 
 namespace tools {
+namespace {
+
+// What a terminal acts upon in place of showing it: the control characters, and those that end a
+// line or change the direction of what follows.
+bool IsControl(wchar_t unit) {
+  constexpr struct {
+    wchar_t first, last;
+  } kRanges[] = {{0, 0x1f},        {0x7f, 0x9f},     {0x61c, 0x61c},
+                 {0x200e, 0x200f}, {0x2028, 0x202e}, {0x2066, 0x2069}};
+  return std::ranges::any_of(
+      kRanges, [unit](const auto& range) { return range.first <= unit && unit <= range.last; });
+}
+
+std::wstring HexDigits(wchar_t unit, int count) {
+  std::wstring digits;
+  for (int shift = 4 * (count - 1); shift >= 0; shift -= 4) {
+    digits += L"0123456789abcdef"[unit >> shift & 15];
+  }
+  return digits;
+}
+
+}  // namespace
 
 std::string Narrow(std::wstring_view text) {
   const int units = static_cast<int>(text.size());
@@ -24,22 +47,29 @@ std::wstring Wide(std::string_view text) {
   return result;
 }
 
-std::string Quoted(std::string_view text) { return '"' + Printable(text) + '"'; }
+std::string Quoted(std::string_view text) {
+  std::string result;
+  for (const char character : Printable(text)) {
+    if (character == '"') result += '\\';
+    result += character;
+  }
+  return '"' + result + '"';
+}
 
 std::string Printable(std::string_view text) {
-  constexpr char kHexDigits[] = "0123456789abcdef";
-  std::string result;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte >= 0x20 && byte != 0x7f) {
-      result += character;
-    } else if (byte == '\n') {
-      result += "\\n";
+  std::wstring result;
+  for (const wchar_t unit : Wide(text)) {
+    if (unit == L'\\') {
+      result += L"\\\\";
+    } else if (unit == L'\n') {
+      result += L"\\n";
+    } else if (IsControl(unit)) {
+      result += unit < 0x80 ? L"\\x" + HexDigits(unit, 2) : L"\\u" + HexDigits(unit, 4);
     } else {
-      result += {'\\', 'x', kHexDigits[byte >> 4], kHexDigits[byte & 15]};
+      result += unit;
     }
   }
-  return result;
+  return Narrow(result);
 }
 
 std::string HandleText(HWND window) {

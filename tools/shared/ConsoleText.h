@@ -12,11 +12,12 @@ namespace tools {
 std::string Narrow(std::wstring_view text);
 std::wstring Wide(std::string_view text);
 
-// In double quotes, for a message.
-std::string Quoted(std::string_view text);
-
-// On one line of a terminal: control characters are written as escapes.
+// On one line of a terminal: what would act on it is written as an escape, \n, \x1b or \u202e, and
+// a backslash as two.
 std::string Printable(std::string_view text);
+
+// The same in double quotes, with one that belongs to the text behind a backslash.
+std::string Quoted(std::string_view text);
 
 std::string HandleText(HWND window);
 

@@ -1,0 +1,40 @@
+#include "tools/inspector/Elements.h"
+
+#include <optional>
+
+#include "tools/inspector/CallNotice.h"
+#include "tools/shared/ConsoleText.h"
+
+namespace {
+
+// Runs `destroy`, which releases the element when the record names one.
+template <class Destroy>
+void Release(const SLElemData& element, Destroy destroy) {
+  std::optional<CallNotice> notice;
+  if (::SysStringLen(element.objectId) > 0) {
+    notice.emplace("release " + NameOf(element), kRoundTripSeconds);
+  }
+  destroy();
+}
+
+}  // namespace
+
+std::string IdOf(const SLElemData& element) {
+  return tools::Narrow({element.objectId, ::SysStringLen(element.objectId)});
+}
+
+std::string NameOf(const SLElemData& element) { return "element " + tools::Quoted(IdOf(element)); }
+
+void ElementReleaser::operator()(SLElemData* element) const {
+  Release(*element, [element] { delete element; });
+}
+
+ElementList::~ElementList() {
+  while (!records.empty()) Release(records.back(), [this] { records.pop_back(); });
+}
+
+std::vector<std::string> ElementList::Ids() const {
+  std::vector<std::string> ids;
+  for (const SLElemData& element : records) ids.push_back(IdOf(element));
+  return ids;
+}

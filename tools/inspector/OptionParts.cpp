@@ -1,0 +1,71 @@
+#include "tools/inspector/OptionParts.h"
+
+#include "tools/inspector/OptionText.h"
+#include "tools/shared/CommandLine.h"
+#include "tools/shared/ConsoleText.h"
+
+std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
+CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point) {
+  const auto store = [name, &point](const std::string& text) {
+    point = ParsePoint(text);
+    if (!point) throw CLI::ValidationError(name, tools::Quoted(text) + " is no point; write X,Y");
+  };
+  return app.add_option_function<std::string>(name, store, "A point, two integers")
+      ->type_name("X,Y");
+}
+
+CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
+                            std::optional<SearchTexts>& texts) {
+  const auto store = [name, &texts](const std::string& text) {
+    texts = ParseSearchTexts(text);
+    if (!texts) {
+      throw CLI::ValidationError(name, tools::Quoted(text) +
+                                           " is not three texts; write A,B,C and a backslash "
+                                           "before a comma or a backslash of a text");
+    }
+  };
+  return app
+      .add_option_function<std::string>(
+          name, store, "Three texts (SceneBroker: name, type, id); an empty one matches all")
+      ->type_name("A,B,C");
+}
+
+CLI::Option* AddPointOption(CLI::App& app, InspectorOptions& options) {
+  return app
+      .add_option("--option", options.option,
+                  "An integer for the broker, whose meaning is the broker's; SceneBroker's: none")
+      ->type_name("N")
+      ->capture_default_str();
+}
+
+void AddContentOptions(CLI::App& command, InspectorOptions& options) {
+  command
+      .add_option("--window", options.window, "The content's window: handle (0x...) or exact title")
+      ->required()
+      ->type_name("HWND|TITLE")
+      ->check(RefuseEmpty);
+  command.add_option("--address", options.address, "The content's address")
+      ->required()
+      ->type_name("URI")
+      ->check(RefuseEmpty);
+  tools::AddSchemeOption(command, options.scheme,
+                         "The broker's scheme, in place of a search; an element by focus is always "
+                         "searched for");
+  command.add_flag("--json", options.json, "Report in JSON");
+}
+
+void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequired) {
+  CLI::Option_group* const element = command.add_option_group("Element", "One of these");
+  CLI::Option* const point = AddPoint(*element, "--at", options.at);
+  element->add_flag("--focus", options.focus, "The element that has the focus");
+  AddSearchTexts(*element, "--find", options.find);
+  element->require_option(isRequired ? 1 : 0, 1);
+  AddPointOption(command, options)->needs(point);
+}
+
+void AddParentOption(CLI::App& command, InspectorOptions& options) {
+  command.add_option("--parent", options.parentSteps, "Then go up so many steps")
+      ->type_name("N")
+      ->check(CLI::Range(0, kMostSteps));
+}

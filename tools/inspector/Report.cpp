@@ -1,0 +1,50 @@
+#include "tools/inspector/Report.h"
+
+#include <utility>
+
+#include "tools/inspector/Elements.h"
+#include "tools/shared/ConsoleText.h"
+
+using tools::Printable;
+
+Json RectJson(const RECT& rect) {
+  return Json::array({rect.left, rect.top, rect.right, rect.bottom});
+}
+
+std::string RectText(const Json& rect) {
+  std::string text;
+  for (const Json& edge : rect) text += (text.empty() ? "" : ", ") + edge.dump();
+  return '[' + text + ']';
+}
+
+Report::Report(const SLElemData& element) { Add("element", IdOf(element)); }
+
+void Report::Add(const std::string& key, const std::string& text) {
+  SetField(key, text);
+  AddLine(key + ": " + Printable(text));
+}
+
+void Report::Add(const std::string& key, long long number) {
+  SetField(key, number);
+  AddLine(key + ": " + std::to_string(number));
+}
+
+void Report::AddList(const std::string& key, const std::vector<Entry>& entries) {
+  Json list = Json::array();
+  AddLine(key + ": " + std::to_string(entries.size()));
+  for (const Entry& entry : entries) {
+    list.push_back(entry.json);
+    AddLine("  " + entry.text);
+  }
+  SetField(key, std::move(list));
+}
+
+void Report::AddTexts(const std::string& key, const std::vector<std::string>& texts) {
+  std::vector<Entry> entries;
+  for (const std::string& text : texts) entries.push_back({text, Printable(text)});
+  AddList(key, entries);
+}
+
+std::string Report::JsonText() const {
+  return json_.dump(2 /*indent*/, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
+}
