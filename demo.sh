@@ -15,8 +15,7 @@ shows what the inspector finds there, from another process, through the module.
 TEXT
 }
 
-most_elements=8
-most_attributes=3
+most_lines=40
 broker=
 failures=0
 output=
@@ -53,7 +52,7 @@ start_broker() {
 # fact KEY: what the broker prints behind it.
 fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$output"; }
 
-# tessel COMMAND [OPTION...] [-- NAME]: one run of the inspector.
+# tessel COMMAND [OPTION...]: one run of the inspector.
 tessel() {
   local command=$1
   shift
@@ -61,65 +60,74 @@ tessel() {
     tr -d '\r'
 }
 
-# show LABEL COMMAND...: what the inspector reports, on one line.
+# show COMMAND [OPTION...]: the run as its user would type it, and what it reports.
 show() {
-  local label=$1 report
-  shift
-  if ! report=$(tessel "$@"); then
+  local report
+  printf '\n  $ tessel %s\n' "${*@Q}" | sed "s/'\([A-Za-z0-9,=.-]*\)'/\1/g"
+  if report=$(tessel "$@"); then
+    head -n "$most_lines" <<<"$report" | sed 's/^/    /'
+    local more=$(($(wc -l <<<"$report") - most_lines))
+    [ "$more" -le 0 ] || printf '    ... and %d lines more\n' "$more"
+  else
     failures=$((failures + 1))
-    return 0
   fi
-  local rest=${report#*$'\n'} # behind the line that names the element
-  case $1 in
-    parent) report=${report%%$'\n'*} report=${report#element: } ;;
-    rect) report=$(sed 's/^[a-z]*: //' <<<"$rest" | paste -sd ' ') ;;
-    get) report=${rest#"$label: "} ;;
-    items) report=$(sed '1d; s/^  //; $!s/$/,/' <<<"$rest" | paste -sd ' ') ;;
-  esac
-  printf '    %-12s %s\n' "$label" "$report"
 }
 
-# show_element POINT: finds the element there; gives 1 when another covers the one that is meant.
-show_element() {
-  local point=$1 id=$2 report
-  if ! report=$(tessel at "$point"); then
-    failures=$((failures + 1))
-    return 1
-  fi
-  report=${report%%$'\n'*}
-  printf '\n  at %-10s %s\n' "$point" "${report#element: }"
-  [ "$report" = "element: $id" ] || return 1
-  show rectangle rect --at="$point"
-}
-
-# Follows the broker's list of what there is; each line is one question to the inspector.
-show_elements() {
-  local key value point= elements=0 attributes=0
+# element_with FACT: a point at which an element is found for which the broker prints that fact.
+element_with() {
+  local line point= id=
   while IFS= read -r line <&3; do
-    key=${line%%: *} value=${line#*: }
-    if [ "$key" = element ]; then
-      elements=$((elements + 1)) attributes=0
-      [ "$elements" -le "$most_elements" ] || break
-      point=${value%% *}
-      show_element "$point" "${value#* }" || point=
-    elif [ -n "$point" ]; then
-      case $key in
-        parent) show parent parent --at="$point" ;;
-        items) show items items --at="$point" ;;
-        attribute)
-          attributes=$((attributes + 1))
-          [ "$attributes" -gt "$most_attributes" ] ||
-            show "$value" get --at="$point" -- "$value"
-          ;;
-      esac
-    fi
+    case $line in
+      'element: '*)
+        line=${line#element: } point=${line%% *} id=${line#* }
+        ;;
+    esac
+    [[ $line == $1 ]] || continue
+    [ "$(tessel at "$point" | head -n 1)" = "element: $id" ] || continue
+    printf '%s\n' "$point"
+    return 0
   done 3< <(sed -nE '/^ready/q; s/\r$//; /^(element|parent|attribute|items): /p' "$output")
+  return 1
 }
 
-show_focus() {
-  [ -n "$(fact focus)" ] || return 0
-  step "The element that has the focus"
-  tessel focus | sed 's/^/    /' || failures=$((failures + 1))
+show_identity() {
+  local point
+  point=$(element_with 'attribute: value') || point=$(element_with 'parent: *') ||
+    point=$(element_with '*') || return 0
+  step "One element: where it stands, and how to find it again"
+  show at "$point"
+  show parent --at="$point"
+  show ancestors --at="$point"
+  show selector --at="$point"
+  show id --at="$point"
+  show find ,, --at="$point" --parent=1
+  show rect --at="$point"
+  show get name --at="$point"
+}
+
+show_actions() {
+  local point
+  step "Acting, and the state that changed"
+  if point=$(element_with 'attribute: value'); then
+    show get value --at="$point"
+    show set 'Hello, bridge' --at="$point"
+    show get value --at="$point"
+  fi
+  if point=$(element_with 'attribute: checked'); then
+    show get checked --at="$point"
+    show click --at="$point"
+    show get checked --at="$point"
+    show check --at="$point"
+    show get checked --at="$point"
+  fi
+  if point=$(element_with 'items: [1-9]*'); then
+    show items --at="$point"
+    show select "$(tessel items --at="$point" | sed -n '3,$s/^  //p' | grep -vm1 '\\')" --at="$point"
+    show get selected --at="$point"
+  fi
+  point=$(element_with '*') || return 0
+  show setfocus --at="$point"
+  show focus
 }
 
 show_summary() {
@@ -152,7 +160,8 @@ step "Serving ${scene#"$ROOT"/}"
 start_broker "$scene"
 window=$(fact window) address=$(fact address)
 sed -n '/^element/q; s/^/    /; s/\r$//; p' "$output"
-show_focus
-step "Elements, found at points"
-show_elements
+step "What the scene shows"
+show tree
+show_identity
+show_actions
 show_summary

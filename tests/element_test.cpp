@@ -233,7 +233,7 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
       LogCapture::Reset();
       EXPECT_EQ(row.call(element), row.result);
       if (!row.request.empty()) {
-        EXPECT_EQ(broker.ReadLine(), Quoted(row.request));
+        EXPECT_EQ(broker.ReadLine(), WithQuotes(row.request));
       }
       EXPECT_EQ(Errors(), row.error.empty() ? Texts() : Texts{row.error});
       EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 0u);
@@ -326,7 +326,7 @@ TEST(Element, OfAVectorIsReleasedWhenTheVectorIsRefilledOrGone) {
   for (const char* request :
        {"[18,77,'id']", "[8,77,'id']", "[3,77,'a']", "[3,77,'b']", "[9,77,'id','','','',0,false]",
         "[3,77,'c']", "[3,77,'d']", "[3,77,'id']", "[3,77,'e']"}) {
-    EXPECT_EQ(broker.ReadLine(), Quoted(request));
+    EXPECT_EQ(broker.ReadLine(), WithQuotes(request));
   }
   EXPECT_EQ(broker.Wait(), 0u);
 }

@@ -30,7 +30,7 @@ inline std::string Narrow(const wchar_t* text) {
 inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
 
 // With ' in place of ".
-inline std::string Quoted(std::string text) {
+inline std::string WithQuotes(std::string text) {
   std::replace(text.begin(), text.end(), '\'', '"');
   return text;
 }
