@@ -21,8 +21,8 @@ class StandIn {
       : kind_(kind),
         folder_(kind == L"slinject" ? std::filesystem::path(TestFolder()) : LauncherFolder()) {
     std::filesystem::create_directories(folder_);
-    std::filesystem::copy_file(TestFolder() + L"test_parts.exe", Program(),
-                               std::filesystem::copy_options::overwrite_existing);
+    // Over what a test that was killed has left.
+    ::CopyFileW((TestFolder() + L"test_parts.exe").c_str(), Program().c_str(), FALSE);
   }
   ~StandIn() {
     std::error_code ignored;
