@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 
 #include "json/Check.h"
 #include "json/Utf8.h"
@@ -54,9 +55,8 @@ class Writer {
     at_ = out_.data();
   }
 
-  template <typename T>
-  bool WriteDocument(const T& value) {
-    const bool written = Write(value);
+  bool WriteDocument(const ListValue& list) {
+    const bool written = Write(list);
     out_.resize(written ? at_ - out_.data() : 0);
     return written;
   }
@@ -193,16 +193,8 @@ void Writer::WriteEscape(char32_t code) {
 
 }  // namespace
 
-bool WriteJson(const Value& value, std::string& out) {
-  return Writer(out, kFirstReserve).WriteDocument(value);
-}
-
 bool WriteJson(const ListValue& list, std::string& out) {
   return Writer(out, std::max(kFirstReserve, TypicalSize(list))).WriteDocument(list);
-}
-
-bool WriteJson(std::string_view utf8, std::string& out) {
-  return Writer(out, kFirstReserve).WriteDocument(utf8);
 }
 
 }  // namespace base

@@ -48,12 +48,6 @@ DictionaryValue::DictionaryValue(std::span<Value> pairs) {
   entries_.Truncate(kept);
 }
 
-const Value* DictionaryValue::Find(std::string_view key) const {
-  const auto found = std::lower_bound(
-      begin(), end(), key, [](const auto& entry, std::string_view k) { return KeyOf(entry) < k; });
-  return found != end() && KeyOf(*found) == key ? &found->value : nullptr;
-}
-
 Value::Value(Type type, const char* bytes, std::size_t size) : Value(type, 0) {
   if (size <= kInlineBytes) {
     CopyInline(content_.storage, bytes, size);
@@ -62,11 +56,6 @@ Value::Value(Type type, const char* bytes, std::size_t size) : Value(type, 0) {
     Put(CompactArray<char>(bytes, size));
     content_.size = kOwner;
   }
-}
-
-std::optional<std::span<const std::byte>> Value::GetIfBinary() const {
-  if (type() != Type::kBinary) return std::nullopt;
-  return std::as_bytes(std::span(Bytes()));
 }
 
 void Value::Destroy() {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "json/CompactArray.h"
@@ -31,7 +32,6 @@ class DictionaryValue {
   explicit DictionaryValue(std::span<Value> pairs);
 
   std::size_t size() const { return entries_.size(); }
-  const Value* Find(std::string_view key) const;
   const DictionaryEntry* begin() const { return entries_.begin(); }
   const DictionaryEntry* end() const;
 
@@ -82,11 +82,9 @@ class Value {
   std::optional<double> GetIfDouble() const { return CopyIf<double>(Type::kDouble); }
   // The views stay good until the value is changed, moved or destroyed.
   std::optional<std::string_view> GetIfString() const;
-  std::optional<std::span<const std::byte>> GetIfBinary() const;
   const DictionaryValue* GetIfDictionary() const {
     return AddressIf<const DictionaryValue>(Type::kDictionary);
   }
-  DictionaryValue* GetIfDictionary() { return AddressIf<DictionaryValue>(Type::kDictionary); }
   const ListValue* GetIfList() const { return AddressIf<const ListValue>(Type::kList); }
   ListValue* GetIfList() { return AddressIf<ListValue>(Type::kList); }
 

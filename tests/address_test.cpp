@@ -5,36 +5,30 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::PrintToString;
-
 const LogCapture capture;
 const std::wstring kBase = L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name";
 
 TEST(Address, GivesSchemeOriginAndCleanedName) {
-  const struct {
-    std::wstring address;
-    std::optional<SLUriScheme> scheme;
-    std::optional<std::wstring> origin;
-    std::wstring cleaned;
-  } kCases[] = {
-      {L"http://h.x:80/a/b", SL_HTTP_URI, L"http://h.x:80", L"http___h_x_80"},
-      {L"https://a", SL_HTTPS_URI, L"https://a", L"https___a"},
-      {L"http:", SL_HTTP_URI, L"http:", L"http_"},
-      {L"http:a/b/c/d", SL_HTTP_URI, L"http:a/b/c", L"http_a_b_c"},
-      {L"file:///C:/one/two/three.xap", SL_FILE_URI, L"file:///C:/one/two", L"file____C__one_two"},
-      {L"http://\u00e9\u0161\u0141-%20/x", SL_HTTP_URI, L"http://\u00e9\u0161\u0141-%20",
-       L"http____\u0161\u0141__20"},  // judged by the low bytes E9, 61, 41
-      {L"", std::nullopt, std::nullopt, L""},
-      {L"http", std::nullopt, std::nullopt, L""},
-      {L"HTTP://host/a", std::nullopt, std::nullopt, L""},
-      {L"/a/b/c/d", std::nullopt, std::nullopt, L""},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(PrintToString(row.address));
-    EXPECT_EQ(GetUriScheme(row.address), row.scheme);
-    EXPECT_EQ(GetUriOrigin(row.address), row.origin);
-    EXPECT_EQ(GetBrokerPipeName(SL_TAILORED_URI, row.address), kBase + L".TAILORED" + row.cleaned);
+  constexpr std::optional<SLUriScheme> kNone;
+  const std::tuple<std::wstring, std::optional<SLUriScheme>, const wchar_t*, std::wstring>
+      kCases[] = {
+          {L"http://h.x:80/a/b", SL_HTTP_URI, L"http://h.x:80", L"http___h_x_80"},
+          {L"https://a", SL_HTTPS_URI, L"https://a", L"https___a"},
+          {L"http:", SL_HTTP_URI, L"http:", L"http_"},
+          {L"http:a/b/c/d", SL_HTTP_URI, L"http:a/b/c", L"http_a_b_c"},
+          {L"file:///C:/one/two/three.xap", SL_FILE_URI, L"file:///C:/one/two",
+           L"file____C__one_two"},
+          {L"http://\u00e9\u0161\u0141-%20/x", SL_HTTP_URI, L"http://\u00e9\u0161\u0141-%20",
+           L"http____\u0161\u0141__20"},  // judged by the low bytes E9, 61, 41
+          {L"", kNone, L"none", L""},
+          {L"http", kNone, L"none", L""},
+          {L"HTTP://host/a", kNone, L"none", L""},
+          {L"/a/b/c/d", kNone, L"none", L""}};
+  for (const auto& [address, scheme, origin, cleaned] : kCases) {
+    SCOPED_TRACE(testing::PrintToString(address));
+    EXPECT_EQ(GetUriScheme(address), scheme);
+    EXPECT_EQ(GetUriOrigin(address).value_or(L"none"), origin);
+    EXPECT_EQ(GetBrokerPipeName(SL_TAILORED_URI, address), kBase + L".TAILORED" + cleaned);
   }
 }
 
@@ -45,7 +39,7 @@ TEST(Address, NamesOnePipePerScheme) {
   for (DWORD scheme : {0ul, 5ul, 0xFFFFFFFFul}) {
     LogCapture::Reset();
     EXPECT_EQ(GetBrokerPipeName(scheme, L"http://host/a"), L"") << scheme;
-    EXPECT_THAT(LogCapture::Messages(), ElementsAre("ERROR Invalid URI scheme")) << scheme;
+    EXPECT_THAT(LogCapture::Messages(), testing::ElementsAre("ERROR Invalid URI scheme")) << scheme;
     EXPECT_STREQ(SchemeName(scheme), scheme == 0 ? "SL_NO_URI" : "UNKNOWN SCHEME");
   }
 }

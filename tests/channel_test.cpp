@@ -1,11 +1,9 @@
 // The host channel through the module's exports, against clients that open the pipe themselves.
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <cstring>
 #include <functional>
 #include <future>
-#include <thread>
 
 #include "TesselHost.h"
 #include "support/ChildProcess.h"
@@ -26,17 +24,12 @@ const std::wstring kHost = L"chan" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kAddress = L"http://" + kHost;
 const std::wstring kPipe = kTailoredPipe + L"http___" + kHost;
 
-class Channel : public testing::Test {
- protected:
+struct Channel : testing::Test {
   ~Channel() override { UninitComm(); }
 
   static void Open(DWORD connectTimeout = kLimit) {
     ASSERT_EQ(InitComm(kTailored, connectTimeout, kAddress.c_str()), 0);
     LogCapture::Reset();
-  }
-
-  static bool PipeExists(const std::wstring& name) {
-    return ::WaitNamedPipeW(name.c_str(), 1) || ::GetLastError() == ERROR_SEM_TIMEOUT;
   }
 
   // The next request, or its code in brackets.
@@ -47,18 +40,30 @@ class Channel : public testing::Test {
     return code == 0 ? buffer : L"<" + std::to_wstring(code) + L">";
   }
 
+  // Receives a request and leaves it there: its size.
+  static DWORD Size() {
+    DWORD size = 0;
+    EXPECT_EQ(ReadMessage(nullptr, &size), -2);
+    return size;
+  }
+
+  // The reply is waited for until the client has read it.
+  static void Answer(RawClient& client) {
+    auto reply = std::async(std::launch::async, [&] { return client.Receive(); });
+    EXPECT_EQ(WriteMessage(L"[0]"), 0);
+    EXPECT_EQ(reply.get(), L"[0]");
+  }
+
   // A whole exchange works.
   static void ExpectService() {
-    std::wstring reply;
-    std::thread client([&] {
-      RawClient raw(kPipe);
-      raw.Send(L"[1,\"\u00e9\U0001F600\"]");
-      reply = raw.Receive();
+    auto reply = std::async(std::launch::async, [] {
+      RawClient client(kPipe);
+      client.Send(L"[1,\"\u00e9\U0001F600\"]");
+      return client.Receive();
     });
     EXPECT_EQ(Read(), L"[1,\"\u00e9\U0001F600\"]");
     EXPECT_EQ(WriteMessage(L"[0]"), 0);
-    client.join();
-    EXPECT_EQ(reply, L"[0]");
+    EXPECT_EQ(reply.get(), L"[0]");
   }
 };
 
@@ -95,11 +100,14 @@ TEST_F(Channel, RefusesCallsThatCannotWork) {
 
 TEST_F(Channel, TakesNoSourceForAnEmptyOne) {
   const wchar_t* const kSources[] = {nullptr, L"", MAKEINTRESOURCEW(77) /*no such resource*/};
+  const auto pipeExists = [] {
+    return ::WaitNamedPipeW(kTailoredPipe.c_str(), 1) || ::GetLastError() == ERROR_SEM_TIMEOUT;
+  };
   for (const wchar_t* source : kSources) {
     EXPECT_EQ(InitComm(kTailored, 0, source), 0);
-    EXPECT_TRUE(PipeExists(kTailoredPipe));
+    EXPECT_TRUE(pipeExists());
     EXPECT_EQ(UninitComm(), 0);
-    EXPECT_FALSE(PipeExists(kTailoredPipe));
+    EXPECT_FALSE(pipeExists());
   }
 }
 
@@ -108,41 +116,41 @@ TEST_F(Channel, KeepsTheRequestUntilTheBufferFits) {
   RawClient client(kPipe);
   client.Send(L"abc");
   wchar_t buffer[5] = L"????";
-  DWORD size = 0;
-  EXPECT_EQ(ReadMessage(nullptr, &size), -2);
+  DWORD size = Size();
   EXPECT_EQ(size, 4u);
   EXPECT_EQ(ReadMessage(nullptr, &size), -5);
-  size = 3;
-  EXPECT_EQ(ReadMessage(buffer, &size), -2);
+  EXPECT_EQ(ReadMessage(buffer, &--size), -2);
   EXPECT_EQ(size, 4u);
   EXPECT_EQ(LogCapture::Count("Start reading"), 1u);  // the pipe is read once
   EXPECT_EQ(ReadMessage(buffer, &size), 0);
   EXPECT_STREQ(buffer, L"abc");
-  EXPECT_EQ(LogCapture::Messages(), Texts{"ERROR Invalid buffer"});
-
   EXPECT_EQ(Read(), L"<-3>");  // the reply is due
   EXPECT_THAT(LogCapture::Messages(),
               ElementsAre("ERROR Invalid buffer",
                           "ERROR PipeException: 'Invalid state in WaitClientToConnect'",
                           "ERROR Cannot read from pipe"));
-  // The reply is waited for until the client has read it.
-  std::thread reader([&] { EXPECT_EQ(client.Receive(), L"[0]"); });
-  EXPECT_EQ(WriteMessage(L"[0]"), 0);
-  reader.join();
+  Answer(client);
   client.Leave();
   ExpectService();
 }
 
-TEST_F(Channel, AnAnswerDropsARequestThatNobodyTook) {
+TEST_F(Channel, AnAnswerOrAnotherInitDropsARequestThatNobodyTook) {
   Open(300);
-  RawClient client(kPipe);
-  client.Send(L"abc");
-  DWORD size = 0;
-  EXPECT_EQ(ReadMessage(nullptr, &size), -2);
-  std::thread reader([&] { EXPECT_EQ(client.Receive(), L"[0]"); });
-  EXPECT_EQ(WriteMessage(L"[0]"), 0);
-  reader.join();
+  {
+    RawClient client(kPipe);
+    client.Send(L"abc");
+    EXPECT_EQ(Size(), 4u);
+    Answer(client);
+  }
   EXPECT_EQ(Read(), L"<-15>");
+  Open();
+  RawClient old(kPipe);
+  old.Send(L"old");
+  EXPECT_EQ(Size(), 4u);
+  Open();  // closes the one before
+  EXPECT_EQ(old.Receive(), L"");
+  old.Leave();
+  ExpectService();
 }
 
 TEST_F(Channel, GoesOnAfterClientsThatFail) {
@@ -202,20 +210,8 @@ TEST_F(Channel, HasNoPlaceBesideAnotherProcess) {
   ExpectService();
 }
 
-TEST_F(Channel, AnotherInitStartsAfresh) {
-  Open();
-  RawClient old(kPipe);
-  old.Send(L"old");
-  DWORD size = 0;
-  EXPECT_EQ(ReadMessage(nullptr, &size), -2);
-  Open();  // closes the first one, whose request is not handed out
-  EXPECT_EQ(old.Receive(), L"");
-  old.Leave();
-  ExpectService();
-}
-
 // Holds ReadMessage behind its look at the shutdown, before its wait.
-std::atomic<bool> held{false}, released{false};
+std::atomic<bool> held, released;
 void HoldBeforeTheWait(const char* line) {
   if (std::strstr(line, "] Wait client to connect") == nullptr) return;
   held = true;
@@ -228,10 +224,10 @@ TEST_F(Channel, UninitReachesAReadThatDoesNotWaitYet) {
     // On a fresh pipe the knock comes and goes; on a used one nobody can connect before the wait.
     if (used) ExpectService();
     held = released = false;
-    LogCapture::Pause() = &HoldBeforeTheWait;
+    LogCapture::pause = &HoldBeforeTheWait;
     auto read = std::async(std::launch::async, Read);
     while (!held) ::Sleep(1);
-    LogCapture::Pause() = nullptr;
+    LogCapture::pause = nullptr;
     EXPECT_EQ(UninitComm(), 0);
     released = true;
     ASSERT_EQ(read.wait_for(std::chrono::seconds(20)), std::future_status::ready) << used;

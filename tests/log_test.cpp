@@ -3,16 +3,9 @@
 #include <gmock/gmock.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <clocale>
-#include <cstdio>
-#include <cstring>
-#include <mutex>
 #include <regex>
-#include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "Common/include/TesselTrace.h"
 #include "logging/EtwTraceProvider.h"
@@ -27,14 +20,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr TRACEHANDLE kSession = 0x1122334455667788;
-constexpr ULONG kMessageOnly = 2;
 constexpr GUID kProvider = {0x204DE76A, 0x126E, 0x4673, {179, 73, 90, 93, 17, 209, 128, 215}};
 constexpr GUID kEventClass = {0x7FE69228, 0x633E, 0x4F06, {128, 193, 82, 127, 234, 35, 227, 167}};
-
-struct Event {
-  EVENT_TRACE_HEADER header;
-  std::vector<std::string> fields;
-};
 
 // The system's side of event tracing.
 struct Tracing : testing::Environment {
@@ -44,7 +31,7 @@ struct Tracing : testing::Environment {
   TRACEHANDLE session = kSession;
   UCHAR level = 0;
   ULONG flags = 0;
-  std::vector<Event> events;
+  std::vector<std::pair<EVENT_TRACE_HEADER, std::vector<std::string>>> events;
 
   void SetUp() override;
   ULONG Control(WMIDPREQUESTCODE request) {
@@ -52,6 +39,7 @@ struct Tracing : testing::Environment {
     return control(request, context, &reserved, this);
   }
   ULONG Enable(UCHAR newLevel, ULONG newFlags = 0) {
+    events.clear();
     level = newLevel;
     flags = newFlags;
     return Control(WMI_ENABLE_EVENTS);
@@ -83,11 +71,12 @@ ULONG WINAPI GetEnableFlags(TRACEHANDLE session) { return session == kSession ? 
 ULONG WINAPI WriteEvent(TRACEHANDLE session, EVENT_TRACE_HEADER* header) {
   EXPECT_EQ(session, kSession);
   const std::lock_guard lock(tracing.mutex);
-  Event& event = tracing.events.emplace_back(*header);
-  const auto* const end = reinterpret_cast<char*>(header) + header->Size;
-  for (auto* field = reinterpret_cast<MOF_FIELD*>(header + 1); reinterpret_cast<char*>(field) < end;
-       ++field)
-    event.fields.emplace_back(reinterpret_cast<char*>(field->DataPtr), field->Length);
+  auto& fields = tracing.events.emplace_back(*header, std::vector<std::string>()).second;
+  const auto* field = reinterpret_cast<MOF_FIELD*>(header + 1);
+  for (auto size = header->Size - sizeof(*header); size >= sizeof(*field); size -= sizeof(*field)) {
+    fields.emplace_back(reinterpret_cast<char*>(field->DataPtr), field->Length);
+    ++field;
+  }
   ::SetLastError(ERROR_GEN_FAILURE);
   return ERROR_SUCCESS;
 }
@@ -96,18 +85,9 @@ void Tracing::SetUp() {
                              &GetEnableLevel, &GetEnableFlags,  &WriteEvent};
 }
 
-// Null deletes the value.
-void SetLevel(HKEY root, const char* text, DWORD type = REG_SZ) {
-  const char* const key = root == HKEY_CURRENT_USER
-                              ? "Environment"
-                              : R"(System\CurrentControlSet\Control\Session Manager\Environment)";
-  ::RegDeleteKeyValueA(root, key, "TESSEL_LOG_LEVEL");
-  if (text) ::RegSetKeyValueA(root, key, "TESSEL_LOG_LEVEL", type, text, std::strlen(text) + 1);
-}
-
 // Sets the user's level and asks until the log has seen it; the ticks around the call that has.
 std::pair<ULONGLONG, ULONGLONG> AwaitLevel(const char* text, int level, ULONGLONG latest = ~0ull) {
-  SetLevel(HKEY_CURRENT_USER, text);
+  LogCapture::SetLevel(text);
   for (;; ::Sleep(20)) {
     const ULONGLONG before = ::GetTickCount64();
     ::SetLastError(4321);
@@ -118,29 +98,26 @@ std::pair<ULONGLONG, ULONGLONG> AwaitLevel(const char* text, int level, ULONGLON
   }
 }
 
-class Log : public testing::Test {
- protected:
+struct Log : testing::Test {
   Log() {
     AwaitLevel("VERBOSE", logging::kVerbose);
     logging::IsLogged(logging::kInfo);  // registers the provider
-    tracing.events.clear();
   }
 
   // The message that a call writes, without the line break and the zero that follow it.
   template <class Character, class... Arguments>
   static std::string Logged(const Character* format, Arguments... arguments) {
     constexpr logging::LogSite site("C:\\src/JArchive.cpp", 73, logging::kInfo);
-    tracing.events.clear();
-    tracing.Enable(5, kMessageOnly);
+    tracing.Enable(5, 2 /*message only*/);
     if constexpr (sizeof(Character) == 1) logging::WriteLog(site, format, arguments...);
     if constexpr (sizeof(Character) == 2) logging::WriteLogW(site, format, arguments...);
     tracing.Disable();
-    const std::string text = tracing.events.at(0).fields.at(0);
+    const std::string text = tracing.events.at(0).second.at(0);
     EXPECT_TRUE(text.ends_with("\n\0"s));
     return text.substr(0, text.size() - 2);
   }
 
-  LogCapture capture_{LogCapture::Level::kAsItStands};
+  const LogCapture capture{LogCapture::Level::kAsItStands};
 };
 
 // One line of each level; the number of lines whose argument was evaluated.
@@ -166,30 +143,29 @@ TEST(LogChild, DISABLED_LogsEachLevel) {
 
 TEST(LogLevel, ComesFromTheRegistry) {
   const struct {
-    const char* user;
-    DWORD type;
-    const char *machine, *output;
-  } rows[] = {{nullptr, 0, nullptr, "1 of 1, FATAL 1;"},
-              {"vErBoSe", REG_SZ, nullptr, "5 of 5, VERBOSE;"},
-              {"eRROR", REG_SZ, nullptr, "2 of 2, ERROR 1;"},
-              {nullptr, 0, "iNFO", "4 of 4, INFO 1;"},
-              {"WARNING", REG_SZ, "VERBOSE", "3 of 3, WARNING;"},
-              {"DEBUG", REG_SZ, "INFO", "1 of 1, FATAL 1;"},
-              {"", REG_SZ, "INFO", "1 of 1, FATAL 1;"},
-              {"VERBOSE  ", REG_SZ, "INFO", "1 of 1, FATAL 1;"},  // the longest that is read
-              {"VERBOSE   ", REG_SZ, "INFO", "4 of 4, INFO 1;"},  // too long: as if not set
-              {"VERBOSE", REG_EXPAND_SZ, "ERROR", "2 of 2, ERROR 1;"}};
+    const char *user, *machine, *output;
+    DWORD type = REG_SZ;
+  } rows[] = {{nullptr, nullptr, "1 of 1, FATAL 1;"},
+              {"vErBoSe", nullptr, "5 of 5, VERBOSE;"},
+              {"eRROR", nullptr, "2 of 2, ERROR 1;"},
+              {nullptr, "iNFO", "4 of 4, INFO 1;"},
+              {"WARNING", "VERBOSE", "3 of 3, WARNING;"},
+              {"DEBUG", "INFO", "1 of 1, FATAL 1;"},
+              {"VERBOSE  ", "INFO", "1 of 1, FATAL 1;"},  // the longest that is read
+              {"VERBOSE   ", "INFO", "4 of 4, INFO 1;"},  // too long: as if not set
+              {"VERBOSE", "ERROR", "2 of 2, ERROR 1;", REG_EXPAND_SZ}};
+  constexpr char kMachine[] = R"(System\CurrentControlSet\Control\Session Manager\Environment)";
   ::SetEnvironmentVariableA("TESSEL_LOG_LEVEL", "VERBOSE");  // not consulted
-  for (const auto& row : rows) {
-    SetLevel(HKEY_CURRENT_USER, row.user, row.type);
-    SetLevel(HKEY_LOCAL_MACHINE, row.machine);
+  for (const auto& [user, machine, output, type] : rows) {
+    LogCapture::SetLevel(user, HKEY_CURRENT_USER, "Environment", type);
+    LogCapture::SetLevel(machine, HKEY_LOCAL_MACHINE, kMachine);
     ChildProcess child(L"\"" + TestFolder() + L"log_test.exe\" --gtest_also_run_disabled_tests " +
                        L"--gtest_filter=LogChild.*");
-    EXPECT_THAT(child.ReadToEnd(), AllOf(HasSubstr(row.output), HasSubstr("unregistered 4711")))
-        << (row.user ? row.user : "unset") << " of type " << row.type;
+    EXPECT_THAT(child.ReadToEnd(), AllOf(HasSubstr(output), HasSubstr("unregistered 4711")))
+        << (user ? user : "unset") << " of type " << type;
     EXPECT_EQ(child.Wait(), 0u);
   }
-  SetLevel(HKEY_LOCAL_MACHINE, nullptr);
+  LogCapture::SetLevel(nullptr, HKEY_LOCAL_MACHINE, kMachine);
 }
 
 TEST_F(Log, LevelIsReadAnewAfterThreeSeconds) {
@@ -206,7 +182,7 @@ TEST_F(Log, DebuggerLineHasItsForm) {
                            R"(\} \[(0\d|1[0-2])[0-3]\d/[0-2]\d[0-5]\d[0-5]\d\.\d{3}:)";
   for (const auto& [site, tail] : rows) {
     logging::WriteLog(site, "%s", "text");
-    const std::string line = LogCapture::RawLines().back();
+    const std::string line = LogCapture::Lines().back();
     EXPECT_TRUE(std::regex_match(line, std::regex(head + tail))) << line;
   }
 }
@@ -271,50 +247,54 @@ TEST_F(Log, LongTextsAreCutBetweenCharacters) {
     EXPECT_EQ(Logged("%ls", text.c_str()).size(), row.narrow) << row.count;
     EXPECT_EQ(Logged(L"%s", text.c_str()).size(), row.wide) << row.count;
   }
-  std::vector<std::size_t> sizes;
+  std::vector<std::size_t> sizes;  // of the debugger's line, by turns whatever its header's size
   for (const int padding : {0, 1, 2}) {
     const std::wstring euros(5000, L'\u20ac');
     EXPECT_EQ(Logged(L"%.*s%s", padding, L"aa", euros.c_str()).size(), 3 * 4095 - 2 * padding);
-    EXPECT_TRUE(LogCapture::RawLines().back().ends_with("\u20ac"));
-    sizes.push_back(LogCapture::RawLines().back().size());
+    EXPECT_TRUE(LogCapture::Lines().back().ends_with("\u20ac"));
+    sizes.push_back(LogCapture::Lines().back().size());
   }
   EXPECT_THAT(sizes, testing::UnorderedElementsAre(8189, 8190, 8191));
 }
 
 TEST_F(Log, FatalCarriesTheCallStack) {
-  using GetBlock = BYTE*(WINAPI*)();
-  const auto getBlock = reinterpret_cast<GetBlock>(
+  LOG_FATAL("broken");
+  const auto getBlock = reinterpret_cast<BYTE* (*)()>(
       reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll"), "RtlGetCurrentPeb")));
   BYTE& beingDebugged = getBlock()[2];
-  LOG_FATAL("broken");
-  const std::string dump = LogCapture::RawLines().back();
-  EXPECT_TRUE(std::regex_search(
-      dump, std::regex(R"(\] broken\nBacktrace.*\n(.*\n)+.*\[0x[0-9A-F]{16}(\+\d+)?\]\n$)")))
-      << dump;
   beingDebugged = 1;
   LOG_FATAL("watched");
   beingDebugged = 0;
-  EXPECT_TRUE(LogCapture::RawLines().back().ends_with("] watched\n"));
+  const std::string dump = LogCapture::Lines().at(0);
+  EXPECT_TRUE(std::regex_search(
+      dump, std::regex(R"(\] broken\nBacktrace.*\n(.*\n)+.*\[0x[0-9A-F]{16}(\+\d+)?\]\n$)")))
+      << dump;
+  EXPECT_TRUE(LogCapture::Lines().at(1).ends_with("] watched\n"));
 }
 
 TEST_F(Log, SessionLevelDecidesWhatIsTraced) {
-  const struct {
-    UCHAR session;
-    int traceLevel;
-    std::vector<int> events;
-  } rows[] = {{0, 3, {}}, {1, 3, {1}}, {3, 1, {3, 2, 1}}, {7, -3, {5, 4, 3, 2, 1}}};
-  const auto eventLevels = [] {
+  AwaitLevel("none", logging::kFatal);
+  constexpr logging::LogSite site(__FILE__, __LINE__, logging::kError);
+  logging::WriteLog(site, "%s", reinterpret_cast<const char*>(1));  // not looked at
+  const auto eventLevels = [](int evaluated) {
     tracing.events.clear();
-    EXPECT_EQ(LogEachLevel(), 5);
+    LogCapture::Reset();
+    EXPECT_EQ(LogEachLevel(), evaluated);
+    EXPECT_EQ(LogCapture::Lines().size(), 1u) << "the fatal one";
     std::vector<int> levels;
-    for (const Event& event : tracing.events) levels.push_back(event.header.Class.Level);
+    for (const auto& [header, fields] : tracing.events) levels.push_back(header.Class.Level);
     return levels;
   };
+  const struct {
+    UCHAR session;
+    int traceLevel, evaluated;
+    std::vector<int> events;
+  } rows[] = {{0, 3, 1, {}}, {1, 3, 1, {1}}, {3, 1, 3, {3, 2, 1}}, {7, -3, 5, {5, 4, 3, 2, 1}}};
   logging::SetTraceLevel(2);
-  for (const auto& row : rows) {
-    EXPECT_EQ(tracing.Enable(row.session), 0u);
-    EXPECT_EQ(logging::GetTraceLevel(), row.traceLevel) << +row.session;
-    EXPECT_EQ(eventLevels(), row.events) << +row.session;
+  for (const auto& [session, traceLevel, evaluated, events] : rows) {
+    EXPECT_EQ(tracing.Enable(session), 0u);
+    EXPECT_EQ(logging::GetTraceLevel(), traceLevel) << +session;
+    EXPECT_EQ(eventLevels(evaluated), events) << +session;
   }
   EXPECT_EQ(tracing.Disable(), 0u);
   EXPECT_EQ(logging::GetTraceLevel(), 2);
@@ -323,42 +303,30 @@ TEST_F(Log, SessionLevelDecidesWhatIsTraced) {
   EXPECT_EQ(tracing.Enable(5), ULONG{ERROR_INVALID_HANDLE});
   tracing.session = kSession;
   EXPECT_EQ(tracing.Control(WMI_GET_ALL_DATA), ULONG{ERROR_INVALID_PARAMETER});
-  EXPECT_THAT(eventLevels(), ElementsAre());
-}
-
-TEST_F(Log, SessionAloneEnablesLines) {
-  AwaitLevel("none", logging::kFatal);
-  constexpr logging::LogSite site(__FILE__, __LINE__, logging::kError);
-  logging::WriteLog(site, "%s", reinterpret_cast<const char*>(1));  // not looked at
-  tracing.Enable(3);
-  EXPECT_EQ(LogEachLevel(), 3);
-  tracing.Disable();
-  EXPECT_EQ(LogEachLevel(), 1);
-  EXPECT_EQ(LogCapture::Lines().size(), 2u);  // the fatal ones
+  EXPECT_THAT(eventLevels(1), ElementsAre());
 }
 
 TEST_F(Log, EventsHaveTheirFields) {
   constexpr logging::LogSite site("C:\\build\\JArchive.cpp", 0x01020304, logging::kWarning);
   const std::string message = "\u20ac\n\0"s, place = "(v1_0_0_0) JArchive.cpp\0"s;
-  for (const ULONG flags : {1ul, 3ul}) {
-    tracing.events.clear();
-    tracing.Enable(5, flags);
+  const std::vector<std::string> kFields[] = {{"\0\0\0\0"s, "", "\4\3\2\1", place, message},
+                                              {message}};
+  for (const bool messageOnly : {false, true}) {
+    tracing.Enable(5, messageOnly ? 3 : 1);
     logging::WriteLog(site, "%ls", L"\u20ac");
     tracing.Disable();
     const auto& [header, fields] = tracing.events.at(0);
     EXPECT_EQ(header.Flags, ULONG{WNODE_FLAG_TRACED_GUID | WNODE_FLAG_USE_MOF_PTR});
     EXPECT_TRUE(header.Guid == kEventClass && header.Class.Level == 3);
-    EXPECT_EQ(header.Class.Type, flags & kMessageOnly ? 10 : 12) << flags;
-    std::vector<std::string> expected = {"\0\0\0\0"s, "", "\4\3\2\1", place, message};
-    if (flags & kMessageOnly) expected = {message};
-    EXPECT_EQ(fields, expected) << flags;
+    EXPECT_EQ(header.Class.Type, messageOnly ? 10 : 12);
+    EXPECT_EQ(fields, kFields[messageOnly]);
   }
 }
 
 TEST_F(Log, ThreadsWriteWholeLines) {
   std::vector<std::string> expected;
-  std::vector<std::thread> threads;
-  tracing.Enable(5, kMessageOnly);
+  std::vector<std::jthread> threads;
+  tracing.Enable(5);
   for (char letter = 'a'; letter < 'i'; ++letter) {
     const std::string text(300, letter);
     for (int n = 0; n < 100; ++n) expected.push_back("INFO " + std::to_string(n) + text + "\u00e9");
@@ -366,7 +334,7 @@ TEST_F(Log, ThreadsWriteWholeLines) {
       for (int n = 0; n < 100; ++n) LOG_INFO("%d%s%ls", n, text.c_str(), L"\u00e9");
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  threads.clear();
   tracing.Disable();
   EXPECT_THAT(LogCapture::Messages("VERBOSE1"), testing::UnorderedElementsAreArray(expected));
   EXPECT_EQ(tracing.events.size(), expected.size());

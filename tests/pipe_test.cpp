@@ -201,15 +201,22 @@ TEST_F(Pipe, MessagesOfAnySizeCrossAHandleThatWasHandedOn) {
 
 TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
   Expect("s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes");
+  ::DisconnectNamedPipe(SafeHandle(ends['s'].pipe.DuplicatePipeHandle(testId)).Get());
+  Expect("s disconnect > no; c close > yes; s wait 0 > no, timed out");
+  Expect("c connect > yes; s wait 0 > yes");
   Meanwhile("Start ConnectToServerPipe", "d connect > yes; d write here > yes",
             [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
   const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
+  MSG posted;
   for (const UINT limit : {200u, 20000u}) {  // only a read that pumps dispatches what is sent
+    ::PostMessageW(window, WM_APP, 0, 0);
     Meanwhile("Start reading", "d read > =go on; d pump 1 > yes", [&] {
       EXPECT_EQ(::SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, limit, nullptr) != 0,
                 limit > 200);
       Expect("s write go on > yes");
     });
+    EXPECT_TRUE(::PeekMessageW(&posted, window, WM_APP, WM_APP, PM_REMOVE))
+        << "what is posted stays";
   }
   Meanwhile(kBusy, "c close > yes; c create 30000 > yes", [&] { Expect("s close > yes"); });
   Peer peer("connect; read");

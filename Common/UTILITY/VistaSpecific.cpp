@@ -32,6 +32,9 @@ struct LowIntegrityAttributes {
     attributes.bInheritHandle = FALSE;
     published = &attributes;
   }
+  // The descriptor points into the object itself.
+  LowIntegrityAttributes(const LowIntegrityAttributes&) = delete;
+  LowIntegrityAttributes& operator=(const LowIntegrityAttributes&) = delete;
 
   void CopyMandatoryLabel() {
     PSECURITY_DESCRIPTOR converted = nullptr;

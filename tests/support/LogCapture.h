@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -16,96 +18,76 @@ class LogCapture {
   enum class Level { kVerbose, kAsItStands };
 
   explicit LogCapture(Level level = Level::kVerbose) {
-    if (level == Level::kVerbose) {
-      ::RegSetKeyValueA(HKEY_CURRENT_USER, "Environment", "TESSEL_LOG_LEVEL", REG_SZ, "VERBOSE",
-                        sizeof("VERBOSE"));
-    }
+    if (level == Level::kVerbose) SetLevel("VERBOSE");
     Reset();
-    handler_ = ::AddVectoredExceptionHandler(1 /*first*/, &OnException);
   }
-  ~LogCapture() { ::RemoveVectoredExceptionHandler(handler_); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
+
+  // The user's, or the value of another key. Null deletes the value.
+  static void SetLevel(const char* level, HKEY root = HKEY_CURRENT_USER,
+                       const char* key = "Environment", DWORD type = REG_SZ) {
+    ::RegDeleteKeyValueA(root, key, "TESSEL_LOG_LEVEL");
+    if (level == nullptr) return;
+    const auto size = static_cast<DWORD>(std::strlen(level) + 1);
+    ::RegSetKeyValueA(root, key, "TESSEL_LOG_LEVEL", type, level, size);
+  }
 
   static void Reset() {
-    const std::lock_guard lock(Mutex());
-    Store().clear();
+    const std::lock_guard lock(mutex_);
+    lines_.clear();
   }
 
   // Called with each line on the thread that logs it, which stands still until it returns: so a
   // test holds a call at a known point.
-  static std::atomic<void (*)(const char* line)>& Pause() {
-    static std::atomic<void (*)(const char* line)> pause{nullptr};
-    return pause;
-  }
+  static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 
-  // As they came, with the line break.
-  static std::vector<std::string> RawLines() {
-    const std::lock_guard lock(Mutex());
-    return Store();
-  }
-
-  // Whole lines, "{thread} [time:LEVEL:(version) File.cpp(line)] message".
+  // Whole lines as they came, "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".
   static std::vector<std::string> Lines() {
-    std::vector<std::string> lines = RawLines();
-    for (std::string& line : lines) line.resize(line.find_last_not_of('\n') + 1);
-    return lines;
+    const std::lock_guard lock(mutex_);
+    return lines_;
   }
 
   // "LEVEL message" of each line of that level or above, in order: what tables compare. All
   // threads' lines, or those of one.
   static std::vector<std::string> Messages(const std::string& lowest = "ERROR", DWORD thread = 0) {
-    static const std::vector<std::string> kLevels = {"VERBOSE1", "INFO", "WARNING", "ERROR",
-                                                     "FATAL"};
-    const auto rank = [](const std::string& level) {
-      return std::find(kLevels.begin(), kLevels.end(), level) - kLevels.begin();
-    };
+    static const std::string kLevels[] = {"VERBOSE1", "INFO", "WARNING", "ERROR", "FATAL"};
+    const auto rank = [](const auto& level) { return std::ranges::find(kLevels, level); };
     std::vector<std::string> result;
-    for (const std::string& line : Lines()) {
+    for (std::string& line : Lines()) {
       if (thread != 0 && !line.starts_with('{' + std::to_string(thread) + '}')) continue;
-      const std::size_t levelStart = line.find(':') + 1;
-      const std::string level = line.substr(levelStart, line.find(':', levelStart) - levelStart);
-      const std::size_t messageStart = line.find(")] ") + 3;
-      if (rank(level) >= rank(lowest)) result.push_back(level + " " + line.substr(messageStart));
+      line.resize(line.find_last_not_of('\n') + 1);
+      line.erase(0, line.find(':') + 1);
+      const std::string level = line.substr(0, line.find(':'));
+      if (rank(level) >= rank(lowest)) result.push_back(level + line.substr(line.find(")] ") + 2));
     }
     return result;
   }
 
   static std::size_t Count(const std::string& message) {
-    std::size_t count = 0;
-    for (const std::string& line : Messages("VERBOSE1")) {
-      if (line.substr(line.find(' ') + 1) == message) ++count;
-    }
-    return count;
+    const std::vector<std::string> all = Messages("VERBOSE1");
+    return std::ranges::count(all, message,
+                              [](auto& line) { return line.substr(line.find(' ') + 1); });
   }
 
  private:
-  static std::mutex& Mutex() {
-    static std::mutex mutex;
-    return mutex;
-  }
-  static std::vector<std::string>& Store() {
-    static std::vector<std::string> lines;
-    return lines;
-  }
-
   static LONG CALLBACK OnException(EXCEPTION_POINTERS* pointers) {
     const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
     constexpr DWORD kDebuggerOutput = 0x40010006;
     if (record.ExceptionCode != kDebuggerOutput || record.NumberParameters < 2) {
       return EXCEPTION_CONTINUE_SEARCH;
     }
+    const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
     // The test framework sends its failures the same way; they do not begin with a thread.
-    if (const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
-        *text == '{') {
-      {
-        const std::lock_guard lock(Mutex());
-        Store().emplace_back(text);
-      }
-      if (const auto pause = Pause().load()) pause(text);
+    if (*text != '{') return EXCEPTION_CONTINUE_EXECUTION;
+    {
+      const std::lock_guard lock(mutex_);
+      lines_.emplace_back(text);
     }
+    if (const auto held = pause.load()) held(text);
     return EXCEPTION_CONTINUE_EXECUTION;
   }
 
-  void* handler_ = nullptr;
+  static inline std::mutex mutex_;
+  static inline std::vector<std::string> lines_;
+  const std::unique_ptr<void, decltype(&::RemoveVectoredExceptionHandler)> handler_{
+      ::AddVectoredExceptionHandler(1 /*first*/, &OnException), &::RemoveVectoredExceptionHandler};
 };

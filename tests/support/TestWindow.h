@@ -23,8 +23,6 @@ class TestWindow {
     ::PostMessageW(top_, kQuit, 0, 0);
     thread_.join();
   }
-  TestWindow(const TestWindow&) = delete;
-  TestWindow& operator=(const TestWindow&) = delete;
 
   HWND Top() const { return top_; }
   HWND Child() const { return child_; }
