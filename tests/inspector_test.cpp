@@ -175,16 +175,10 @@ TEST(InspectorTest, FindsTheWindow) {
   for (HWND window : windows) ::DestroyWindow(window);
 }
 
-// A broker of the test's own, for one request: it can do what SceneBroker does not.
+// A broker of the test's own, for one request: it can do what SceneBroker does not. It is the only
+// one that a search asks, as the address has no scheme.
 class OneAnswer {
  public:
-  OneAnswer() {
-    const std::wstring id = std::to_wstring(::GetCurrentProcessId());
-    pipe_ = ::CreateNamedPipeW((kTailoredPipe + L"tools" + id).c_str(), PIPE_ACCESS_DUPLEX,
-                               PIPE_TYPE_MESSAGE, 1 /*instances*/, 4096, 4096,
-                               0 /*default time-out*/, nullptr);
-    options_ = L" --address tools" + id + L" --window" + Quoted(tools::HandleText(window_));
-  }
   ~OneAnswer() {
     ::CloseHandle(pipe_);
     ::DestroyWindow(window_);
@@ -199,14 +193,16 @@ class OneAnswer {
   void CloseWindow() { ::DestroyWindow(window_); }
 
   std::wstring CommandLine(const std::string& command) const {
-    return TestFolder() + L"tessel.exe " + Wide(command) + options_;
+    return TestFolder() + L"tessel.exe " + Wide(command) + L" --address tools --window" +
+           Quoted(tools::HandleText(window_));
   }
 
  private:
   const HWND window_ =
       ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-  HANDLE pipe_ = INVALID_HANDLE_VALUE;
-  std::wstring options_;
+  const HANDLE pipe_ =
+      ::CreateNamedPipeW(kTailoredPipe.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE,
+                         1 /*instances*/, 4096, 4096, 0 /*default time-out*/, nullptr);
 };
 
 TEST(InspectorTest, TellsWhatItWaitsFor) {
@@ -225,7 +221,7 @@ TEST(InspectorTest, EndsWithAnyAnswer) {
       {"at 1,2", L"[4711]", 4, "4711 (the broker's own status)"},
       {"at 1,2", L"[-99]", 4, "-99 (the broker's own status)"},
       {"at 1,2", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // its window is gone
-      {"tree --scheme tailored", L"[0,2000000000]", 5, "cannot tree: "},
+      {"find ,,", L"[0,2000000000]", 5, "cannot find: "},
   };
   for (const auto& [command, answer, code, text] : kCases) {
     OneAnswer broker;

@@ -11,7 +11,8 @@ class ChildProcess {
   explicit ChildProcess(std::wstring commandLine, const wchar_t* directory = nullptr) {
     SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
     HANDLE childOutput = nullptr;
-    ::CreatePipe(&output_, &childOutput, &inherit, 0 /*default size*/);
+    // Room for a child that a test reads only at the end.
+    ::CreatePipe(&output_, &childOutput, &inherit, 1 << 20);
     ::SetHandleInformation(output_, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
