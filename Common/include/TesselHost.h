@@ -4,7 +4,9 @@
 // The pipe, in turn: InitComm; then for each request ReadMessage (twice, when it says that the
 // buffer is too small) and exactly one WriteMessage; at last UninitComm, from any thread and at any
 // moment of another thread's ReadMessage or WriteMessage, which wakes a ReadMessage that waits. But
-// for UninitComm, one thread at a time. Every failure has a code and a line in the log. Texts are
+// for UninitComm, one thread at a time. Every failure has a
+// code, and every code but -2 a line in the log; only exhausted memory (std::bad_alloc) passes, and
+// std::system_error from InitComm when the pipe cannot be given its security. Texts are
 // UTF-16, the requests and answers JSON arrays that the channel itself does not look at.
 #pragma once
 
@@ -19,8 +21,8 @@ enum SLChannelResult : int {
   SL_CHANNEL_CLOSED = -3,       // no pipe name, misuse, or shut down
   SL_CHANNEL_NOT_CREATED = -4,  // the name is taken, or an old call still leaves: again
   SL_CHANNEL_INVALID_ARGUMENT = -5,
-  SL_CHANNEL_CANNOT_READ = -6,   // the client left, or sent nothing in 3 s; go on with ReadMessage
-  SL_CHANNEL_CANNOT_WRITE = -7,  // the client left; go on with ReadMessage
+  SL_CHANNEL_CANNOT_READ = -6,  // the client left or sent nothing in 3 s, or the wait failed; go on
+  SL_CHANNEL_CANNOT_WRITE = -7,  // it left or did not read in 3 s, or the text is empty; go on
   SL_CHANNEL_NO_CLIENT = -15,    // none came in time; go on with ReadMessage
 };
 
@@ -30,8 +32,8 @@ extern "C" {
 // the tailored scheme, of a content address. `connectTimeout` is what each ReadMessage waits for a
 // client, in milliseconds; 0xFFFFFFFF is without limit. `source` is the address, or the id of a
 // string of the module's resources; null is an empty one. A channel that was open is closed first,
-// but a ReadMessage that waits on it is not woken: call UninitComm before. While an old call still
-// leaves, the name may be taken for a moment (-4).
+// unless another thread is in a ReadMessage or WriteMessage: that one is not woken, and its name
+// stays taken (-4) until it leaves. So call UninitComm before.
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
@@ -54,7 +56,8 @@ TESSELSLB_API int __stdcall UninitComm();
 // loop of its own), which there calls the window's callback. So any thread gets work onto that one.
 //
 // The thread that creates a window also registers its callback and destroys it; any thread posts.
-// Failures give null or FALSE and a line in the log; no function throws but for exhausted memory.
+// Failures give null or FALSE, and a line in the log but for a post that the system refuses; no
+// function throws but for exhausted memory.
 
 // What handles a window's messages, those of its destruction included. The lower 32 bits of the
 // result count: not 0 says that the message is handled, 0 leaves it to the system's default.

@@ -9,30 +9,31 @@
 // does not run yet is started. The calling thread does all of it and waits: up to 16 s for a broker
 // that has to be started, then up to 18 s each for connecting, writing and reading, so 70 s at
 // most. A function that searches may do this for two schemes in turn, then waits up to 30 s for
-// other clients' injections and about 10 s for its own, and searches once more: some 320 s.
+// other clients' injections and about 10 s for its own, and searches once more: some 320 s. Each
+// record that a refilled vector held is released by one more such call.
 //
 // Result codes: SL_SUCCESS, or one of the groups that each function names.
-//   round trip  SL_FAILURE, SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED,
-//               SL_ARCHIVE_FAILURE, or the broker's own status, which is SL_NOT_SERVED for content
-//               that it does not show
-//   search      those of the round trip, and SL_INVALID_ARGUMENT (no such window),
+//   round trip  SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or
+//               the broker's own status, which is SL_NOT_SERVED for content that it does not show
+//   search      those of the round trip, and SL_INVALID_ARGUMENT (no such window), SL_FAILURE,
 //               SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED
 // What an argument receives holds for success. On any failure it is left as it was, unless the
 // function says otherwise.
 //
-// Threads: any number may call at once, each with records and vectors of its own; the module takes
-// no lock, and no function is bound to a thread.
+// Threads: any number may call at once, each with records and vectors of its own. No function is
+// bound to a thread; the one lock is that of injections, across all processes.
 //
 // Texts are UTF-16. A BSTR that a function hands out is freed by the client with SysFreeString; a
 // vector that it fills is the client's, with its storage on the process's heap. Rectangles and
 // points are in the coordinates that the broker of the content uses, in pixels of its own; the
 // module carries them as they are.
 //
-// Exceptions: no failure of the broker or of the system leaves a function, each has a result code
-// and a line in the log. Exhausted memory does: std::bad_alloc or std::length_error from the
-// storage of a vector (an answer may announce a count that no memory holds), ATL's exception
-// (E_OUTOFMEMORY) from a text, and ATL's E_FAIL or E_INVALIDARG where a path does not fit its
-// buffer. A client of another compiler than the module's cannot catch them: they end it.
+// Exceptions: each failure of the broker and of the pipe has a result code and a line in the log.
+// What passes is exhausted memory: std::bad_alloc or std::length_error from a vector (an answer may
+// announce a count that no memory holds), a text or a message, ATL's exception (E_OUTOFMEMORY) from
+// a text; ATL's E_FAIL or E_INVALIDARG where a path does not fit its buffer; and std::system_error
+// where the injections' lock cannot be given its security. A client of another compiler than the
+// module's cannot catch them: they end it.
 #pragma once
 
 #include <windows.h>
@@ -60,12 +61,12 @@ enum SLUriScheme : unsigned long {
 // What the functions return. Any other value is the broker's own status, passed on unchanged.
 enum SLResult : int {
   SL_SUCCESS = 0,
-  SL_FAILURE = -3,  // no pipe name for the scheme; mutex not had; broker refused a release
+  SL_FAILURE = -3,  // the lock of injections is not had; the broker refused a release
   SL_INVALID_ARGUMENT = -5,
   SL_CANNOT_READ = -6,         // the broker sent no answer within 18 s, or left
   SL_CANNOT_CONNECT = -7,      // the broker's pipe cannot be opened or written to
   SL_NOT_SERVED = -8,          // the broker's status for content that it does not show
-  SL_BROKER_NOT_STARTED = -9,  // no launcher, or no broker 15 s after its start
+  SL_BROKER_NOT_STARTED = -9,  // no such scheme, no launcher, or no broker 15 s after its start
   SL_INJECTOR_NOT_STARTED = -10,
   SL_INJECTION_FAILED = -11,  // the injector failed or took too long
   SL_ARCHIVE_FAILURE = -12,   // the answer is too short, or not what was asked for
@@ -117,7 +118,8 @@ TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar
 // otherwise, and nothing is sent): one that has all five of process, window, object, scheme and
 // address.
 
-// The parent of an element. `parent` is left as it was when there is none.
+// The parent of an element. `parent` out: as `found` of GetElemFromPoint, with what `child` has;
+// left as it was when there is none.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
