@@ -4,8 +4,8 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -35,10 +35,10 @@ class Exports : public testing::Test {
 };
 
 TEST_F(Exports, AreTheListAndNothingElse) {
-  std::vector<std::string> expected, names;
-  std::ifstream list(std::filesystem::path(TestFolder() + L"exports.txt"));
-  for (std::string name; std::getline(list, name);) expected.push_back(name);
+  std::ifstream list((TestFolder() + L"exports.txt").c_str());
+  const std::vector<std::string> expected(std::istream_iterator<std::string>(list), {});
   ASSERT_EQ(expected.size(), 43u);
+  std::vector<std::string> names;
   const auto& table = *At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
   for (DWORD i = 0; i < table.NumberOfNames; ++i) {
     names.push_back(At<char>(At<DWORD>(table.AddressOfNames)[i]));
@@ -49,16 +49,12 @@ TEST_F(Exports, AreTheListAndNothingElse) {
 
 TEST_F(Exports, NeedsWindowsOwnLibrariesAlone) {
   std::vector<std::string> names;
-  for (auto* entry = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT));
-       entry->Name != 0; ++entry) {
-    std::string name = At<char>(entry->Name);
-    for (char& character : name) character = static_cast<char>(std::tolower(character));
-    names.push_back(name);
-  }
+  const auto* entry = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT));
+  for (; entry->Name != 0; ++entry) names.push_back(At<char>(entry->Name));
   EXPECT_FALSE(names.empty());
   EXPECT_THAT(names,
-              testing::IsSubsetOf({"advapi32.dll", "dbghelp.dll", "kernel32.dll", "msvcrt.dll",
-                                   "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"}));
+              testing::IsSubsetOf({"ADVAPI32.dll", "dbghelp.dll", "KERNEL32.dll", "msvcrt.dll",
+                                   "OLEAUT32.dll", "SHELL32.dll", "SHLWAPI.dll", "USER32.dll"}));
   EXPECT_EQ(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT), 0u);
 }
 

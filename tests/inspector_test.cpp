@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -29,127 +30,40 @@ std::pair<DWORD, std::string> Inspected(const SceneBroker& broker, const std::st
                     Quoted(broker.Fact("address")) + L" --window" + Quoted(broker.Fact("window")));
 }
 
-TEST(InspectorTest, ReportsInTextAndJson) {
-  struct Case {
-    const char* command;
-    std::string text, json;
-    const char* request = nullptr;  // asks for what the command has changed, from run to run
-    std::vector<const char*> answers = {};
-  };
-  SceneBroker broker(TESSEL_SCENES "/login.json");
-  const std::string window = broker.Fact("window"), process = broker.Fact("process");
-  const std::string place =
-      "\nwindow: " + window + "\nprocess: " + process + "\nscheme: tailored\n";
-  const std::string placeJson =
-      R"(","window":")" + window + R"(","process":)" + process + R"(,"scheme":"tailored"})";
-  const std::string branch = "element: branch\n", remember = "element: remember\n";
-  const Case kCases[] = {
-      {"at 1,1", "element: page" + place, R"({"element":"page)" + placeJson},
-      {"focus", "element: user" + place, R"({"element":"user)" + placeJson},
-      {"parent --focus --parent 1", "element: page" + place, R"({"element":"page)" + placeJson},
-      {"ancestors --find ,,branch", branch + "ancestors: 2\n  0 form\n  0 page\n",
-       R"({"element":"branch","ancestors":[{"id":"form","number":0},{"id":"page","number":0}]})"},
-      {"selector --at 320,344", remember + "selector: 3\n  page\n  form\n  remember\n",
-       R"({"element":"remember","selector":["page","form","remember"]})"},
-      {"find \"Sign in,,\"",
-       "found: 2\n  [120, 60, 520, 420] form\n  [380, 368, 500, 404] sign-in\n",
-       R"({"found":[{"id":"form","rect":[120,60,520,420]},
-                    {"id":"sign-in","rect":[380,368,500,404]}]})"},
-      {"find ,Text,e --containing --find ,,form",
-       "found: 2\n  [140, 72, 500, 104] title\n"
-       "  [140, 120, 500, 148] user\n",
-       ""},
-      {"find ,, --levels 1 --focus --parent 2", "found: 1\n  [120, 60, 520, 420] form\n",
-       R"({"found":[{"id":"form","rect":[120,60,520,420]}]})"},
-      {"id --find ,Button,",
-       "element: sign-in\ntext1: Sign in\ntext2: Button\ntext3: sign-in\n"
-       "number: 0\n",
-       R"({"element":"sign-in","text1":"Sign in","text2":"Button",
-                          "text3":"sign-in","number":0})"},
-      {"get value --focus", "element: user\nvalue: zoë\n",
-       R"({"element":"user","name":"value","text":"zoë"})"},
-      {"items --at 320,250", branch + "items: 4\n  München\n  São Paulo\n  東京\n  Łódź\n",
-       R"({"element":"branch","items":["München","São Paulo","東京","Łódź"]})"},
-      {"rect --find ,CheckBox, --scheme tailored",
-       remember + "left: 140\ntop: 332\nright: 500\nbottom: 356\n",
-       R"({"element":"remember","left":140,"top":332,"right":500,"bottom":356})"},
-      {"click --find ,,remember",
-       remember + "done: click\n",
-       R"({"element":"remember","done":"click"})",
-       R"([10,?,"remember","checked"])",
-       {R"([0,"false"])", R"([0,"true"])"}},
-      {"check --find ,,remember --off",
-       remember + "done: check\n",
-       R"({"element":"remember","done":"check"})",
-       R"([10,?,"remember","checked"])",
-       {R"([0,"false"])", R"([0,"false"])"}},
-      {"check --focus",
-       remember + "done: check\n",
-       "",
-       R"([10,?,"remember","checked"])",
-       {R"([0,"true"])"}},
-      {"set \"{} \\\"𝄞\" --find ,,user",
-       "element: user\ndone: set\n",
-       R"({"element":"user","done":"set"})",
-       R"([10,?,"user","value"])",
-       {R"([0,"{} \"𝄞"])", R"([0,"{} \"𝄞"])"}},
-      {"select Łódź --find ,,branch",
-       branch + "done: select\n",
-       R"({"element":"branch","done":"select"})",
-       R"([10,?,"branch","selected"])",
-       {R"([0,"Łódź"])", R"([0,"Łódź"])"}},
-      {"setfocus --find ,,title",
-       "element: title\ndone: setfocus\n",
-       R"({"element":"title","done":"setfocus"})",
-       R"([2,?,"title"])",
-       {"[0,140,72,500,104]", "[0,140,72,500,104]"}},
-      {"id --focus --relative 2",
-       "element: title\ntext1: Welcome to Café Größe ☕\n"
-       "text2: TextBlock\ntext3: title\nnumber: 0\n",
-       ""},
-  };
-  for (const Case& test : kCases) {
-    const auto expectAnswer = [&](std::size_t run) {
-      if (run >= test.answers.size()) return;
-      EXPECT_EQ(broker.Ask(test.request), test.answers[run]) << test.command;
-    };
-    EXPECT_EQ(Inspected(broker, test.command), std::pair(DWORD{0}, test.text)) << test.command;
-    expectAnswer(0);
-    if (test.json.empty()) continue;
-    const auto [code, json] = Inspected(broker, test.command + std::string(" --json"));
-    EXPECT_EQ(code, 0u) << test.command;
-    EXPECT_EQ(Json::parse(json, nullptr, false), Json::parse(test.json)) << json;
-    expectAnswer(1);
-  }
-  ExpectAllReleased(broker);
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
 }
 
-TEST(InspectorTest, FailsWithCodeAndCure) {
-  const std::tuple<const char*, DWORD, const char*> kCases[] = {
-      {"at -1,5", 1, "cannot find the element at -1,5: there is none"},
-      {"get name --find \"Sign in,,\"", 1, "matches \"Sign in,,\": 2 elements match; see them"},
-      {"get name --find ,,a\\,b\\\\", 1, "matches \",,a\\\\,b\\\\\\\\\": 0 elements match; see"},
-      {"rect --focus --parent 2147483647", 1, "steps up of element \"user\": it has none"},
-      {"parent --at 0,0", 1, "cannot find the parent of element \"page\": it has none"},
-      {"id --focus --relative 3", 1, "cannot find the ancestor 3 steps up of element \"user\""},
-      {"rect", 2, "Exactly 1 option from [--at,--focus,--find] is required"},
-      {"at 1,2147483648", 2, "is no point"},
-      {"find a,b", 2, "\"a,b\" is not three texts"},
-      {"find a,b,c\\", 2, "is not three texts"},
-      {"find ,, --parent 1", 2, "--parent requires an element"},
-      {"focus --parent 2147483648", 2, "not in range"},
-      {"items --focus --option 3", 2, "--option requires --at"},
-      {"tree --attr value", 2, "is a state"},
-      {"tree --window \"\"", 2, "--window: must not be empty"},
-      {"at 1,1 --scheme file", 3, "-9 (SL_BROKER_NOT_STARTED)"},
-      {"get Größe --focus", 4, "cannot read the attribute \"Größe\" of element \"user\"\n  addr"},
-      {"set x --find ,,title", 4, "cannot set the value of element \"title\""},
-      {"select Ulm --find ,,branch", 4, "cannot select \"Ulm\" in element \"branch\""},
-      {"find ,, --levels -1", 4, "103 (the broker's own status)"},
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// A transcript holds command lines and all that they say, WINDOW and PROCESS for the broker's, and
+// the exit code if it is not 0. What a command has changed, the next one asks for.
+TEST(InspectorTest, SaysWhatItsTranscriptsSay) {
+  const std::tuple<const char*, const char*, const wchar_t*> kCases[] = {
+      {"/inspector-login.txt", "/login.json", L""},
+      {"/inspector-orders.txt", "/orders.json", L" --scheme https"},
   };
-  SceneBroker broker(TESSEL_SCENES "/login.json");
-  for (const auto& [command, code, text] : kCases) broker.Inspect(command, code, text);
-  ExpectAllReleased(broker);
+  for (const auto& [name, scene, options] : kCases) {
+    SceneBroker broker(std::string(TESSEL_SCENES) + scene, options);
+    const std::string transcript = ReadFile(std::string(TESSEL_TRANSCRIPTS) + name);
+    std::string actual;
+    for (const std::string& line : Split(transcript, '\n')) {
+      if (!line.starts_with("$ tessel ")) continue;
+      auto [code, output] = Inspected(broker, line.substr(std::size("$ tessel ") - 1));
+      output = std::regex_replace(output, std::regex(broker.Fact("window")), "WINDOW");
+      output = std::regex_replace(output, std::regex(broker.Fact("process")), "PROCESS");
+      actual += line + '\n' + output;
+      if (code != 0) actual += "exit " + std::to_string(code) + '\n';
+    }
+    EXPECT_EQ(actual, transcript);
+    ExpectAllReleased(broker);
+  }
 }
 
 TEST(InspectorTest, FindsTheWindow) {
@@ -254,22 +168,12 @@ class OddScene {
   bool Maybe() { return Below(2) == 0; }
 
   std::string Text() {
-    const std::string texts[] = {"",
-                                 "a,b",
-                                 "\\",
-                                 "\\n\\\\,",
-                                 "\"quoted\"",
-                                 "{}",
-                                 "[x,y]",
-                                 "%%",
-                                 "\x01\x1f\x7f\t\r\n",
-                                 "\u0085\u2028\u202e",
-                                 " spaces ",
-                                 "𝄞😀",
-                                 "\ufeff\ufffd",
-                                 "Größe",
-                                 std::string(2000, 'x')};
-    return texts[Below(std::size(texts))];
+    static const std::vector<std::string> texts = Split(
+        "|a,b|\\|\\n\\\\,|\"quoted\"|{}|[x,y]|%%|\x01\x1f\x7f\t\r\n|\u0085\u2028\u202e| spaces |𝄞😀|"
+        "\ufeff\ufffd|Größe|" +
+            std::string(500, 'x'),
+        '|');
+    return texts[Below(static_cast<int>(texts.size()))];
   }
 
   Json Element(int index, const Json& above) {
@@ -293,11 +197,6 @@ class OddScene {
   std::mt19937 random_;
 };
 
-std::string ReadFile(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 std::string OptionsForAttributesOf(const nlohmann::json& scene) {
   std::set<std::string> names;
   for (const auto& element : scene["elements"]) {
@@ -311,8 +210,8 @@ std::string OptionsForAttributesOf(const nlohmann::json& scene) {
 
 TEST(InspectorTest, DumpsAreTheScenesThatWereServed) {
   const std::string scenes[] = {ReadFile(TESSEL_SCENES "/login.json"),
-                                ReadFile(TESSEL_SCENES "/orders.json"), OddScene(1).Make(60).dump(),
-                                OddScene(2).Make(20).dump()};
+                                ReadFile(TESSEL_SCENES "/orders.json"), OddScene(1).Make(24).dump(),
+                                OddScene(2).Make(8).dump()};
   for (const std::string& text : scenes) {
     std::string served = text;
     for (int round = 1; round <= 2; ++round) {
@@ -327,19 +226,6 @@ TEST(InspectorTest, DumpsAreTheScenesThatWereServed) {
       served = dump;
     }
   }
-}
-
-TEST(InspectorTest, ShowsTheTreeAndOtherSchemes) {
-  SceneBroker broker(TESSEL_SCENES "/orders.json", L" --scheme https");
-  broker.Inspect("tree --scheme https --attr \"tool tip\" --attr type", 0,
-                 "address: https://orders.example:8443/desk/\ntitle: Orders\nelements: 4\n"
-                 "  \"desk\" [-800, -40, 0, 560] type=\"Grid\"\n"
-                 "    \"Aufträge\" [-780, -20, -400, 520] type=\"ListBox\" items=3\n"
-                 "    \"𝄞 detail\" [-380, -20, -20, 520] tool tip=\"first line\\nsecond line\" "
-                 "type=\"Border\" items=0\n"
-                 "  \"note\" [-500, 100, -300, 200] type=\"Popup\" value=\"Over both panes\"\n");
-  broker.Inspect("focus", 3, "cannot find the focused element\n  address: https://orders");
-  ExpectAllReleased(broker);
 }
 
 TEST(InspectorTest, PrintsWhatATerminalShows) {

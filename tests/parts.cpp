@@ -1,5 +1,5 @@
 // The programs that stand around the module, for its tests: one file, its role is its name
-// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, window, mute). The first two
+// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, mute). The first two
 // write what they were started with into a file beside them.
 #include <windows.h>
 // shellapi.h needs windows.h before it
@@ -53,9 +53,8 @@ Function* Import(HMODULE module, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
 }
 
-// Answers the requests in turn, printing each. In an answer ' stands for ". "gone" leaves without
-// an answer, "silent" comes too late, "*" before an answer gives it for ever, "~" gives [0,true] in
-// its place to a release.
+// Answers the requests in turn, printing each. In an answer ' stands for ". "silent" comes too
+// late, "*" before an answer gives it for ever, "~" gives [0,true] in its place to a release.
 int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
           const std::vector<std::wstring>& answers) {
   const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
@@ -69,14 +68,12 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
     DWORD size = 2000;
     if (read(request, &size) != SL_CHANNEL_SUCCESS) return 3;
     Print(Narrow(request));
-    if (*answer == L"gone") return 0;
     if (*answer == L"silent") ::Sleep(25000);
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');
     const bool forEver = text.front() == L'*';
-    if (text.front() == L'~')
-      text = wcsncmp(request, L"[3,", 3) == 0 ? L"[0,true]" : text.substr(1);
-    write(text.c_str() + forEver);
+    const bool toRelease = text.front() == L'~' && wcsncmp(request, L"[3,", 3) == 0;
+    write(toRelease ? L"[0,true]" : text.c_str() + text.find_first_not_of(L"*~"));
     if (!forEver) ++answer;
   }
   return 0;
@@ -125,26 +122,6 @@ int Hold(const std::wstring& mutex, DWORD milliseconds) {
   return 0;
 }
 
-LONG_PTR __stdcall PrintMessage(HWND, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message != WM_APP) return 0;
-  Print(std::to_string(wparam) + " " + std::to_string(lparam));
-  if (wparam == 0) ::PostQuitMessage(0);
-  return 1;
-}
-
-// Prints the handle of its additional window, then the parameters of each WM_APP; 0 ends it.
-int OfferWindow() {
-  const HMODULE module = ::LoadLibraryW((OwnPath().parent_path() / L"TesselSLB_x64.dll").c_str());
-  const auto create = Import<decltype(AdditionalWindow_Create)>(module, "AdditionalWindow_Create");
-  const auto listen = Import<decltype(AdditionalWindow_RegisterCallback)>(
-      module, "AdditionalWindow_RegisterCallback");
-  const HWND window = create(0);
-  listen(0, &PrintMessage);
-  Print(std::to_string(reinterpret_cast<ULONG_PTR>(window)));
-  for (MSG message; ::GetMessageW(&message, nullptr, 0, 0) > 0;) ::DispatchMessageW(&message);
-  return 0;
-}
-
 // Sends a request and never reads the answer.
 int StayMute(const std::wstring& pipe) {
   RawClient client(pipe);
@@ -162,7 +139,6 @@ int main() {
   if (OwnPath().filename() == L"sllauncher.exe") return Launch(arguments);
   if (OwnPath().filename() == L"slinject.exe") return Inject(arguments.at(1));
   if (arguments.at(1) == L"hold") return Hold(arguments.at(2), std::stoul(arguments.at(3)));
-  if (arguments.at(1) == L"window") return OfferWindow();
   if (arguments.at(1) == L"mute") return StayMute(arguments.at(2));
   return Serve(OwnPath().parent_path(), std::stoul(arguments.at(2)), words[3],
                {arguments.begin() + 4, arguments.end()});

@@ -25,27 +25,23 @@ add_dependencies(search_test test_parts tessel)
 
 foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")
-  target_compile_definitions(${tool}_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes")
+  target_compile_definitions(${tool}_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
+    TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
 set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
   ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 
-tessel_test(walk LIBRARIES TesselSLB tessel_tools oleaut32 PROPERTIES RESOURCE_LOCK scenes)
-target_compile_definitions(walk_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes")
-add_dependencies(walk_test SceneBroker)
-
 tessel_test(windows LIBRARIES TesselSLB)
-add_dependencies(windows_test test_parts)
-tessel_test(channel LIBRARIES TesselSLB)
+# Its content without an address has the pipe of all those without a known prefix.
+tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
-
-tessel_test(channel_race LIBRARIES TesselSLB
-  PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level PROCESSORS 2)
 
 # Clients that know the module from outside: of the installed tree, and of Microsoft's compiler.
 foreach(client install msabi)
   add_test(NAME ${client} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${client}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${client} PROPERTIES TIMEOUT 200)
 endforeach()
+
+add_subdirectory(${PROJECT_SOURCE_DIR}/soak ${PROJECT_BINARY_DIR}/soak)

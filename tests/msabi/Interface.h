@@ -19,14 +19,6 @@ struct TextHeader {
 };
 static_assert(sizeof(TextHeader) == 24);
 
-struct TextManager {
-  virtual TextHeader* Allocate(int units, int unitSize) noexcept;
-  virtual void Free(TextHeader* header) noexcept;
-  virtual TextHeader* Reallocate(TextHeader* header, int units, int unitSize) noexcept;
-  virtual TextHeader* GetNilString() noexcept;
-  virtual TextManager* Clone() noexcept;
-};
-
 struct SLElemData {
   DWORD processId;
   HWND__* hwnd;
@@ -57,43 +49,39 @@ class vector {
 template <class T>
 using Vector = std::vector<T, HeapAllocator<T>>;
 
-#define IMPORTED __declspec(dllimport)
-
 namespace TesselSilverlight {
 using Element = const SLElemData&;
-IMPORTED int GetElemFromPoint(SLElemData& window, const tagPOINT& at, int option,
-                              SLElemData& found);
-IMPORTED int GetFocusedElement(HWND__* window, SLElemData& found);
-IMPORTED int FindCollection(SLElemData& root, wchar_t* const name, wchar_t* const type,
-                            wchar_t* const id, int levels, bool partly, Vector<SLElemData>& found);
-IMPORTED int GetParentElement(Element child, SLElemData& parent);
-IMPORTED int GetAncestryInfo(Element child, Vector<SLElemData>& ancestors, Vector<long>& numbers);
-IMPORTED int GetDefaultSelectorHierarchy(Element element, Vector<SLElemData>& chain);
-IMPORTED int GetIdInfo(const SLElemData* parent, Element element, wchar_t** name, wchar_t** type,
-                       wchar_t** id, int* number);
-IMPORTED int GetElementValue(Element element, ATL::CComBSTR& value);
-IMPORTED int GetElemRectangle(Element element, tagRECT& rect);
-IMPORTED int GetAttribute(Element element, wchar_t* const name, wchar_t** value);
-IMPORTED int GetItems(Element element, int flag, Vector<ATL::CComBSTR>& items);
-IMPORTED int ClickElem(Element element, int, int);
-IMPORTED int SetValue(Element element, const ATL::CComBSTR& text);
-IMPORTED int SetFocus(Element element);
-IMPORTED int CheckElem(Element element, int check);
-IMPORTED int SelectItem(Element element, const ATL::CComBSTR& item);
-IMPORTED int ReleaseObj(SLElemData& element);
+int GetElemFromPoint(SLElemData& window, const tagPOINT& at, int option, SLElemData& found);
+int GetFocusedElement(HWND__* window, SLElemData& found);
+int FindCollection(SLElemData& root, wchar_t* const name, wchar_t* const type, wchar_t* const id,
+                   int levels, bool partly, Vector<SLElemData>& found);
+int GetParentElement(Element child, SLElemData& parent);
+int GetAncestryInfo(Element child, Vector<SLElemData>& ancestors, Vector<long>& numbers);
+int GetDefaultSelectorHierarchy(Element element, Vector<SLElemData>& chain);
+int GetIdInfo(const SLElemData* parent, Element element, wchar_t** name, wchar_t** type,
+              wchar_t** id, int* number);
+int GetElementValue(Element element, ATL::CComBSTR& value);
+int GetElemRectangle(Element element, tagRECT& rect);
+int GetAttribute(Element element, wchar_t* const name, wchar_t** value);
+int GetItems(Element element, int flag, Vector<ATL::CComBSTR>& items);
+int ClickElem(Element element, int, int);
+int SetValue(Element element, const ATL::CComBSTR& text);
+int SetFocus(Element element);
+int CheckElem(Element element, int check);
+int SelectItem(Element element, const ATL::CComBSTR& item);
+int ReleaseObj(SLElemData& element);
 }  // namespace TesselSilverlight
 
 extern "C" {
-IMPORTED void* GetProcessHeap();
-IMPORTED void* HeapCreate(DWORD options, unsigned long long initial, unsigned long long maximum);
-IMPORTED void* HeapAlloc(void* heap, DWORD flags, unsigned long long size);
-IMPORTED int HeapFree(void* heap, DWORD flags, void* block);
-IMPORTED wchar_t* GetCommandLineW();
-IMPORTED void* GetStdHandle(DWORD which);
-IMPORTED int WriteFile(void* file, const void* text, DWORD size, DWORD* written, void*);
-[[noreturn]] IMPORTED void ExitProcess(DWORD code);
-IMPORTED int lstrcmpW(const wchar_t* left, const wchar_t* right);
-IMPORTED int wsprintfA(char* text, const char* format, ...);
-IMPORTED wchar_t* SysAllocString(const wchar_t* text);
-IMPORTED void SysFreeString(wchar_t* text);
+void* GetProcessHeap();
+void* HeapAlloc(void* heap, DWORD flags, unsigned long long size);
+int HeapFree(void* heap, DWORD flags, void* block);
+wchar_t* SysAllocString(const wchar_t* text);
+void SysFreeString(wchar_t* text);
+int printf(const char* format, ...);
+unsigned long long wcslen(const wchar_t* text);
+wchar_t* wcscpy(wchar_t* to, const wchar_t* from);
+const wchar_t* _wgetenv(const wchar_t* name);
+unsigned long long _wcstoui64(const wchar_t* digits, wchar_t** end, int base);
+[[noreturn]] void exit(int code);
 }

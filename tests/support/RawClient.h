@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <memory>
 #include <string>
 
 inline const std::wstring kTailoredPipe =
@@ -17,15 +18,8 @@ class RawClient {
       pipe_ = ::CreateFileW(pipeName.c_str(), GENERIC_READ | GENERIC_WRITE, 0 /*sharing*/, nullptr,
                             OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
     }
-    DWORD mode = PIPE_READMODE_MESSAGE;
-    ::SetNamedPipeHandleState(pipe_, &mode, nullptr, nullptr);
   }
-  ~RawClient() {
-    Leave();
-    ::CloseHandle(sending_.hEvent);
-  }
-  RawClient(const RawClient&) = delete;
-  RawClient& operator=(const RawClient&) = delete;
+  ~RawClient() { Leave(); }
 
   void Leave() {
     if (pipe_ == INVALID_HANDLE_VALUE) return;
@@ -39,29 +33,34 @@ class RawClient {
   // client.
   void Send(const std::wstring& text) {
     text_ = text;
-    ::WriteFile(pipe_, text_.data(), static_cast<DWORD>(text_.size() * sizeof(wchar_t)), nullptr,
-                &sending_);
+    const auto size = static_cast<DWORD>(text_.size() * sizeof(wchar_t));
+    const bool started = ::WriteFile(pipe_, text_.data(), size, nullptr, &sending_) ||
+                         ::GetLastError() == ERROR_IO_PENDING;
+    if (!started) text_.clear();  // a wait for it would not end
   }
 
   // Empty when the server hangs up.
   std::wstring Receive() {
     wchar_t text[2000] = {};
-    OVERLAPPED receiving = {};
-    receiving.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    OVERLAPPED receiving = {0, 0, {{0, 0}}, received_.get()};
     const bool started = ::ReadFile(pipe_, text, sizeof(text), nullptr, &receiving) ||
                          ::GetLastError() == ERROR_IO_PENDING;
-    const DWORD read = started ? Finish(receiving) : 0;
-    ::CloseHandle(receiving.hEvent);
-    return std::wstring(text, read / sizeof(wchar_t));
+    return std::wstring(text, started ? Finish(receiving) / sizeof(wchar_t) : 0);
   }
 
  private:
+  using Event = std::unique_ptr<void, decltype(&::CloseHandle)>;
+  static Event MakeEvent() {
+    return {::CreateEventW(nullptr, TRUE, FALSE, nullptr), ::CloseHandle};
+  }
+
   DWORD Finish(OVERLAPPED& overlapped) {
     DWORD bytes = 0;
     return ::GetOverlappedResult(pipe_, &overlapped, &bytes, TRUE /*wait*/) ? bytes : 0;
   }
 
+  const Event sent_ = MakeEvent(), received_ = MakeEvent();
   HANDLE pipe_ = INVALID_HANDLE_VALUE;
-  OVERLAPPED sending_ = {0, 0, {{0, 0}}, ::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  OVERLAPPED sending_ = {0, 0, {{0, 0}}, sent_.get()};
   std::wstring text_;
 };

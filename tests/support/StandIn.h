@@ -3,10 +3,7 @@
 #pragma once
 
 #include <windows.h>
-// shlobj.h needs windows.h before it
-#include <shlobj.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -17,9 +14,7 @@
 class StandIn {
  public:
   // `kind` is "sllauncher" or "slinject".
-  explicit StandIn(const std::wstring& kind)
-      : kind_(kind),
-        folder_(kind == L"slinject" ? std::filesystem::path(TestFolder()) : LauncherFolder()) {
+  explicit StandIn(const std::wstring& kind) : kind_(kind) {
     std::filesystem::create_directories(folder_);
     // Over what a test that was killed has left.
     ::CopyFileW((TestFolder() + L"test_parts.exe").c_str(), Program().c_str(), FALSE);
@@ -32,10 +27,8 @@ class StandIn {
       if (name.starts_with(kind_ + L"-")) std::filesystem::remove(entry.path(), ignored);
     }
     std::filesystem::remove(Program(), ignored);
-    if (kind_ != L"slinject") std::filesystem::remove(folder_, ignored);
   }
   StandIn(const StandIn&) = delete;
-  StandIn& operator=(const StandIn&) = delete;
 
   std::filesystem::path Program() const { return folder_ / (kind_ + L".exe"); }
 
@@ -51,12 +44,6 @@ class StandIn {
         << milliseconds << ' ' << exitCode << ' ' << std::filesystem::path(brokerCommand).string();
   }
 
-  static std::filesystem::path LauncherFolder() {
-    wchar_t programs[MAX_PATH] = {};
-    ::SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILESX86, nullptr, SHGFP_TYPE_CURRENT, programs);
-    return std::filesystem::path(programs) / L"Microsoft Silverlight";
-  }
-
  private:
   static std::vector<std::string> Lines(const std::filesystem::path& file) {
     std::vector<std::string> lines;
@@ -66,12 +53,12 @@ class StandIn {
   }
   static void End(DWORD id) {
     const HANDLE process = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
-    if (process == nullptr) return;
     ::TerminateProcess(process, 0);
     ::WaitForSingleObject(process, 5000);
     ::CloseHandle(process);
   }
 
   const std::wstring kind_;
-  const std::filesystem::path folder_;
+  const std::filesystem::path folder_ =
+      kind_ == L"slinject" ? TestFolder() : L"C:\\Program Files (x86)\\Microsoft Silverlight";
 };
