@@ -36,6 +36,12 @@ HWND FindWindowOf(const InspectorOptions& options) {
   }
 }
 
+// The code of a call, with a notice when it takes long.
+int Watched(const std::string& what, int longestSeconds, const std::function<int()>& call) {
+  const CallNotice notice(what, longestSeconds);
+  return call();
+}
+
 bool NamesElement(const ElementOwner& element) { return ::SysStringLen(element->objectId) > 0; }
 
 ElementOwner OrNone(ElementOwner element) {
@@ -135,11 +141,7 @@ void Content::Do(const std::string& what, const std::function<int()>& call) cons
 }
 
 bool Content::Try(const std::string& what, int refusal, const std::function<int()>& call) const {
-  int code = SL_SUCCESS;
-  {
-    const CallNotice notice(what, kRoundTripSeconds);
-    code = call();
-  }
+  const int code = Watched(what, kRoundTripSeconds, call);
   if (code != SL_SUCCESS && code != refusal) throw CallError(what, options_.address, code);
   return code == SL_SUCCESS;
 }
@@ -147,8 +149,7 @@ bool Content::Try(const std::string& what, int refusal, const std::function<int(
 void Content::Search(const std::string& what, DWORD scheme,
                      const std::function<int()>& call) const {
   const int seconds = scheme == SL_NO_URI ? SearchSeconds(options_.address) : kRoundTripSeconds;
-  const CallNotice notice(what, seconds);
-  const int code = call();
+  const int code = Watched(what, seconds, call);
   if (code != SL_SUCCESS) throw CallError(what, options_.address, code);
 }
 
