@@ -1,0 +1,99 @@
+#include "Workloads.h"
+
+#include <random>
+
+namespace bench {
+
+namespace {
+
+Text Widen(const std::string& ascii) { return Text(ascii.begin(), ascii.end()); }
+
+class Builder {
+ public:
+  explicit Builder(std::string name) { workload_.name = std::move(name); }
+
+  Builder& operator<<(std::int32_t number) { return Add({Kind::kInt, number, {}}); }
+  Builder& operator<<(Text text) { return Add({Kind::kText, 0, std::move(text)}); }
+  Workload Take() { return std::move(workload_); }
+
+ private:
+  Builder& Add(Value value) {
+    workload_.kinds.push_back(value.kind);
+    workload_.values.push_back(std::move(value));
+    return *this;
+  }
+
+  Workload workload_;
+};
+
+Text ObjectId(std::size_t number) { return Widen("SL:" + std::to_string(number)); }
+
+constexpr std::uint32_t kSeed = 4711;
+
+}  // namespace
+
+Workload MakeRequest() {
+  return (Builder("request of 3 elements") << 2 << 4242 << ObjectId(4711)).Take();
+}
+
+Workload MakeEntries() {
+  std::minstd_rand random(kSeed);
+  Builder builder("10,000 entries: id, 4 ints");
+  for (std::size_t i = 0; i < 10000; ++i) {
+    builder << ObjectId(i + 1);
+    for (int side = 0; side < 4; ++side)
+      builder << static_cast<std::int32_t>(random() % 4000) - 100;
+  }
+  return builder.Take();
+}
+
+Workload MakeTexts() {
+  std::minstd_rand random(kSeed);
+  Builder builder("10,000 texts of 40 characters");
+  // The first unit of a run of letters.
+  static constexpr std::uint16_t kScripts[] = {0x00E0, 0x0430, 0x4E2D};
+  static constexpr std::uint16_t kEscaped[] = {'"', '\\', '\n', '\t', 1};
+  for (std::size_t i = 0; i < 10000; ++i) {
+    Text text;
+    const bool ascii = i % 5 != 0;
+    const std::uint16_t script = kScripts[i / 5 % 3];
+    for (int j = 0; j < 40; ++j) {
+      // Two of three characters beyond ASCII, as in a caption that mixes names, digits and spaces.
+      const auto letter = static_cast<std::uint16_t>(random() % 20);
+      text += static_cast<Unit>(!ascii && j % 3 != 0 ? script + letter : 'a' + letter);
+    }
+    if (i % 10 == 3) {
+      for (std::size_t j = 0; j < 3; ++j)
+        text[j * 13 + random() % 13] = static_cast<Unit>(kEscaped[random() % 5]);
+    }
+    builder << text;
+  }
+  return builder.Take();
+}
+
+Workload MakeLongText() {
+  std::minstd_rand random(kSeed);
+  Text text;
+  while (text.size() < (1u << 20) / sizeof(Unit))
+    text += static_cast<Unit>(random() % 6 == 0 ? ' ' : 'a' + random() % 26);
+  return (Builder("one text of 1 MiB") << text).Take();
+}
+
+std::vector<Workload> AllWorkloads() {
+  return {MakeRequest(), MakeEntries(), MakeTexts(), MakeLongText()};
+}
+
+Workload MakeInts(std::size_t count) {
+  std::minstd_rand random(kSeed);
+  Builder builder("ints");
+  for (std::size_t i = 0; i < count; ++i) builder << static_cast<std::int32_t>(random() % 4000);
+  return builder.Take();
+}
+
+Workload MakeShortTexts(std::size_t count) {
+  Builder builder("texts");
+  for (std::size_t i = 0; i < count; ++i) builder << Text(Widen("caption ") += ObjectId(i % 10000));
+  return builder.Take();
+}
+
+}  // namespace bench
