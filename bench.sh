@@ -46,8 +46,8 @@ done
 [ ${#chosen[@]} -gt 0 ] || chosen=("${groups[@]}")
 
 # What each group runs, natively and under Wine.
-declare -A native_programs=([text]=text)
-declare -A wine_programs=([text]=text)
+declare -A native_programs=([text]=text [memory]=memory [growth]=growth)
+declare -A wine_programs=([text]=text [memory]=memory [roundtrip]='roundtrip stages' [log]=log [growth]=growth)
 
 mkdir -p "$ROOT/build"
 require_packages g++ rapidjson-dev libsimdjson-dev

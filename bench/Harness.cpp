@@ -157,7 +157,7 @@ void Report::Print(const Grid& grid) {
     std::printf("\n  %-36s", line.name.c_str());
     json += (&line == &grid.lines[0] ? "{\"name\": " : ", {\"name\": ") + Quoted(line.name);
     for (std::size_t i = 0; i < line.values.size(); ++i) {
-      std::printf(" %15s", Format("%.5g", line.values[i]).c_str());
+      std::printf(" %15s", Format(line.values[i] < 1000 ? "%.4g" : "%.0f", line.values[i]).c_str());
       json += ", " + Quoted(grid.columns[i + 1]) + Format(": %.6g", line.values[i]);
     }
     json += "}";
