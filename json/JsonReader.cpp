@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <span>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "json/JsonNumber.h"
-#include "json/Utf8.h"
+#include "json/MemberOrder.h"
 
 namespace base {
 
@@ -15,83 +15,103 @@ namespace {
 
 constexpr int kMaxDepth = 199;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+// No text needs more packed bytes than this for each of its units: "", is the worst.
+constexpr std::size_t kMaxPackedPerUnit = 3;
+// What is written beyond that before it is known to be needed: a string's head, vectors.
+constexpr std::size_t kPackedSlack = packed::kBytesHead + 2 * kCopySlack;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
 
-// The value of `count` hexadecimal digits at `text`, or -1.
-int HexValue(const char* text, std::size_t count) {
-  int value = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const char c = text[i];
-    const int lower = c | 0x20;
-    if (IsDigit(c)) {
-      value = value * 16 + (c - '0');
-    } else if (lower >= 'a' && lower <= 'f') {
-      value = value * 16 + (lower - 'a' + 10);
-    } else {
-      return -1;
-    }
-  }
-  return value;
+bool IsBlank(char32_t c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// The value of a hexadecimal digit, or -1.
+int HexDigit(char32_t c) {
+  if (IsDigit(c)) return static_cast<int>(c - '0');
+  const char32_t lower = c | 0x20;
+  return lower >= 'a' && lower <= 'f' ? static_cast<int>(lower - 'a' + 10) : -1;
 }
 
+// Reads units straight into a block that has room for all that the text can hold, so that nothing
+// is copied, converted or measured in between.
+template <class Unit>
 class Reader {
  public:
-  explicit Reader(std::string_view text) : at_(text.data()), end_(at_ + text.size()) {
-    // As much as the text takes itself: typical lists then grow once, if at all.
-    values_.reserve(text.size() / sizeof(Value) + 4);
+  using Text = std::basic_string_view<Unit>;
+
+  explicit Reader(Text text) : at_(text.data()), end_(at_ + text.size()) {
+    to_ = values_.Room(text.size() * kMaxPackedPerUnit + kPackedSlack);
   }
 
-  std::optional<Value> ReadDocument() {
-    if (Rest().starts_with("\xEF\xBB\xBF")) at_ += 3;
+  std::optional<Document> ReadDocument() {
+    SkipByteOrderMark();
     SkipGap();
-    if (!ReadValue()) return std::nullopt;
+    ValueType type = ValueType::kList;
+    if (Peek() == '[') {
+      if (!ReadItems<&Reader::ReadValue>(']')) return std::nullopt;
+    } else {
+      const char* const root = to_;
+      if (!ReadValue()) return std::nullopt;
+      type = ValueView(root).type();
+    }
     SkipGap();
-    if (end_ - at_ > 1) return std::nullopt;
-    return std::move(values_[0]);
+    if (end_ - at_ > 1 || (at_ != end_ && !IsAsciiOrByte(*at_))) return std::nullopt;
+    values_.Finish(to_);
+    values_.Trim();
+    return Document{type, std::move(values_)};
   }
 
  private:
-  // These append one value to values_ (a member two) and leave at_ behind it, or return false.
+  // These append one value at to_ (a member two) and leave at_ behind it, or return false.
   bool ReadValue();
   bool ReadList();
   bool ReadDictionary();
   bool ReadMember();
   bool ReadString();
   bool ReadNumber();
-  bool ReadWord(std::string_view word, Value&& value);
+  bool ReadDouble(Text number);
+  bool ReadWord(const char* rest);
 
   // Reads all between the bracket at at_ and `close`, both included.
   template <bool (Reader::*ReadItem)()>
   bool ReadItems(char close);
-  // Appends to text_ what the escape at at_ stands for.
+  // Append to the string at to_: text up to a quote or backslash, what an escape stands for. The
+  // first is false if the text ends first or is ill-formed.
+  bool ReadStringRun();
   bool ReadEscape();
-  bool ReadHexEscape(std::size_t digits);
-  // Stops at a quote or backslash; false if the text ends first or is no UTF-8.
-  bool SkipStringRun();
+  bool ReadHexEscape(int digits);
+  int ReadHex(int digits);
   bool SkipDigits();
   bool AtDelimiter() const;
+  void SkipByteOrderMark();
   void SkipGap();
   bool SkipComment();
 
-  // Zero at the end: no token has that byte, so most callers need no test of their own.
-  char Peek() const { return at_ != end_ ? *at_ : '\0'; }
-  std::string_view Rest() const { return {at_, static_cast<std::size_t>(end_ - at_)}; }
+  static bool IsAsciiOrByte(char) { return true; }
+  static bool IsAsciiOrByte(Utf16Unit unit) { return IsAscii(unit); }
+
+  // Zero at the end: no token has that unit, so most callers need no test of their own.
+  Unit Peek() const { return at_ != end_ ? *at_ : Unit{}; }
   bool Accept(char c) {
-    if (Peek() != c) return false;
+    if (Peek() != static_cast<Unit>(c)) return false;
     ++at_;
     return true;
   }
+  void PutType(ValueType type) { to_ = packed::PutType(to_, type); }
+  template <class T>
+  void Put(ValueType type, T value) {
+    to_ = packed::Put(to_, type, value);
+  }
 
-  const char* at_;
-  const char* const end_;
+  const Unit* at_;
+  const Unit* const end_;
   int depth_ = 0;
-  ListValue values_;  // the finished values of all open lists and dictionaries, outermost first
-  std::string text_;  // the string being read, once it has an escape
+  ListValue values_;
+  char* to_;                    // in the room behind values_
+  std::vector<char*> members_;  // where those of all open dictionaries start, outermost first
 };
 
-bool Reader::ReadValue() {
+template <class Unit>
+bool Reader<Unit>::ReadValue() {
   switch (Peek()) {
     case '"':
       return ReadString();
@@ -100,25 +120,30 @@ bool Reader::ReadValue() {
     case '{':
       return ReadDictionary();
     case 't':
-      return ReadWord("true", Value(true));
+      Put(ValueType::kBoolean, true);
+      return ReadWord("true");
     case 'f':
-      return ReadWord("false", Value(false));
+      Put(ValueType::kBoolean, false);
+      return ReadWord("false");
     case 'n':
-      return ReadWord("null", Value());
+      PutType(ValueType::kNull);
+      return ReadWord("null");
     default:
       return ReadNumber();
   }
 }
 
-bool Reader::ReadWord(std::string_view word, Value&& value) {
-  if (!Rest().starts_with(word)) return false;
-  at_ += word.size();
-  values_.Append(std::move(value));
+template <class Unit>
+bool Reader<Unit>::ReadWord(const char* rest) {
+  for (; *rest != '\0'; ++rest) {
+    if (!Accept(*rest)) return false;
+  }
   return true;
 }
 
-template <bool (Reader::*ReadItem)()>
-bool Reader::ReadItems(char close) {
+template <class Unit>
+template <bool (Reader<Unit>::*ReadItem)()>
+bool Reader<Unit>::ReadItems(char close) {
   if (++depth_ > kMaxDepth) return false;
   ++at_;
   SkipGap();
@@ -134,23 +159,28 @@ bool Reader::ReadItems(char close) {
   return true;
 }
 
-bool Reader::ReadList() {
-  const std::size_t first = values_.size();
+template <class Unit>
+bool Reader<Unit>::ReadList() {
+  PutType(ValueType::kList);
   if (!ReadItems<&Reader::ReadValue>(']')) return false;
-  values_.Append(Value(ListValue(values_.TakeTail(first))));
+  PutType(packed::kEnd);
   return true;
 }
 
-bool Reader::ReadDictionary() {
-  const std::size_t first = values_.size();
+template <class Unit>
+bool Reader<Unit>::ReadDictionary() {
+  PutType(ValueType::kDictionary);
+  const std::size_t first = members_.size();
   if (!ReadItems<&Reader::ReadMember>('}')) return false;
-  DictionaryValue dictionary(std::span(values_.begin() + first, values_.size() - first));
-  values_.Truncate(first);
-  values_.Append(Value(std::move(dictionary)));
+  to_ = SortMembers(std::span(members_).subspan(first), to_);
+  members_.resize(first);
+  PutType(packed::kEnd);
   return true;
 }
 
-bool Reader::ReadMember() {
+template <class Unit>
+bool Reader<Unit>::ReadMember() {
+  members_.push_back(to_);
   if (Peek() != '"' || !ReadString()) return false;
   SkipGap();
   if (!Accept(':')) return false;
@@ -158,76 +188,84 @@ bool Reader::ReadMember() {
   return ReadValue();
 }
 
-bool Reader::ReadString() {
-  const char* run = ++at_;
-  if (!SkipStringRun()) return false;
-  if (*at_ == '"') {
-    values_.Append(Value(std::string_view(run, at_++ - run)));
-    return true;
-  }
-  text_.assign(run, at_);
+template <class Unit>
+bool Reader<Unit>::ReadString() {
+  char* const start = to_;
+  to_ += packed::kBytesHead;
+  ++at_;
+  if (!ReadStringRun()) return false;
   while (*at_ != '"') {
-    if (!ReadEscape()) return false;
-    run = at_;
-    if (!SkipStringRun()) return false;
-    text_.append(run, at_);
+    if (!ReadEscape() || !ReadStringRun()) return false;
   }
   ++at_;
-  values_.Append(Value(std::string_view(text_)));
+  packed::PutBytesHead(start, ValueType::kString, to_);
   return true;
 }
 
-bool Reader::SkipStringRun() {
+template <class Unit>
+bool Reader<Unit>::ReadStringRun() {
   for (;;) {
-    at_ = SkipPlain(at_, end_);
-    if (at_ == end_) return false;
-    if (*at_ == '"' || *at_ == '\\') return true;
-    do {
-      const CodePoint next = DecodeUtf8(at_, end_);
+    at_ = CopyPlain<Stop::kStringEnds>(at_, end_, to_);
+    for (int i = 0; i < kScalarRun; ++i) {
+      if (at_ == end_) return false;
+      if (*at_ == '"' || *at_ == '\\') return true;
+      const CodePoint next = Decode(at_, end_);
       if (!next.valid) return false;
       at_ += next.length;
-    } while (at_ != end_ && !IsAscii(*at_));
+      to_ = PutUtf8(next.code, to_);
+    }
   }
 }
 
-bool Reader::ReadEscape() {
+template <class Unit>
+bool Reader<Unit>::ReadEscape() {
   static constexpr std::string_view kLetters = "\"\\/bfnrtv";
   static constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t\v";
   if (end_ - ++at_ < 1) return false;
-  const char letter = *at_++;
+  const Unit letter = *at_++;
   if (letter == 'u') return ReadHexEscape(4);
   if (letter == 'x') return ReadHexEscape(2);
-  const std::size_t index = kLetters.find(letter);
+  const std::size_t index =
+      IsAscii(letter) ? kLetters.find(static_cast<char>(letter)) : std::string_view::npos;
   if (index == std::string_view::npos) return false;
-  text_.push_back(kMeanings[index]);
+  *to_++ = kMeanings[index];
   return true;
 }
 
-bool Reader::ReadHexEscape(std::size_t digits) {
-  const auto read = [this](std::size_t count) {
-    if (Rest().size() < count) return -1;
-    const int value = HexValue(at_, count);
-    at_ += count;
-    return value;
-  };
-  int code = read(digits);
+template <class Unit>
+bool Reader<Unit>::ReadHexEscape(int digits) {
+  int code = ReadHex(digits);
   if (code < 0 || (code >= 0xDC00 && code <= 0xDFFF)) return false;
   if (code >= 0xD800 && code <= 0xDBFF) {
     if (!Accept('\\') || !Accept('u')) return false;
-    const int low = read(4);
+    const int low = ReadHex(4);
     if (low < 0xDC00 || low > 0xDFFF) return false;
     code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
   }
-  AppendUtf8(static_cast<char32_t>(code), text_);
+  to_ = PutUtf8(static_cast<char32_t>(code), to_);
   return true;
 }
 
-bool Reader::ReadNumber() {
-  const char* const start = at_;
+// The value of so many hexadecimal digits, or -1.
+template <class Unit>
+int Reader<Unit>::ReadHex(int digits) {
+  int value = 0;
+  for (; digits > 0; --digits) {
+    const int digit = HexDigit(Peek());
+    if (digit < 0) return -1;
+    value = value * 16 + digit;
+    ++at_;
+  }
+  return value;
+}
+
+template <class Unit>
+bool Reader<Unit>::ReadNumber() {
+  const Unit* const start = at_;
   const bool negative = Accept('-');
-  const char* const digits = at_;
+  const Unit* const digits = at_;
   std::uint64_t magnitude = 0;  // may wrap around where the digits are too many for an integer
-  const char* digit = digits;
+  const Unit* digit = digits;
   for (; digit != end_ && IsDigit(*digit); ++digit)
     magnitude = magnitude * 10 + static_cast<unsigned>(*digit - '0');
   at_ = digit;
@@ -243,26 +281,44 @@ bool Reader::ReadNumber() {
 
   if (!fraction && !exponent && count <= 10 && magnitude <= 0x7FFFFFFFu + negative) {
     const auto value = static_cast<std::int64_t>(magnitude);
-    values_.Append(Value(static_cast<std::int32_t>(negative ? -value : value)));
+    Put(ValueType::kInteger, static_cast<std::int32_t>(negative ? -value : value));
     return true;
   }
-  const auto value = ParseDouble({start, static_cast<std::size_t>(at_ - start)});
-  if (value) values_.Append(Value(*value));
+  return ReadDouble(Text(start, at_ - start));
+}
+
+template <class Unit>
+bool Reader<Unit>::ReadDouble(Text number) {
+  const std::optional<double> value = ParseDouble(std::string(number.begin(), number.end()));
+  if (value) Put(ValueType::kDouble, *value);
   return value.has_value();
 }
 
-bool Reader::SkipDigits() {
-  const char* const start = at_;
+template <class Unit>
+bool Reader<Unit>::SkipDigits() {
+  const Unit* const start = at_;
   while (IsDigit(Peek())) ++at_;
   return at_ != start;
 }
 
-bool Reader::AtDelimiter() const {
+template <class Unit>
+bool Reader<Unit>::AtDelimiter() const {
   if (at_ == end_) return true;
   return *at_ == ',' || *at_ == ']' || *at_ == '}' || IsBlank(*at_);
 }
 
-void Reader::SkipGap() {
+template <>
+void Reader<char>::SkipByteOrderMark() {
+  if (Text(at_, end_ - at_).starts_with("\xEF\xBB\xBF")) at_ += 3;
+}
+
+template <>
+void Reader<Utf16Unit>::SkipByteOrderMark() {
+  if (Peek() == 0xFEFF) ++at_;
+}
+
+template <class Unit>
+void Reader<Unit>::SkipGap() {
   // Compact messages have no gaps: most calls end here.
   if (Peek() > ' ' && Peek() != '/') [[likely]]
     return;
@@ -271,20 +327,30 @@ void Reader::SkipGap() {
 }
 
 // An unterminated comment is none: its slash then stands where nothing may.
-bool Reader::SkipComment() {
-  const std::string_view rest = Rest();
-  if (rest.starts_with("//")) {
-    while (at_ != end_ && *at_ != '\n' && *at_ != '\r') ++at_;
+template <class Unit>
+bool Reader<Unit>::SkipComment() {
+  if (end_ - at_ < 2) return false;
+  const Unit* at = at_ + 2;
+  if (at_[1] == '/') {
+    while (at != end_ && *at != '\n' && *at != '\r') ++at;
+    at_ = at;
     return true;
   }
-  const std::size_t close = rest.starts_with("/*") ? rest.find("*/", 2) : std::string_view::npos;
-  if (close == std::string_view::npos) return false;
-  at_ += close + 2;
-  return true;
+  if (at_[1] != '*') return false;
+  for (; end_ - at >= 2; ++at) {
+    if (at[0] != '*' || at[1] != '/') continue;
+    at_ = at + 2;
+    return true;
+  }
+  return false;
 }
 
 }  // namespace
 
-std::optional<Value> ReadJson(std::string_view utf8) { return Reader(utf8).ReadDocument(); }
+std::optional<Document> ReadJson(std::string_view utf8) {
+  return Reader<char>(utf8).ReadDocument();
+}
+
+std::optional<Document> ReadJson(Utf16View text) { return Reader<Utf16Unit>(text).ReadDocument(); }
 
 }  // namespace base

@@ -4,13 +4,20 @@
 #include <optional>
 #include <string_view>
 
-#include "json/Value.h"
+#include "json/ListValue.h"
 
 namespace base {
 
+struct Document {
+  ValueType type;
+  ListValue values;  // the elements of a list, else the value as the only element
+};
+
 // Beyond plain JSON: a leading byte order mark, comments, the escapes \v and \xHH, control
 // characters inside strings, and one surplus byte after the root value are accepted. Lists and
-// dictionaries nest at most 199 deep. Any error gives no value.
-std::optional<Value> ReadJson(std::string_view utf8);
+// dictionaries nest at most 199 deep. Any error gives no value, and so does ill-formed UTF-8; an
+// unpaired surrogate is read as U+FFFD.
+std::optional<Document> ReadJson(std::string_view utf8);
+std::optional<Document> ReadJson(Utf16View text);
 
 }  // namespace base

@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "json/Check.h"
-#include "json/Utf8.h"
 
 namespace base {
 
@@ -17,167 +16,184 @@ constexpr std::size_t kFirstReserve = 1024;
 constexpr std::size_t kMaxNumber = 32;
 constexpr std::size_t kMaxEscape = 6;
 constexpr std::size_t kMaxStringBytes = 2147483647;
+constexpr std::size_t kPiece = 512;  // bytes of a string that are written without a check for room
+constexpr std::size_t kChunk = 4096;
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
 }
 
-// Skips what is written as it stands.
-const char* SkipUnchanged(const char* text, const char* end) {
-  for (;;) {
-    text = SkipPlain(text, end);
-    if (text == end || IsAscii(*text)) return text;
-    do {
-      const CodePoint next = DecodeUtf8(text, end);
-      const bool separator = next.code == 0x2028 || next.code == 0x2029;
-      if (!next.valid || separator || IsNoncharacter(next.code)) return text;
-      text += next.length;
-    } while (text != end && !IsAscii(*text));
-  }
-}
-
-// An estimate: few texts then outgrow their first block.
-std::size_t TypicalSize(const ListValue& list) {
-  constexpr std::size_t kTypicalItem = 8;
-  std::size_t size = list.size() * kTypicalItem;
-  for (const Value& item : list) size += item.GetIfString().value_or("").size();
-  return size;
-}
-
-// Writes at a pointer into the string, which is cut to the written length at the end: an append of
-// std::string for each small piece costs several times as much.
+// Writes into a small chunk that stays in the processor's cache, and from there into the text: a
+// text that is made as large as it may become costs a second pass that fills it with zeros.
 class Writer {
  public:
-  Writer(std::string& out, std::size_t reserve) : out_(out) {
-    out_.clear();
-    out_.reserve(reserve);
-    out_.resize(out_.capacity());
-    at_ = out_.data();
-  }
+  explicit Writer(Utf16Text& out) : out_(out) {}
 
   bool WriteDocument(const ListValue& list) {
-    const bool written = Write(list);
-    out_.resize(written ? at_ - out_.data() : 0);
+    out_.clear();
+    // Elements take about as many units in a text as bytes in the list.
+    out_.reserve(std::max(kFirstReserve, list.ByteSize() + list.ByteSize() / 8));
+    at_ = list.begin();
+    end_ = list.end();
+    const bool written = WriteList();
+    if (written) Flush();
+    if (!written) out_.clear();
     return written;
   }
 
  private:
-  bool Write(const Value& value);
-  bool Write(const ListValue& list);
-  bool Write(const DictionaryValue& dictionary);
-  bool Write(std::string_view utf8);
-  bool Write(double value);
-  void Write(std::int32_t value);
+  // These write what stands at at_ and leave it behind that.
+  bool WriteValue();
+  bool WriteList();
+  bool WriteDictionary();
+  bool WriteString(std::string_view utf8);
+  void WritePiece(const char* text, const char* end);
+  void WriteSpecial(const CodePoint& point);
   void WriteEscape(char32_t code);
+  void WriteInt(std::int32_t value);
+  bool WriteDouble(double value);
 
-  // Makes room for `bytes` more; Put does not check.
-  void Ensure(std::size_t bytes) {
-    const std::size_t used = at_ - out_.data();
-    if (out_.size() - used >= bytes) return;
-    out_.resize(std::max(out_.size() * 2, used + bytes));
-    at_ = out_.data() + used;
+  bool AtEnd() const { return at_ == end_ || ValueView(at_).type() == packed::kEnd; }
+  void SkipEnd() {
+    if (at_ != end_) ++at_;
   }
-  void Put(char c) { *at_++ = c; }
-  void Put(std::string_view text) { at_ = std::copy(text.begin(), text.end(), at_); }
 
-  std::string& out_;
-  char* at_;
+  // Makes room for as many units more; Put does not check.
+  void Ensure(std::size_t units) {
+    if (static_cast<std::size_t>(chunk_ + kChunk - to_) < units) Flush();
+  }
+  void Flush() {
+    out_.append(chunk_, to_ - chunk_);
+    to_ = chunk_;
+  }
+  void Put(char c) { *to_++ = static_cast<Utf16Unit>(c); }
+  void Put(std::string_view ascii) { to_ = std::copy(ascii.begin(), ascii.end(), to_); }
+
+  Utf16Text& out_;
+  const char* at_ = nullptr;
+  const char* end_ = nullptr;
+  Utf16Unit chunk_[kChunk];
+  Utf16Unit* to_ = chunk_;
 };
 
-bool Writer::Write(const Value& value) {
+bool Writer::WriteValue() {
   Ensure(kMaxNumber);
+  const ValueView value(at_);
+  at_ = value.End();
   switch (value.type()) {
-    case Value::Type::kNull:
+    case ValueType::kNull:
       Put("null");
       return true;
-    case Value::Type::kBoolean:
+    case ValueType::kBoolean:
       Put(*value.GetIfBool() ? "true" : "false");
       return true;
-    case Value::Type::kInteger:
-      Write(*value.GetIfInt());
+    case ValueType::kInteger:
+      WriteInt(*value.GetIfInt());
       return true;
-    case Value::Type::kDouble:
-      return Write(*value.GetIfDouble());
-    case Value::Type::kString:
-      return Write(*value.GetIfString());
-    case Value::Type::kDictionary:
-      return Write(*value.GetIfDictionary());
-    case Value::Type::kList:
-      return Write(*value.GetIfList());
-    case Value::Type::kBinary:
-      break;
+    case ValueType::kDouble:
+      return WriteDouble(*value.GetIfDouble());
+    case ValueType::kString:
+      return WriteString(*value.GetIfString());
+    case ValueType::kDictionary:
+      return WriteDictionary();
+    case ValueType::kList:
+      return WriteList();
+    default:
+      return false;
   }
-  return false;
 }
 
-bool Writer::Write(const ListValue& list) {
-  Ensure(1);
+bool Writer::WriteList() {
+  Ensure(2);
   Put('[');
-  for (const Value& item : list) {
-    if (!Write(item)) return false;
+  while (!AtEnd()) {
+    if (!WriteValue()) return false;
+    if (AtEnd()) break;
     Ensure(1);
     Put(',');
   }
+  SkipEnd();
   Ensure(1);
-  if (!list.empty()) --at_;
   Put(']');
   return true;
 }
 
-bool Writer::Write(const DictionaryValue& dictionary) {
+bool Writer::WriteDictionary() {
   Put('{');
-  for (const auto& [key, value] : dictionary) {
-    if (!Write(key)) return false;
+  while (!AtEnd()) {
+    if (!WriteValue()) return false;
     Ensure(1);
     Put(':');
-    if (!Write(value)) return false;
+    if (!WriteValue()) return false;
+    if (AtEnd()) break;
     Ensure(1);
     Put(',');
   }
+  SkipEnd();
   Ensure(1);
-  if (dictionary.size() != 0) --at_;
   Put('}');
   return true;
 }
 
-void Writer::Write(std::int32_t value) { at_ = std::to_chars(at_, at_ + kMaxNumber, value).ptr; }
+void Writer::WriteInt(std::int32_t value) {
+  char digits[kMaxNumber];
+  Put(std::string_view(digits, std::to_chars(digits, digits + kMaxNumber, value).ptr));
+}
 
-bool Writer::Write(double value) {
+bool Writer::WriteDouble(double value) {
   if (!std::isfinite(value)) return false;
-  const char* const start = at_;
-  at_ = std::to_chars(at_, at_ + kMaxNumber, value).ptr;
-  const bool reads_as_double = std::any_of(start, static_cast<const char*>(at_),
-                                           [](char c) { return c == '.' || c == 'e'; });
-  if (!reads_as_double) Put(".0");
+  char digits[kMaxNumber];
+  const std::string_view number(digits, std::to_chars(digits, digits + kMaxNumber, value).ptr);
+  Put(number);
+  if (number.find_first_of(".e") == std::string_view::npos) Put(".0");
   return true;
 }
 
-bool Writer::Write(std::string_view utf8) {
+bool Writer::WriteString(std::string_view utf8) {
   if (utf8.size() > kMaxStringBytes) {
     ReportCheckFailed("utf8.size() <= 2147483647");
     return false;
   }
-  const char* text = utf8.data();
-  const char* const end = text + utf8.size();
-  Ensure(utf8.size() + 2);
   Put('"');
-  for (;;) {
-    const char* const run = text;
-    text = SkipUnchanged(text, end);
-    Put(std::string_view(run, text - run));
-    if (text == end) break;
-    const CodePoint next = DecodeUtf8(text, end);
-    text += next.length;
-    // The rest's own length stays in hand, so that runs need no check.
-    Ensure(kMaxEscape + (end - text) + 1);
-    if (next.valid && !IsNoncharacter(next.code)) {
-      WriteEscape(next.code);
-    } else {
-      Put("\xEF\xBF\xBD");
+  while (!utf8.empty()) {
+    std::size_t size = std::min(utf8.size(), kPiece);
+    if (size < utf8.size()) {
+      // Not within a code point, of which the last byte is the fourth at most.
+      for (int i = 0; i < 3 && (utf8[size] & 0xC0) == 0x80; ++i) --size;
     }
+    Ensure(size * kMaxEscape + kCopySlack);
+    WritePiece(utf8.data(), utf8.data() + size);
+    utf8.remove_prefix(size);
   }
+  Ensure(1);
   Put('"');
   return true;
+}
+
+void Writer::WritePiece(const char* text, const char* end) {
+  while (text = CopyPlain<Stop::kEscapes>(text, end, to_), text != end) {
+    for (int i = 0; i < kScalarRun && text != end; ++i) {
+      const CodePoint next = Decode(text, end);
+      text += next.length;
+      const auto unit = static_cast<Utf16Unit>(next.code);
+      const bool common = next.valid && next.code < 0x2028;
+      if (common && (!IsAscii(unit) || IsPlain<Stop::kEscapes>(unit))) {
+        *to_++ = unit;
+      } else {
+        WriteSpecial(next);
+      }
+    }
+  }
+}
+
+void Writer::WriteSpecial(const CodePoint& point) {
+  if (!point.valid || IsNoncharacter(point.code)) {
+    *to_++ = static_cast<Utf16Unit>(kReplacement);
+  } else if (point.code < 0x80 || point.code == 0x2028 || point.code == 0x2029) {
+    WriteEscape(point.code);
+  } else {
+    to_ = PutUtf16(point.code, to_);
+  }
 }
 
 void Writer::WriteEscape(char32_t code) {
@@ -193,8 +209,6 @@ void Writer::WriteEscape(char32_t code) {
 
 }  // namespace
 
-bool WriteJson(const ListValue& list, std::string& out) {
-  return Writer(out, std::max(kFirstReserve, TypicalSize(list))).WriteDocument(list);
-}
+bool WriteJson(const ListValue& list, Utf16Text& out) { return Writer(out).WriteDocument(list); }
 
 }  // namespace base

@@ -1,15 +1,13 @@
 // Writes JSON text in its compact form. Runs in every process that loads the module.
 #pragma once
 
-#include <string>
-
-#include "json/Value.h"
+#include "json/ListValue.h"
 
 namespace base {
 
 // Replaces what `out` held. False, with `out` empty, if there is something that JSON text cannot
 // hold: binary, a double that is not finite, or a string of more than 2147483647 bytes, which is
 // reported as a failed check too. What is not valid UTF-8 is written as U+FFFD.
-bool WriteJson(const ListValue& list, std::string& out);
+bool WriteJson(const ListValue& list, Utf16Text& out);
 
 }  // namespace base

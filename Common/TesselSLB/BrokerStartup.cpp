@@ -11,7 +11,6 @@
 #include "TesselSLB/HiddenProcess.h"
 #include "TesselSLB/ModuleDirectory.h"
 #include "UTILITY/JbPipe.h"
-#include "UTILITY/Utf.h"
 #include "logging/Log.h"
 
 namespace {
@@ -51,9 +50,9 @@ bool BrokerPipeExists(DWORD scheme, std::wstring_view address, std::int32_t wait
 std::wstring GetBrokerOrigin(DWORD scheme) {
   switch (scheme) {
     case SL_HTTP_URI:
-      return Quoted(ToUtf16(TESSEL_HTTP_ORIGIN));
+      return Quoted(L"" TESSEL_HTTP_ORIGIN);
     case SL_HTTPS_URI:
-      return Quoted(ToUtf16(TESSEL_HTTPS_ORIGIN));
+      return Quoted(L"" TESSEL_HTTPS_ORIGIN);
     case SL_FILE_URI:
       return Quoted(L"file://" + GetModuleDirectory() + kPackageFile);
     default:

@@ -1,8 +1,8 @@
 #include "jarchive.h"
 
+#include <climits>
 #include <utility>
 
-#include "UTILITY/Utf.h"
 #include "json/Check.h"
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
@@ -19,41 +19,46 @@ const struct CheckReporter {
   }
 } checkReporter;
 
+std::string_view StringOf(base::ValueView element) {
+  const std::optional<std::string_view> text = element.GetIfString();
+  if (!text) throw ArchiveException("string expected");
+  return *text;
+}
+
 }  // namespace
 
 JArchive::JArchive() : list_(std::make_shared<base::ListValue>()) {}
 
 std::wstring JArchive::toString() const {
-  std::string utf8;
-  if (!base::WriteJson(*list_, utf8)) throw ArchiveException("json toString failed");
-  return ToUtf16(utf8);
+  std::wstring text;
+  if (!base::WriteJson(*list_, text)) throw ArchiveException("json toString failed");
+  return text;
 }
 
 void JArchive::fromString(std::wstring_view text) {
-  std::optional<base::Value> value = base::ReadJson(ToUtf8(text));
-  if (!value) throw ArchiveException("Cannot parse json_array");
-  base::ListValue* list = value->GetIfList();
-  if (list == nullptr) throw ArchiveException("json array expected");
-  list_ = std::make_shared<base::ListValue>(std::move(*list));
+  std::optional<base::Document> document = base::ReadJson(text);
+  if (!document) throw ArchiveException("Cannot parse json_array");
+  if (document->type != base::ValueType::kList) throw ArchiveException("json array expected");
+  list_ = std::make_shared<base::ListValue>(std::move(document->values));
   cursor_ = 0;
 }
 
 JArchive& JArchive::operator<<(std::int32_t value) {
   LOG_INFO("Archive: write int");
-  list_->Append(base::Value(value));
+  list_->AppendInt(value);
   return *this;
 }
 
 JArchive& JArchive::operator<<(bool value) {
   LOG_INFO("Archive: write bool");
-  list_->Append(base::Value(value));
+  list_->AppendBool(value);
   return *this;
 }
 
 JArchive& JArchive::operator<<(const wchar_t* text) {
   LOG_INFO("Archive: write LPCWSTR");
   if (text == nullptr) throw ArchiveException("Invald string");
-  list_->Append(base::Value(ToUtf8(text)));
+  list_->AppendString(std::wstring_view(text));
   return *this;
 }
 
@@ -66,49 +71,48 @@ JArchive& JArchive::operator<<(const POINT& point) {
 }
 
 JArchive& JArchive::operator>>(std::int32_t& value) {
-  const std::optional<std::int32_t> element = Current().GetIfInt();
+  const base::ValueView current = Current();
+  const std::optional<std::int32_t> element = current.GetIfInt();
   if (!element) throw ArchiveException("number expected");
   value = *element;
-  ++cursor_;
-  return *this;
+  return MoveBehind(current);
 }
 
 JArchive& JArchive::operator>>(bool& value) {
-  const std::optional<bool> element = Current().GetIfBool();
+  const base::ValueView current = Current();
+  const std::optional<bool> element = current.GetIfBool();
   if (!element) throw ArchiveException("boolean expected");
   value = *element;
-  ++cursor_;
-  return *this;
+  return MoveBehind(current);
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
-  Current();  // at the end of the archive the target stays as it is
+  const base::ValueView current = Current();  // at the end of the archive the target stays as it is
   utf8.clear();
-  utf8 = CurrentString();
-  ++cursor_;
-  return *this;
+  utf8 = StringOf(current);
+  return MoveBehind(current);
 }
 
 JArchive& JArchive::operator>>(CComBSTR& text) {
+  const base::ValueView current = Current();
   // A BSTR is made from zero-terminated text.
-  std::string_view utf8 = CurrentString();
+  std::string_view utf8 = StringOf(current);
   utf8 = utf8.substr(0, utf8.find('\0'));
-  const int units = Utf16Length(utf8);
-  const BSTR read = ::SysAllocStringLen(nullptr, static_cast<UINT>(units));
+  const std::size_t units = base::Utf16Length(utf8);
+  const BSTR read =
+      units <= UINT_MAX ? ::SysAllocStringLen(nullptr, static_cast<UINT>(units)) : nullptr;
   if (read == nullptr) ATL::AtlThrow(E_OUTOFMEMORY);
-  CopyAsUtf16(utf8, read, units);
+  base::CopyAsUtf16(utf8, read);
   text.Attach(read);
-  ++cursor_;
+  return MoveBehind(current);
+}
+
+base::ValueView JArchive::Current() const {
+  if (cursor_ >= list_->ByteSize()) throw ArchiveException("End of archive reached");
+  return list_->At(cursor_);
+}
+
+JArchive& JArchive::MoveBehind(base::ValueView element) {
+  cursor_ = list_->StartBehind(element);
   return *this;
-}
-
-const base::Value& JArchive::Current() const {
-  if (cursor_ >= list_->size()) throw ArchiveException("End of archive reached");
-  return (*list_)[cursor_];
-}
-
-std::string_view JArchive::CurrentString() const {
-  const std::optional<std::string_view> element = Current().GetIfString();
-  if (!element) throw ArchiveException("string expected");
-  return *element;
 }

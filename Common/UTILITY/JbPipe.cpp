@@ -1,10 +1,8 @@
 #include "UTILITY/JbPipe.h"
 
 #include <algorithm>
-#include <cstring>
 #include <cwchar>
 #include <new>
-#include <stdexcept>
 
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"
@@ -262,15 +260,21 @@ bool CJbPipe::ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeo
 bool CJbPipe::ReadBuffer(std::vector<BYTE>& bytes) {
   ThrowIfShutDown();
   bytes.clear();
+  Message message;
+  if (!ReadMessage(message)) return false;
+  bytes.assign(message.bytes.get(), message.bytes.get() + message.size);
+  return true;
+}
+
+bool CJbPipe::ReadMessage(Message& message) {
   if (!IsReady(State::kConnected)) throw PipeException("Invalid state in ReadBuffer");
   LOG_VERBOSE("Start reading");
   OVERLAPPED overlapped = MakeOverlapped();
-  bytes.resize(kFirstReadSize);
-  std::size_t total = 0;
+  if (!GrowBuffer(message, kFirstReadSize)) return false;
   for (;;) {
-    const BOOL started =
-        ::ReadFile(pipe_.Get(), bytes.data() + total, static_cast<DWORD>(bytes.size() - total),
-                   nullptr /*bytes read*/, &overlapped);
+    const BOOL started = ::ReadFile(pipe_.Get(), message.bytes.get() + message.size,
+                                    static_cast<DWORD>(message.capacity - message.size),
+                                    nullptr /*bytes read*/, &overlapped);
     const DWORD error = started ? ERROR_SUCCESS : ::GetLastError();
     if (!started && error != ERROR_IO_PENDING && error != ERROR_MORE_DATA) {
       LOG_ERROR("ReadFile failed (%i)", error);
@@ -284,9 +288,8 @@ bool CJbPipe::ReadBuffer(std::vector<BYTE>& bytes) {
     DWORD read = 0;
     const BOOL whole = ::GetOverlappedResult(pipe_.Get(), &overlapped, &read, TRUE /*wait*/);
     const DWORD readError = whole ? ERROR_SUCCESS : ::GetLastError();
-    total += read;
+    message.size += read;
     if (whole) {
-      bytes.resize(total);
       LOG_VERBOSE("End reading");
       return true;
     }
@@ -294,20 +297,23 @@ bool CJbPipe::ReadBuffer(std::vector<BYTE>& bytes) {
       LOG_ERROR("GetOverlappedResult failed");
       return false;
     }
-    if (!GrowBuffer(bytes)) return false;
+    const std::size_t factor = message.capacity < kLargeBuffer ? 16 : 2;
+    if (!GrowBuffer(message, message.capacity * factor)) return false;
   }
 }
 
-bool CJbPipe::GrowBuffer(std::vector<BYTE>& bytes) const {
-  const std::size_t size = bytes.size() * (bytes.size() < kLargeBuffer ? 16 : 2);
+bool CJbPipe::GrowBuffer(Message& message, std::size_t capacity) {
   try {
-    bytes.resize(size);
+    // Left as it comes: most of a large buffer is never touched.
+    auto bytes = std::make_unique_for_overwrite<BYTE[]>(capacity);
+    std::copy_n(message.bytes.get(), message.size, bytes.get());
+    message.bytes = std::move(bytes);
+    message.capacity = capacity;
     return true;
   } catch (const std::bad_alloc&) {
-  } catch (const std::length_error&) {
+    LOG_ERROR("Failed to allocate %zu bytes", capacity);
+    return false;
   }
-  LOG_ERROR("Failed to allocate %zu bytes", size);
-  return false;
 }
 
 DWORD CJbPipe::WaitForIo() const { return ::WaitForSingleObject(ioEvent_.Get(), timeout_); }
@@ -356,15 +362,17 @@ bool CJbPipe::WriteBuffer(const std::vector<BYTE>& bytes) {
 bool CJbPipe::ReadString(std::wstring& text) {
   ThrowIfShutDown();
   text.clear();
-  std::vector<BYTE> bytes;
-  if (!ReadBuffer(bytes)) {
+  Message message;
+  if (!ReadMessage(message)) {
     LOG_ERROR("ReadBuffer failed");
     return false;
   }
+  const std::size_t units = message.size / sizeof(wchar_t);
+  const auto* const begin = reinterpret_cast<const wchar_t*>(message.bytes.get());
+  text.assign(begin, std::find(begin, begin + units, L'\0'));
   // An odd last byte is a unit of its own, with a zero above it.
-  text.resize((bytes.size() + 1) / sizeof(wchar_t));
-  std::memcpy(text.data(), bytes.data(), bytes.size());
-  text.resize(std::min(text.find(L'\0'), text.size()));
+  const BYTE odd = message.size % sizeof(wchar_t) != 0 ? message.bytes[message.size - 1] : 0;
+  if (odd != 0 && text.size() == units) text += static_cast<wchar_t>(odd);
   return true;
 }
 

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,12 @@ class CJbPipe final : public IJbPipe {
  private:
   enum class State : std::uint32_t { kNone = 0, kListening = 1, kConnected = 2 };
 
+  struct Message {
+    std::unique_ptr<BYTE[]> bytes;
+    std::size_t size = 0;
+    std::size_t capacity = 0;
+  };
+
   std::wstring BuildPipeName(std::uint32_t processId) const;
   bool IsUnused() const { return state_ == State::kNone && !ioEvent_ && !pipe_; }
   bool IsReady(State state) const { return state_ == state && ioEvent_ && pipe_; }
@@ -100,7 +107,8 @@ class CJbPipe final : public IJbPipe {
   bool FinishWait(OVERLAPPED& overlapped, bool timedOut);
   DWORD WaitForIo() const;
   DWORD PumpUntilIo() const;
-  bool GrowBuffer(std::vector<BYTE>& bytes) const;
+  bool ReadMessage(Message& message);
+  static bool GrowBuffer(Message& message, std::size_t capacity);
 
   std::uint32_t timeout_ = 3000;
   SafeHandle ioEvent_;  // manual reset

@@ -10,7 +10,7 @@
 
 #include "AtlTypes.h"
 #include "VectorGrowth.h"
-#include "json/Value.h"
+#include "json/ListValue.h"
 #include "logging/Log.h"
 
 namespace Tessel {
@@ -72,9 +72,9 @@ class JArchive {
   }
 
  private:
-  const base::Value& Current() const;
-  std::string_view CurrentString() const;
+  base::ValueView Current() const;
+  JArchive& MoveBehind(base::ValueView element);
 
   std::shared_ptr<base::ListValue> list_;
-  std::size_t cursor_ = 0;
+  std::size_t cursor_ = 0;  // in bytes of the list
 };
