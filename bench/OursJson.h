@@ -11,26 +11,38 @@ namespace bench {
 
 class OursDocument {
  public:
-  explicit OursDocument(TextView text) : value_(base::ReadJson(ToUtf8(text))) {}
+  explicit OursDocument(TextView text) : document_(base::ReadJson(text)) {}
   std::int32_t Int() { return *Next().GetIfInt(); }
-  HandedOut String() { return HandOutUtf8(*Next().GetIfString()); }
+  HandedOut String() {
+    const std::string_view utf8 = *Next().GetIfString();
+    HandedOut text(base::Utf16Length(utf8), u'\0');
+    base::CopyAsUtf16(utf8, text.data());
+    return text;
+  }
 
  private:
-  const base::Value& Next() { return (*value_->GetIfList())[next_++]; }
+  base::ValueView Next() {
+    const base::ValueView value = document_->values.At(next_);
+    next_ = document_->values.StartBehind(value);
+    return value;
+  }
 
-  std::optional<base::Value> value_;
+  const std::optional<base::Document> document_;
   std::size_t next_ = 0;
 };
 
 inline Text WriteOurs(const Values& values) {
   base::ListValue list;
   for (const Value& value : values) {
-    list.Append(value.kind == Kind::kInt ? base::Value(value.number)
-                                         : base::Value(std::string_view(ToUtf8(value.text))));
+    if (value.kind == Kind::kInt) {
+      list.AppendInt(value.number);
+    } else {
+      list.AppendString(base::Utf16View(value.text));
+    }
   }
-  std::string utf8;
-  base::WriteJson(list, utf8);
-  return ToUtf16(utf8);
+  Text text;
+  base::WriteJson(list, text);
+  return text;
 }
 
 }  // namespace bench

@@ -50,17 +50,20 @@ Workload MakeEntries() {
 Workload MakeTexts() {
   std::minstd_rand random(kSeed);
   Builder builder("10,000 texts of 40 characters");
-  // The first unit of a run of letters.
-  static constexpr std::uint16_t kScripts[] = {0x00E0, 0x0430, 0x4E2D};
+  // As captions are: Latin words with an accent now and then, else words of the script's own.
+  static constexpr struct {
+    std::uint16_t first;  // of its letters
+    int every;            // so many characters
+  } kScripts[] = {{0x00E0, 6}, {0x0430, 1}, {0x4E2D, 1}};
   static constexpr std::uint16_t kEscaped[] = {'"', '\\', '\n', '\t', 1};
   for (std::size_t i = 0; i < 10000; ++i) {
     Text text;
     const bool ascii = i % 5 != 0;
-    const std::uint16_t script = kScripts[i / 5 % 3];
+    const auto& script = kScripts[i / 5 % 3];
     for (int j = 0; j < 40; ++j) {
-      // Two of three characters beyond ASCII, as in a caption that mixes names, digits and spaces.
       const auto letter = static_cast<std::uint16_t>(random() % 20);
-      text += static_cast<Unit>(!ascii && j % 3 != 0 ? script + letter : 'a' + letter);
+      const bool own = !ascii && j % script.every == 0;
+      text += static_cast<Unit>(j % 8 == 7 ? ' ' : (own ? script.first : 'a') + letter);
     }
     if (i % 10 == 3) {
       for (std::size_t j = 0; j < 3; ++j)
