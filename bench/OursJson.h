@@ -1,8 +1,6 @@
 // This module's JSON floor alone, where there is no archive: natively.
 #pragma once
 
-#include <optional>
-
 #include "Workloads.h"
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
@@ -11,23 +9,24 @@ namespace bench {
 
 class OursDocument {
  public:
-  explicit OursDocument(TextView text) : document_(base::ReadJson(text)) {}
+  explicit OursDocument(TextView text) { base::ReadJson(text, values_); }
   std::int32_t Int() { return *Next().GetIfInt(); }
   HandedOut String() {
-    const std::string_view utf8 = *Next().GetIfString();
-    HandedOut text(base::Utf16Length(utf8), u'\0');
-    base::CopyAsUtf16(utf8, text.data());
+    const base::StringView read = *Next().GetIfString();
+    if (!read.wide.empty()) return HandOut(read.wide);
+    HandedOut text(read.ascii.size(), u'\0');
+    base::CopyAsUtf16(read, text.data());
     return text;
   }
 
  private:
   base::ValueView Next() {
-    const base::ValueView value = document_->values.At(next_);
-    next_ = document_->values.StartBehind(value);
+    const base::ValueView value = values_.At(next_);
+    next_ = values_.StartBehind(value);
     return value;
   }
 
-  const std::optional<base::Document> document_;
+  base::ListValue values_;
   std::size_t next_ = 0;
 };
 
