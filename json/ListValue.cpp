@@ -22,6 +22,15 @@ char* CopyWellFormed(Utf16View text, char* to) {
 
 }  // namespace
 
+StringView UpToZero(const StringView& text) {
+  const char* const ascii = text.ascii.data();
+  const Utf16Unit* const wide = text.wide.data();
+  const auto length = [](const auto* begin, std::size_t size) {
+    return static_cast<std::size_t>(FindZero(begin, begin + size) - begin);
+  };
+  return {{ascii, length(ascii, text.ascii.size())}, {wide, length(wide, text.wide.size())}};
+}
+
 void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
   std::copy(text.wide.begin(), text.wide.end(), to);
   CopyExactAscii(text.ascii, to);

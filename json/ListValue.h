@@ -127,6 +127,7 @@ inline const char* ValueView::End() const {
   }
 }
 
+StringView UpToZero(const StringView& text);
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 #include "json/Utf.h"
 
@@ -76,6 +78,14 @@ inline unsigned WideStopBits(__m128i units) {
     stops |= static_cast<unsigned>(_mm_movemask_epi8(more));
   }
   return stops;
+}
+
+// A bit for each byte of the units that are zero.
+template <class Unit>
+inline unsigned ZeroBits(__m128i units) {
+  const __m128i zero = _mm_setzero_si128();
+  return static_cast<unsigned>(_mm_movemask_epi8(sizeof(Unit) == 1 ? _mm_cmpeq_epi8(units, zero)
+                                                                   : _mm_cmpeq_epi16(units, zero)));
 }
 
 // Units as bytes: one beyond ASCII becomes a byte that is no ASCII either.
@@ -164,6 +174,38 @@ inline void CopyExactAscii(std::string_view text, Utf16Unit* to) {
   }
 #endif
   std::copy(from, end, to);
+}
+
+// The first zero of a text, or its end.
+template <class Unit>
+inline const Unit* FindZero(const Unit* from, const Unit* end) {
+#ifdef JSON_HAS_SSE2
+  constexpr std::ptrdiff_t kStep = 16 / sizeof(Unit);
+  for (; end - from >= kStep; from += kStep) {
+    const unsigned zeros = ZeroBits<Unit>(LoadVector(from));
+    if (zeros != 0) return from + std::countr_zero(zeros) / sizeof(Unit);
+  }
+#endif
+  return std::find(from, end, Unit{});
+}
+
+// The text up to a zero that is known to come. Whole blocks are read, at addresses where that does
+// not leave a page.
+inline Utf16View UpToZero(const Utf16Unit* text) {
+  const Utf16Unit* at = text;
+#ifdef JSON_HAS_SSE2
+  const auto misplaced = [&at] { return reinterpret_cast<std::uintptr_t>(at) % 16; };
+  if (misplaced() % sizeof(Utf16Unit) == 0) {
+    for (; misplaced() != 0; ++at) {
+      if (*at == 0) return {text, static_cast<std::size_t>(at - text)};
+    }
+    unsigned zeros = 0;
+    while (zeros = ZeroBits<Utf16Unit>(LoadVector(at)), zeros == 0) at += 8;
+    return {text, static_cast<std::size_t>(at - text) + std::countr_zero(zeros) / 2};
+  }
+#endif
+  while (*at != 0) ++at;
+  return {text, static_cast<std::size_t>(at - text)};
 }
 
 // Copies text up to a surrogate or what comes behind them.

@@ -172,4 +172,19 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   EXPECT_EQ(start, list.ByteSize());
 }
 
+TEST(TextCopy, FindsTheZeroAtEveryPlaceOfABlock) {
+  for (std::size_t start = 0; start < 8; ++start) {
+    for (std::size_t length = 0; length < 40; ++length) {
+      alignas(16) base::Utf16Unit text[64] = {};
+      std::fill_n(text + start, length, static_cast<base::Utf16Unit>(0x100));
+      EXPECT_EQ(base::UpToZero(text + start).size(), length) << start;
+      EXPECT_EQ(base::FindZero(text + start, text + 64), text + start + length);
+      EXPECT_EQ(base::FindZero(text + start, text + start + length), text + start + length);
+      const std::string ascii(length, 'a');
+      const std::string padded = ascii + std::string(start, '\0');
+      EXPECT_EQ(base::UpToZero(base::StringView{padded, {}}).ascii, ascii);
+    }
+  }
+}
+
 }  // namespace

@@ -59,7 +59,7 @@ JArchive& JArchive::operator<<(bool value) {
 JArchive& JArchive::operator<<(const wchar_t* text) {
   LOG_INFO("Archive: write LPCWSTR");
   if (text == nullptr) throw ArchiveException("Invald string");
-  list_->AppendString(std::wstring_view(text));
+  list_->AppendString(base::UpToZero(text));
   return *this;
 }
 
@@ -97,9 +97,7 @@ JArchive& JArchive::operator>>(std::string& utf8) {
 JArchive& JArchive::operator>>(CComBSTR& text) {
   const base::ValueView current = Current();
   // A BSTR is made from zero-terminated text.
-  base::StringView utf16 = StringOf(current);
-  utf16.ascii = utf16.ascii.substr(0, utf16.ascii.find('\0'));
-  utf16.wide = utf16.wide.substr(0, utf16.wide.find(L'\0'));
+  const base::StringView utf16 = base::UpToZero(StringOf(current));
   const std::size_t units = base::Utf16Length(utf16);
   const BSTR read =
       units <= UINT_MAX ? ::SysAllocStringLen(nullptr, static_cast<UINT>(units)) : nullptr;
