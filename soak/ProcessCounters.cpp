@@ -1,0 +1,117 @@
+#include "ProcessCounters.h"
+
+#include <windows.h>
+// tlhelp32.h and winternl.h need windows.h before them
+#include <tlhelp32.h>
+#include <winternl.h>
+
+#include <thread>
+#include <vector>
+
+namespace soak {
+
+namespace {
+
+// Each function counts in the system's own lists: GetProcessHandleCount and GetGuiResources do not
+// answer under Wine.
+long CountHandles() {
+  struct Entry {
+    void* object;
+    ULONG_PTR process, handle;
+    ULONG access;
+    USHORT backtrace, type;
+    ULONG attributes, reserved;
+  };
+  struct Table {
+    ULONG_PTR count, reserved;
+    Entry entries[1];
+  };
+  constexpr auto kExtendedHandles = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+  std::vector<char> buffer(1 << 20);
+  ULONG needed = 0;
+  while (::NtQuerySystemInformation(kExtendedHandles, buffer.data(),
+                                    static_cast<ULONG>(buffer.size()), &needed) != 0) {
+    if (buffer.size() > (64u << 20)) return -1;
+    buffer.resize(buffer.size() * 2);
+  }
+  const auto* table = reinterpret_cast<const Table*>(buffer.data());
+  long count = 0;
+  for (ULONG_PTR i = 0; i < table->count; ++i)
+    count += table->entries[i].process == ::GetCurrentProcessId();
+  return count;
+}
+
+long CountBlocks() {
+  const HANDLE heap = ::GetProcessHeap();
+  PROCESS_HEAP_ENTRY entry = {};
+  long count = 0;
+  ::HeapLock(heap);
+  while (::HeapWalk(heap, &entry)) count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+  ::HeapUnlock(heap);
+  return count;
+}
+
+long CountThreads() {
+  const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof(entry);
+  long count = 0;
+  for (BOOL more = ::Thread32First(snapshot, &entry); more; more = ::Thread32Next(snapshot, &entry))
+    count += entry.th32OwnerProcessID == ::GetCurrentProcessId();
+  ::CloseHandle(snapshot);
+  return count;
+}
+
+long CountWindows() {
+  long count = 0;
+  ::EnumWindows(
+      [](HWND window, LPARAM counter) -> BOOL {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        *reinterpret_cast<long*>(counter) += process == ::GetCurrentProcessId();
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&count));
+  return count;
+}
+
+}  // namespace
+
+ProcessCounters CountProcess() {
+  return {CountHandles(), CountBlocks(), CountThreads(), CountWindows()};
+}
+
+bool CountersSeeLeaks() {
+  const long handles = CountHandles();
+  const HANDLE event = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  const bool seesHandle = CountHandles() == handles + 1;
+  ::CloseHandle(event);
+
+  const long blocks = CountBlocks();
+  void* const block = ::HeapAlloc(::GetProcessHeap(), 0, 100);
+  const bool seesBlock = CountBlocks() == blocks + 1;
+  ::HeapFree(::GetProcessHeap(), 0, block);
+
+  const HANDLE end = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  const long threads = CountThreads();
+  std::thread thread([end] { ::WaitForSingleObject(end, INFINITE); });
+  const bool seesThread = CountThreads() == threads + 1;
+  ::SetEvent(end);
+  thread.join();
+  ::CloseHandle(end);
+
+  const long windows = CountWindows();
+  const HWND window = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr,
+                                        nullptr, nullptr);
+  const bool seesWindow = CountWindows() >= windows + 1;
+  ::DestroyWindow(window);
+  return seesHandle && seesBlock && seesThread && seesWindow;
+}
+
+std::string ToText(const ProcessCounters& counters) {
+  return "handles " + std::to_string(counters.handles) + ", blocks " +
+         std::to_string(counters.blocks) + ", threads " + std::to_string(counters.threads) +
+         ", windows " + std::to_string(counters.windows);
+}
+
+}  // namespace soak

@@ -1,0 +1,51 @@
+#include "Program.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace soak {
+
+Program::Program(std::wstring commandLine, std::filesystem::path output)
+    : output_(std::move(output)) {
+  SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
+  const HANDLE file =
+      ::CreateFileW(output_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, &inherit,
+                    CREATE_ALWAYS, 0, nullptr);
+  STARTUPINFOW startup = {};
+  startup.cb = sizeof(startup);
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = startup.hStdError = file;
+  const BOOL started =
+      ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
+                       CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
+  ::CloseHandle(file);
+  if (!started) throw std::runtime_error("cannot start a program");
+}
+
+Program::~Program() {
+  Kill();
+  Wait(5000);
+  ::CloseHandle(process_.hThread);
+  ::CloseHandle(process_.hProcess);
+  std::error_code ignored;
+  std::filesystem::remove(output_, ignored);
+}
+
+bool Program::Runs() const { return Wait(0) == STILL_ACTIVE; }
+
+DWORD Program::Wait(DWORD milliseconds) const {
+  ::WaitForSingleObject(process_.hProcess, milliseconds);
+  DWORD code = 0;
+  ::GetExitCodeProcess(process_.hProcess, &code);
+  return code;
+}
+
+void Program::Kill() const { ::TerminateProcess(process_.hProcess, 99); }
+
+std::string Program::Output() const {
+  std::ifstream file(output_, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace soak

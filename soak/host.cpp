@@ -1,0 +1,168 @@
+// The host channel under raw clients that do what no client should, while another thread closes it
+// at every moment: soak_host ROUNDS SEED. Ends with 0 when every call ended and nothing was left.
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ProcessCounters.h"
+#include "TesselHost.h"
+
+namespace {
+
+constexpr unsigned long kTailored = 4;
+constexpr ULONGLONG kRoundLimit = 20000;  // ms; a call that takes longer hangs
+const std::wstring kName = L"soak" + std::to_wstring(::GetCurrentProcessId());
+const std::wstring kAddress = L"http://" + kName;
+const std::wstring kPipe =
+    L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name.TAILOREDhttp___" + kName;
+
+std::atomic<ULONGLONG> roundStart{0};
+std::atomic<long> codes[32];
+
+// Serves until the channel is closed.
+void Serve() {
+  std::vector<wchar_t> buffer(1000);
+  int code = 0;
+  do {
+    auto size = static_cast<unsigned long>(buffer.size());
+    code = ReadMessage(buffer.data(), &size);
+    ++codes[-code & 31];
+    if (code == SL_CHANNEL_BUFFER_TOO_SMALL) buffer.resize(size);
+    if (code == SL_CHANNEL_SUCCESS) ++codes[-WriteMessage(L"[0,\"answer\"]") & 31];
+  } while (code != SL_CHANNEL_CLOSED && code != SL_CHANNEL_NOT_INITIALIZED);
+}
+
+HANDLE Connect() {
+  for (int i = 0; i < 20; ++i) {
+    const HANDLE pipe = ::CreateFileW(kPipe.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+    if (pipe != INVALID_HANDLE_VALUE) return pipe;
+    ::Sleep(1);
+  }
+  return INVALID_HANDLE_VALUE;
+}
+
+enum class Misuse { kSilent, kHalf, kClosesAtOnce, kEmpty, kOdd, kHuge, kFlood, kNone, kCount };
+
+void Misbehave(Misuse misuse, unsigned random) {
+  static const std::vector<char> huge(64u << 20, 'x');
+  const HANDLE pipe = Connect();
+  if (pipe == INVALID_HANDLE_VALUE) return;
+  OVERLAPPED overlapped = {};
+  overlapped.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  const auto send = [&](const char* bytes, std::size_t size, DWORD wait) {
+    if (!::WriteFile(pipe, bytes, static_cast<DWORD>(size), nullptr, &overlapped) &&
+        ::GetLastError() != ERROR_IO_PENDING)
+      return;
+    if (::WaitForSingleObject(overlapped.hEvent, wait) == WAIT_TIMEOUT) ::CancelIo(pipe);
+    DWORD done = 0;
+    ::GetOverlappedResult(pipe, &overlapped, &done, TRUE);
+  };
+  static const char request[] = "[\0001\0]\0";
+  switch (misuse) {
+    case Misuse::kSilent:
+      ::Sleep(random % 30);
+      break;
+    case Misuse::kHalf:
+      send(request, 4, 50);
+      break;
+    case Misuse::kEmpty:
+      send(request, 0, 50);
+      break;
+    case Misuse::kOdd:
+      send(request, 5, 50);
+      break;
+    case Misuse::kHuge:
+      send(huge.data(), huge.size(), 2000);
+      break;
+    case Misuse::kFlood:
+      for (int i = 0; i < 50; ++i) send(request, sizeof(request) - 1, 20);
+      break;
+    case Misuse::kNone:
+      send(request, sizeof(request) - 1, 100);
+      ::Sleep(random % 5);
+      break;
+    default:
+      break;
+  }
+  ::CloseHandle(pipe);
+  ::CloseHandle(overlapped.hEvent);
+}
+
+void Watch() {
+  for (;;) {
+    ::Sleep(500);
+    const ULONGLONG start = roundStart;
+    if (start != 0 && ::GetTickCount64() - start > kRoundLimit) {
+      std::printf("\na call hangs\n");
+      std::fflush(stdout);
+      ::TerminateProcess(::GetCurrentProcess(), 3);
+    }
+  }
+}
+
+bool RunRound(std::minstd_rand& random) {
+  roundStart = ::GetTickCount64();
+  int opened = 0;
+  for (int i = 0; i < 200 && (opened = InitComm(kTailored, INFINITE, kAddress.c_str())) != 0; ++i)
+    ::Sleep(1);
+  if (opened != 0) return false;
+  std::thread host(Serve);
+  // One of sixty clients sends 64 MiB: each takes a while.
+  const bool huge = random() % 60 == 0;
+  const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
+  const auto what = misuse == Misuse::kHuge && !huge ? Misuse::kClosesAtOnce : misuse;
+  std::thread client([what, draw = static_cast<unsigned>(random())] { Misbehave(what, draw); });
+  const auto delay = random() % 4000;  // microseconds, of the cycle's few hundred and beyond
+  LARGE_INTEGER frequency, start, now;
+  ::QueryPerformanceFrequency(&frequency);
+  ::QueryPerformanceCounter(&start);
+  do {
+    ::QueryPerformanceCounter(&now);
+  } while ((now.QuadPart - start.QuadPart) * 1000000 / frequency.QuadPart <
+           static_cast<LONGLONG>(delay));
+  const int closed = UninitComm();
+  client.join();
+  host.join();
+  return closed == 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const int rounds = count > 1 ? std::atoi(arguments[1]) : 5000;
+  const unsigned seed =
+      count > 2 ? static_cast<unsigned>(std::strtoul(arguments[2], nullptr, 10)) : 1;
+  std::minstd_rand random(seed + 1);
+  if (!soak::CountersSeeLeaks()) {
+    std::printf("host: a counter does not see a planted leak\n");
+    return 1;
+  }
+  std::thread(Watch).detach();
+  bool good = true;
+  for (int i = 0; i < 200 && good; ++i) good = RunRound(random);
+  Misbehave(Misuse::kHuge, 0);  // makes its text before anything is counted
+  const soak::ProcessCounters before = soak::CountProcess();
+  for (int i = 0; i < rounds && good; ++i) {
+    good = RunRound(random);
+    if (i % 100 == 0) {
+      std::printf("\rhost: round %d of %d   ", i, rounds);
+      std::fflush(stdout);
+    }
+  }
+  const soak::ProcessCounters after = soak::CountProcess();
+  roundStart = 0;
+  std::printf("\rhost: %d channels closed by another thread; codes:", rounds);
+  for (int i = 0; i < 32; ++i) {
+    if (codes[i] != 0) std::printf(" %d:%ld", -i, codes[i].load());
+  }
+  std::printf("\nhost: before: %s; after: %s\n", soak::ToText(before).c_str(),
+              soak::ToText(after).c_str());
+  good = good && before == after;
+  std::printf("verdict of the host: %s\n", good ? "nothing lost" : "LOST");
+  return good ? 0 : 1;
+}
