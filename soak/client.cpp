@@ -31,9 +31,13 @@ class Caller {
     const RECT rect = ElementRect(element_);
     const POINT point = {element_ == 0 ? 1 : rect.left + 5, element_ == 0 ? 100 : 5};
     const int code = Call([&] { return GetElemFromPoint(content, point, 0, found); });
-    if (code == 0) {
+    owned_ = code == 0;
+    if (owned_) {
       if (Right(IdOf(found) == ElementId(broker_, element_))) UseElement(found);
     } else {
+      // An element that the broker would know: what fails now is the call about it.
+      found.objectId = ::SysAllocString(ElementId(broker_, element_).c_str());
+      UseElement(found);
       Forget(found);
     }
     Forget(content);
@@ -169,7 +173,7 @@ class Caller {
         Call([&] { return SelectItem(element, CComBSTR(item.c_str())); });
         break;
       default:
-        Call([&] { return ReleaseObj(element); });
+        if (owned_) Call([&] { return ReleaseObj(element); });
         Forget(element);
     }
   }
@@ -186,7 +190,18 @@ class Caller {
   std::minstd_rand random_;
   int broker_ = 0;
   int element_ = 0;
+  bool owned_ = false;
 };
+
+// The first search for a broker's launcher makes the system load what it keeps.
+void CallNobody() {
+  SLElemData content, found;
+  content.processId = 1;
+  content.hwnd = ::GetDesktopWindow();
+  content.uriScheme = SL_TAILORED_URI;
+  content.sourceUri = L"http://nobody.example/";
+  GetElemFromPoint(content, {1, 1}, 0, found);
+}
 
 void RunThreads(SharedState& state, DWORD run, unsigned seed, int mostSteps) {
   std::vector<std::thread> threads;
@@ -218,6 +233,7 @@ int main(int count, char** arguments) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
   }
+  CallNobody();
   RunThreads(*state, run, seed, kWarmUpSteps);
   const ProcessCounters before = CountProcess();
   RunThreads(*state, run, seed + 1, -1);
