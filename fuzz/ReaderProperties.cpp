@@ -1,12 +1,16 @@
 #include "fuzz/ReaderProperties.h"
 
-#include <sanitizer/allocator_interface.h>
-
 #include <algorithm>
 #include <memory>
 
 #include "fuzz/Require.h"
 #include "json/JsonWriter.h"
+
+// Of the sanitizers' runtime; GCC comes without the header that declares them.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*on_malloc)(const volatile void*,
+                                                                           std::size_t),
+                                                         void (*on_free)(const volatile void*));
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block);
 
 namespace {
 
@@ -21,9 +25,7 @@ const int hooks = __sanitizer_install_malloc_and_free_hooks(
       most = std::max(most, live);
     },
     [](const volatile void* block) {
-      if (counting)
-        live -= static_cast<std::ptrdiff_t>(
-            __sanitizer_get_allocated_size(const_cast<const void*>(block)));
+      if (counting) live -= static_cast<std::ptrdiff_t>(__sanitizer_get_allocated_size(block));
     });
 
 bool SameValues(const base::ListValue& a, const base::ListValue& b) {

@@ -23,6 +23,15 @@ bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
 }
 
+// So much of a longer text that it ends in no code point: before the last byte that continues none,
+// unless four continue one another, of which the last is stray.
+std::size_t PieceSize(std::string_view utf8) {
+  for (std::size_t size = kPiece; size > kPiece - 4; --size) {
+    if ((utf8[size] & 0xC0) != 0x80) return size;
+  }
+  return kPiece;
+}
+
 // Writes into a small chunk that stays in the processor's cache, and from there into the text: a
 // text that is made as large as it may become costs a second pass that fills it with zeros.
 class Writer {
@@ -156,11 +165,7 @@ bool Writer::WriteString(std::string_view utf8) {
   }
   Put('"');
   while (!utf8.empty()) {
-    std::size_t size = std::min(utf8.size(), kPiece);
-    if (size < utf8.size()) {
-      // Not within a code point, of which the last byte is the fourth at most.
-      for (int i = 0; i < 3 && (utf8[size] & 0xC0) == 0x80; ++i) --size;
-    }
+    const std::size_t size = utf8.size() > kPiece ? PieceSize(utf8) : utf8.size();
     Ensure(size * kMaxEscape + kCopySlack);
     WritePiece(utf8.data(), utf8.data() + size);
     utf8.remove_prefix(size);
