@@ -3,6 +3,7 @@
 
 #include "fuzz/PlainUtf.h"
 #include "fuzz/Require.h"
+#include "json/ListValue.h"
 
 namespace {
 
@@ -28,22 +29,24 @@ void CheckBytes(std::string_view bytes) {
 
 void CheckText(base::Utf16View text) {
   const std::u32string codes = plain::Decode(text);
-  const std::string expected = plain::ToUtf8(codes);
+  const base::Utf16Text expected = plain::ToUtf16(codes);
   const auto exact = Exact(text);
-  // Room of the least size that the conversion asks for.
-  const std::size_t room = text.size() * base::kMaxUtf8PerUnit + base::kCopySlack;
-  const std::unique_ptr<char[]> bytes(new char[room]);
-  const char* const end = base::CopyAsUtf8({exact.get(), text.size()}, bytes.get());
-  const std::string_view utf8(bytes.get(), static_cast<std::size_t>(end - bytes.get()));
-  Require(utf8 == expected, "UTF-16 becomes the same UTF-8");
+  base::ListValue list;
+  list.AppendString({exact.get(), text.size()});
+  const base::StringView kept = list.At(0).GetIfString().value();
+  Require(base::ToUtf8(kept) == plain::ToUtf8(codes), "UTF-16 becomes the same UTF-8");
+  Require(base::Utf8Length(kept) == plain::ToUtf8(codes).size(), "UTF-8 has that length");
+  Require(base::Utf16Length(kept) == expected.size(), "a string has as many units");
 
-  const base::Utf16Text back = plain::ToUtf16(codes);
-  const auto source = Exact(utf8);
-  const std::string_view from(source.get(), utf8.size());
-  Require(base::Utf16Length(from) == back.size(), "UTF-8 has as many units");
-  const std::unique_ptr<base::Utf16Unit[]> units(new base::Utf16Unit[back.size()]);
-  base::CopyAsUtf16(from, units.get());
-  Require(base::Utf16View(units.get(), back.size()) == back, "UTF-8 becomes the same UTF-16");
+  const auto copied = [](const base::StringView& from) {
+    const std::size_t size = base::Utf16Length(from);
+    const std::unique_ptr<base::Utf16Unit[]> units(new base::Utf16Unit[size]);
+    base::CopyAsUtf16(from, units.get());
+    return base::Utf16Text(units.get(), size);
+  };
+  Require(copied(kept) == expected, "a string gives the same UTF-16");
+  const base::Utf16Text up_to_zero = expected.substr(0, expected.find(base::Utf16Unit{}));
+  Require(copied(base::UpToZero(kept)) == up_to_zero, "a string ends at the first zero");
 }
 
 }  // namespace

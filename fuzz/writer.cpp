@@ -5,15 +5,14 @@
 #include <map>
 #include <string>
 
-#include "fuzz/PlainUtf.h"
+#include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
-#include "json/JsonReader.h"
 #include "json/JsonWriter.h"
 
 namespace {
 
 constexpr int kMaxDepth = 198;  // of what stands in the outermost list
-constexpr std::size_t kMaxString = 20000;
+constexpr std::size_t kMaxString = 6000;
 
 // Builds values of the input's bytes, and beside them those that must come back.
 class Builder {
@@ -39,7 +38,7 @@ class Builder {
   }
   void AddType(base::ValueType type) {
     for (base::ListValue* list : {&values, &expected})
-      list->Finish(base::packed::PutType(list->Room(1), type));
+      list->Finish(base::packed::PutType(list->Room(base::packed::kTypeSize), type));
   }
 
   void AddValue(int depth);
@@ -74,7 +73,7 @@ void Builder::AddValue(int depth) {
       AddType(base::ValueType::kList);
       while (at_ != end_ && *at_ % 9 != 8) AddValue(depth + 1);
       Byte();
-      return AddType(base::packed::kEnd);
+      return AddType(base::ValueType::kEnd);
     case 7:
       return AddDictionary(depth);
     default:
@@ -95,20 +94,22 @@ void Builder::AddDouble() {
 void Builder::AddString(std::size_t size, std::size_t times) {
   std::string piece;
   while (piece.size() < size && at_ != end_) piece += static_cast<char>(Byte());
-  std::string bytes;
-  do bytes += piece;
-  while (times-- > 1 && bytes.size() < kMaxString);
-  values.AppendString(bytes);
-  bool well_formed = true;
-  std::u32string codes = plain::Decode(bytes, &well_formed);
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(piece.data());
+  const base::Utf16Text units = UnitsOf(bytes, piece.size());
+  base::Utf16Text text;
+  do text += units;
+  while (times-- > 1 && text.size() < kMaxString);
+  values.AppendString(text);
+  std::u32string codes = plain::Decode(base::Utf16View(text));
   std::replace_if(codes.begin(), codes.end(), plain::IsNoncharacter, 0xFFFD);
-  expected.AppendString(plain::ToUtf8(codes));
+  expected.AppendString(plain::ToUtf16(codes));
 }
 
 // Keys of ASCII: two that were not would become one when they are replaced.
 void Builder::AddKey(const std::string& key) {
-  values.AppendString(key);
-  expected.AppendString(key);
+  const base::Utf16Text text(key.begin(), key.end());
+  values.AppendString(text);
+  expected.AppendString(text);
 }
 
 void Builder::AddDictionary(int depth) {
@@ -126,7 +127,7 @@ void Builder::AddDictionary(int depth) {
     AddValue(depth + 1);
     if (values.ByteSize() == before) AddType(base::ValueType::kNull);
   }
-  AddType(base::packed::kEnd);
+  AddType(base::ValueType::kEnd);
 }
 
 }  // namespace
@@ -141,10 +142,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Require(text.empty(), "what cannot be written leaves no text");
     return 0;
   }
-  const auto read = base::ReadJson(base::Utf16View(text));
+  const auto read = Read(base::Utf16View(text));
   Require(read && read->type == base::ValueType::kList, "what was written reads as a list");
-  Require(std::equal(read->values.begin(), read->values.end(), built.expected.begin(),
-                     built.expected.end()),
-          "what was written reads as the same values");
+  Require(SameValues(read->values, built.expected), "what was written reads as the same values");
   return 0;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "json/Digits.h"
 #include "json/JsonNumber.h"
 #include "json/MemberOrder.h"
 
@@ -14,11 +15,13 @@ namespace base {
 namespace {
 
 constexpr int kMaxDepth = 199;
+constexpr char32_t kMaxCodePoint = 0x10FFFF;
+constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 
 // No text needs more packed bytes than this for each of its units: "", is the worst.
-constexpr std::size_t kMaxPackedPerUnit = 3;
-// What is written beyond that before it is known to be needed: a string's head, vectors.
-constexpr std::size_t kPackedSlack = packed::kBytesHead + 2 * kCopySlack;
+constexpr std::size_t kMaxPackedPerUnit = 4;
+// What is written beyond that before it is known to be needed: a string's head.
+constexpr std::size_t kMoreRoom = packed::kTextHead;
 
 bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
 
@@ -38,11 +41,13 @@ class Reader {
  public:
   using Text = std::basic_string_view<Unit>;
 
-  explicit Reader(Text text) : at_(text.data()), end_(at_ + text.size()) {
-    to_ = values_.Room(text.size() * kMaxPackedPerUnit + kPackedSlack);
-  }
+  Reader(Text text, ListValue& values)
+      : at_(text.data()),
+        end_(at_ + text.size()),
+        values_(values),
+        to_(values.Room(text.size() * kMaxPackedPerUnit + kMoreRoom)) {}
 
-  std::optional<Document> ReadDocument() {
+  std::optional<ValueType> ReadDocument() {
     SkipByteOrderMark();
     SkipGap();
     ValueType type = ValueType::kList;
@@ -57,7 +62,7 @@ class Reader {
     if (end_ - at_ > 1 || (at_ != end_ && !IsAsciiOrByte(*at_))) return std::nullopt;
     values_.Finish(to_);
     values_.Trim();
-    return Document{type, std::move(values_)};
+    return type;
   }
 
  private:
@@ -68,22 +73,32 @@ class Reader {
   bool ReadMember();
   bool ReadString();
   bool ReadNumber();
+  bool ReadShortInt();
   bool ReadDouble(Text number);
   bool ReadWord(const char* rest);
 
   // Reads all between the bracket at at_ and `close`, both included.
   template <bool (Reader::*ReadItem)()>
   bool ReadItems(char close);
-  // Append to the string at to_: text up to a quote or backslash, what an escape stands for. The
-  // first is false if the text ends first or is ill-formed.
-  bool ReadStringRun();
-  bool ReadEscape();
-  bool ReadHexEscape(int digits);
+  // The string as ASCII (To: char) or in UTF-16, its text from `to` on. Without an end if the text
+  // ends first, is ill-formed, or cannot be kept as To.
+  template <class To>
+  To* ReadText(To* to);
+  template <class To>
+  bool ReadRun(To*& to);
+  // What the escape at at_ stands for; kNoCodePoint if it is none.
+  char32_t ReadEscape();
+  char32_t ReadHexEscape(int digits);
   int ReadHex(int digits);
   bool SkipDigits();
   bool AtDelimiter() const;
   void SkipByteOrderMark();
-  void SkipGap();
+  void SkipGap() {
+    // Compact messages have no gaps: most calls end here.
+    if (Peek() <= ' ' || Peek() == '/') [[unlikely]]
+      SkipBlanksAndComments();
+  }
+  void SkipBlanksAndComments();
   bool SkipComment();
 
   static bool IsAsciiOrByte(char) { return true; }
@@ -105,7 +120,7 @@ class Reader {
   const Unit* at_;
   const Unit* const end_;
   int depth_ = 0;
-  ListValue values_;
+  ListValue& values_;
   char* to_;                    // in the room behind values_
   std::vector<char*> members_;  // where those of all open dictionaries start, outermost first
 };
@@ -120,10 +135,10 @@ bool Reader<Unit>::ReadValue() {
     case '{':
       return ReadDictionary();
     case 't':
-      Put(ValueType::kBoolean, true);
+      Put(ValueType::kBoolean, packed::Flag{true});
       return ReadWord("true");
     case 'f':
-      Put(ValueType::kBoolean, false);
+      Put(ValueType::kBoolean, packed::Flag{false});
       return ReadWord("false");
     case 'n':
       PutType(ValueType::kNull);
@@ -163,7 +178,7 @@ template <class Unit>
 bool Reader<Unit>::ReadList() {
   PutType(ValueType::kList);
   if (!ReadItems<&Reader::ReadValue>(']')) return false;
-  PutType(packed::kEnd);
+  PutType(ValueType::kEnd);
   return true;
 }
 
@@ -174,7 +189,7 @@ bool Reader<Unit>::ReadDictionary() {
   if (!ReadItems<&Reader::ReadMember>('}')) return false;
   to_ = SortMembers(std::span(members_).subspan(first), to_);
   members_.resize(first);
-  PutType(packed::kEnd);
+  PutType(ValueType::kEnd);
   return true;
 }
 
@@ -191,59 +206,74 @@ bool Reader<Unit>::ReadMember() {
 template <class Unit>
 bool Reader<Unit>::ReadString() {
   char* const start = to_;
-  to_ += packed::kBytesHead;
-  ++at_;
-  if (!ReadStringRun()) return false;
-  while (*at_ != '"') {
-    if (!ReadEscape() || !ReadStringRun()) return false;
+  char* const text = start + packed::kTextHead;
+  const Unit* const first = ++at_;
+  ValueType type = ValueType::kString;
+  const char* end = ReadText(text);
+  if (end == nullptr) {
+    // Not ASCII, most likely, and then all of it is kept in UTF-16.
+    at_ = first;
+    type = ValueType::kWideString;
+    end = reinterpret_cast<const char*>(ReadText(reinterpret_cast<Utf16Unit*>(text)));
   }
-  ++at_;
-  packed::PutBytesHead(start, ValueType::kString, to_);
-  return true;
+  if (end != nullptr) to_ = packed::PutTextHead(start, type, end);
+  return end != nullptr;
 }
 
 template <class Unit>
-bool Reader<Unit>::ReadStringRun() {
+template <class To>
+To* Reader<Unit>::ReadText(To* to) {
+  while (ReadRun(to)) {
+    if (*at_++ == '"') return to;
+    const char32_t code = ReadEscape();
+    if (code > (sizeof(To) == 1 ? 0x7F : kMaxCodePoint)) return nullptr;
+    to = Encode(code, to);
+  }
+  return nullptr;
+}
+
+// Copies text up to a quote or backslash. False if the text ends first, is ill-formed, or cannot be
+// kept as To.
+template <class Unit>
+template <class To>
+bool Reader<Unit>::ReadRun(To*& to) {
   for (;;) {
-    at_ = CopyPlain<Stop::kStringEnds>(at_, end_, to_);
-    for (int i = 0; i < kScalarRun; ++i) {
-      if (at_ == end_) return false;
-      if (*at_ == '"' || *at_ == '\\') return true;
-      const CodePoint next = Decode(at_, end_);
-      if (!next.valid) return false;
-      at_ += next.length;
-      to_ = PutUtf8(next.code, to_);
+    if constexpr (sizeof(Unit) == sizeof(To) && sizeof(To) > 1) {
+      at_ = CopyWide<Stop::kStringEnds>(at_, end_, to);
+    } else {
+      at_ = CopyAscii<Stop::kStringEnds>(at_, end_, to);
     }
+    if (at_ == end_) return false;
+    if (*at_ == '"' || *at_ == '\\') return true;
+    const CodePoint next = Decode(at_, end_);
+    if (!next.valid || sizeof(To) == 1) return false;
+    at_ += next.length;
+    to = Encode(next.code, to);
   }
 }
 
 template <class Unit>
-bool Reader<Unit>::ReadEscape() {
+char32_t Reader<Unit>::ReadEscape() {
   static constexpr std::string_view kLetters = "\"\\/bfnrtv";
   static constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t\v";
-  if (end_ - ++at_ < 1) return false;
+  if (at_ == end_) return kNoCodePoint;
   const Unit letter = *at_++;
   if (letter == 'u') return ReadHexEscape(4);
   if (letter == 'x') return ReadHexEscape(2);
   const std::size_t index =
       IsAscii(letter) ? kLetters.find(static_cast<char>(letter)) : std::string_view::npos;
-  if (index == std::string_view::npos) return false;
-  *to_++ = kMeanings[index];
-  return true;
+  return index != std::string_view::npos ? kMeanings[index] : kNoCodePoint;
 }
 
 template <class Unit>
-bool Reader<Unit>::ReadHexEscape(int digits) {
-  int code = ReadHex(digits);
-  if (code < 0 || (code >= 0xDC00 && code <= 0xDFFF)) return false;
-  if (code >= 0xD800 && code <= 0xDBFF) {
-    if (!Accept('\\') || !Accept('u')) return false;
-    const int low = ReadHex(4);
-    if (low < 0xDC00 || low > 0xDFFF) return false;
-    code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-  }
-  to_ = PutUtf8(static_cast<char32_t>(code), to_);
-  return true;
+char32_t Reader<Unit>::ReadHexEscape(int digits) {
+  const int code = ReadHex(digits);
+  if (code < 0 || (code >= 0xDC00 && code <= 0xDFFF)) return kNoCodePoint;
+  if (code < 0xD800 || code > 0xDFFF) return code;
+  if (!Accept('\\') || !Accept('u')) return kNoCodePoint;
+  const int low = ReadHex(4);
+  if (low < 0xDC00 || low > 0xDFFF) return kNoCodePoint;
+  return 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
 }
 
 // The value of so many hexadecimal digits, or -1.
@@ -259,8 +289,27 @@ int Reader<Unit>::ReadHex(int digits) {
   return value;
 }
 
+// The numbers of ordinary messages: few digits, and then the next element.
+template <class Unit>
+bool Reader<Unit>::ReadShortInt() {
+#ifdef JSON_HAS_SSE2
+  const Unit* const digits = at_ + (*at_ == '-');
+  if (end_ - digits <= 8) return false;
+  const ShortNumber number = ReadShortNumber(digits);
+  const Unit* const end = digits + number.digits;
+  if (number.digits == 0 || (number.digits > 1 && *digits == '0') || *end != ',') return false;
+  const auto value = static_cast<std::int32_t>(number.value);
+  Put(ValueType::kInteger, digits != at_ ? -value : value);
+  at_ = end;
+  return true;
+#else
+  return false;
+#endif
+}
+
 template <class Unit>
 bool Reader<Unit>::ReadNumber() {
+  if (at_ != end_ && ReadShortInt()) return true;
   const Unit* const start = at_;
   const bool negative = Accept('-');
   const Unit* const digits = at_;
@@ -318,10 +367,7 @@ void Reader<Utf16Unit>::SkipByteOrderMark() {
 }
 
 template <class Unit>
-void Reader<Unit>::SkipGap() {
-  // Compact messages have no gaps: most calls end here.
-  if (Peek() > ' ' && Peek() != '/') [[likely]]
-    return;
+void Reader<Unit>::SkipBlanksAndComments() {
   while (IsBlank(Peek()) ? (++at_, true) : Peek() == '/' && SkipComment()) {
   }
 }
@@ -347,10 +393,12 @@ bool Reader<Unit>::SkipComment() {
 
 }  // namespace
 
-std::optional<Document> ReadJson(std::string_view utf8) {
-  return Reader<char>(utf8).ReadDocument();
+std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values) {
+  return Reader<char>(utf8, values).ReadDocument();
 }
 
-std::optional<Document> ReadJson(Utf16View text) { return Reader<Utf16Unit>(text).ReadDocument(); }
+std::optional<ValueType> ReadJson(Utf16View text, ListValue& values) {
+  return Reader<Utf16Unit>(text, values).ReadDocument();
+}
 
 }  // namespace base

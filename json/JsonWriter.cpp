@@ -7,29 +7,20 @@
 #include <string_view>
 
 #include "json/Check.h"
+#include "json/Digits.h"
 
 namespace base {
 
 namespace {
 
-constexpr std::size_t kFirstReserve = 1024;
 constexpr std::size_t kMaxNumber = 32;
 constexpr std::size_t kMaxEscape = 6;
 constexpr std::size_t kMaxStringBytes = 2147483647;
-constexpr std::size_t kPiece = 512;  // bytes of a string that are written without a check for room
+constexpr std::size_t kPiece = 512;  // of a string: is written without a check for room
 constexpr std::size_t kChunk = 4096;
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
-}
-
-// So much of a longer text that it ends in no code point: before the last byte that continues none,
-// unless four continue one another, of which the last is stray.
-std::size_t PieceSize(std::string_view utf8) {
-  for (std::size_t size = kPiece; size > kPiece - 4; --size) {
-    if ((utf8[size] & 0xC0) != 0x80) return size;
-  }
-  return kPiece;
 }
 
 // Writes into a small chunk that stays in the processor's cache, and from there into the text: a
@@ -40,8 +31,9 @@ class Writer {
 
   bool WriteDocument(const ListValue& list) {
     out_.clear();
-    // Elements take about as many units in a text as bytes in the list.
-    out_.reserve(std::max(kFirstReserve, list.ByteSize() + list.ByteSize() / 8));
+    // Elements take about as many units in a text as bytes in the list, or fewer. What fits the
+    // chunk is allocated when its size is known.
+    if (list.ByteSize() > kChunk) out_.reserve(list.ByteSize());
     at_ = list.begin();
     end_ = list.end();
     const bool written = WriteList();
@@ -53,18 +45,22 @@ class Writer {
  private:
   // These write what stands at at_ and leave it behind that.
   bool WriteValue();
+  bool WriteOther(ValueView value);
   bool WriteList();
   bool WriteDictionary();
-  bool WriteString(std::string_view utf8);
-  void WritePiece(const char* text, const char* end);
-  void WriteSpecial(const CodePoint& point);
+  bool WriteString(const StringView& text);
+  template <class Unit>
+  void WriteUnits(std::basic_string_view<Unit> text);
+  template <class Unit>
+  void WritePiece(const Unit* text, const Unit* end);
+  void WriteCodePoint(char32_t code);
   void WriteEscape(char32_t code);
   void WriteInt(std::int32_t value);
   bool WriteDouble(double value);
 
-  bool AtEnd() const { return at_ == end_ || ValueView(at_).type() == packed::kEnd; }
+  bool AtEnd() const { return at_ == end_ || ValueView(at_).type() == ValueType::kEnd; }
   void SkipEnd() {
-    if (at_ != end_) ++at_;
+    if (at_ != end_) at_ += packed::kTypeSize;
   }
 
   // Makes room for as many units more; Put does not check.
@@ -85,10 +81,20 @@ class Writer {
   Utf16Unit* to_ = chunk_;
 };
 
-bool Writer::WriteValue() {
+// Most elements of a message are ints: they pass without a call and a jump by the type.
+inline bool Writer::WriteValue() {
   Ensure(kMaxNumber);
   const ValueView value(at_);
+  const std::optional<std::int32_t> number = value.GetIfInt();
+  if (!number) return WriteOther(value);
+  at_ += packed::kTypeSize + sizeof(*number);
+  WriteInt(*number);
+  return true;
+}
+
+bool Writer::WriteOther(ValueView value) {
   at_ = value.End();
+  if (const std::optional<StringView> text = value.GetIfString()) return WriteString(*text);
   switch (value.type()) {
     case ValueType::kNull:
       Put("null");
@@ -96,13 +102,8 @@ bool Writer::WriteValue() {
     case ValueType::kBoolean:
       Put(*value.GetIfBool() ? "true" : "false");
       return true;
-    case ValueType::kInteger:
-      WriteInt(*value.GetIfInt());
-      return true;
     case ValueType::kDouble:
       return WriteDouble(*value.GetIfDouble());
-    case ValueType::kString:
-      return WriteString(*value.GetIfString());
     case ValueType::kDictionary:
       return WriteDictionary();
     case ValueType::kList:
@@ -144,9 +145,13 @@ bool Writer::WriteDictionary() {
   return true;
 }
 
-void Writer::WriteInt(std::int32_t value) {
-  char digits[kMaxNumber];
-  Put(std::string_view(digits, std::to_chars(digits, digits + kMaxNumber, value).ptr));
+inline void Writer::WriteInt(std::int32_t value) {
+  auto magnitude = static_cast<std::uint32_t>(value);
+  if (value < 0) {
+    Put('-');
+    magnitude = 0 - magnitude;
+  }
+  to_ = PutNumber(magnitude, to_);
 }
 
 bool Writer::WriteDouble(double value) {
@@ -158,46 +163,51 @@ bool Writer::WriteDouble(double value) {
   return true;
 }
 
-bool Writer::WriteString(std::string_view utf8) {
-  if (utf8.size() > kMaxStringBytes) {
+bool Writer::WriteString(const StringView& text) {
+  // Only a text that may be too long is measured: it has at most three bytes a unit.
+  if (Utf16Length(text) > kMaxStringBytes / 3 && Utf8Length(text) > kMaxStringBytes) {
     ReportCheckFailed("utf8.size() <= 2147483647");
     return false;
   }
   Put('"');
-  while (!utf8.empty()) {
-    const std::size_t size = utf8.size() > kPiece ? PieceSize(utf8) : utf8.size();
-    Ensure(size * kMaxEscape + kCopySlack);
-    WritePiece(utf8.data(), utf8.data() + size);
-    utf8.remove_prefix(size);
-  }
+  WriteUnits(text.ascii);
+  WriteUnits(text.wide);
   Ensure(1);
   Put('"');
   return true;
 }
 
-void Writer::WritePiece(const char* text, const char* end) {
-  while (text = CopyPlain<Stop::kEscapes>(text, end, to_), text != end) {
-    for (int i = 0; i < kScalarRun && text != end; ++i) {
-      const CodePoint next = Decode(text, end);
-      text += next.length;
-      const auto unit = static_cast<Utf16Unit>(next.code);
-      const bool common = next.valid && next.code < 0x2028;
-      if (common && (!IsAscii(unit) || IsPlain<Stop::kEscapes>(unit))) {
-        *to_++ = unit;
-      } else {
-        WriteSpecial(next);
-      }
-    }
+template <class Unit>
+void Writer::WriteUnits(std::basic_string_view<Unit> text) {
+  while (!text.empty()) {
+    std::size_t size = std::min(text.size(), kPiece);
+    if (size < text.size() && IsSurrogate(text[size])) --size;  // a pair stays together
+    Ensure(size * kMaxEscape + kCopySlack);
+    WritePiece(text.data(), text.data() + size);
+    text.remove_prefix(size);
   }
 }
 
-void Writer::WriteSpecial(const CodePoint& point) {
-  if (!point.valid || IsNoncharacter(point.code)) {
-    *to_++ = static_cast<Utf16Unit>(kReplacement);
-  } else if (point.code < 0x80 || point.code == 0x2028 || point.code == 0x2029) {
-    WriteEscape(point.code);
+template <class Unit>
+void Writer::WritePiece(const Unit* text, const Unit* end) {
+  for (;;) {
+    if constexpr (sizeof(Unit) == 1) {
+      text = CopyPaddedAscii<Stop::kEscapes>(text, end, to_);
+    } else {
+      text = CopyWide<Stop::kEscapes>(text, end, to_);
+    }
+    if (text == end) return;
+    const CodePoint next = Decode(text, end);
+    text += next.length;
+    WriteCodePoint(next.code);
+  }
+}
+
+void Writer::WriteCodePoint(char32_t code) {
+  if (code < 0x80 || code == 0x2028 || code == 0x2029) {
+    WriteEscape(code);
   } else {
-    to_ = PutUtf16(point.code, to_);
+    to_ = Encode(IsNoncharacter(code) ? kReplacement : code, to_);
   }
 }
 

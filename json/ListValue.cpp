@@ -1,48 +1,98 @@
 #include "json/ListValue.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 namespace base {
 
 namespace {
 
-constexpr std::size_t kFirstCapacity = 112;
-constexpr std::size_t kLargeBlock = 4096;
+// UTF-16 into UTF-16: what changes are unpaired surrogates.
+char* CopyWellFormed(Utf16View text, char* to) {
+  auto* units = reinterpret_cast<Utf16Unit*>(to);
+  const Utf16Unit* from = text.data();
+  const Utf16Unit* const end = from + text.size();
+  while (from = CopyWide<Stop::kLimits>(from, end, units), from != end) {
+    const CodePoint next = Decode(from, end);
+    from += next.length;
+    units = Encode(next.code, units);
+  }
+  return reinterpret_cast<char*>(units);
+}
 
 }  // namespace
 
+StringView UpToZero(const StringView& text) {
+  const char* const ascii = text.ascii.data();
+  const Utf16Unit* const wide = text.wide.data();
+  const auto length = [](const auto* begin, std::size_t size) {
+    return static_cast<std::size_t>(FindZero(begin, begin + size) - begin);
+  };
+  return {{ascii, length(ascii, text.ascii.size())}, {wide, length(wide, text.wide.size())}};
+}
+
+void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
+  std::copy(text.wide.begin(), text.wide.end(), to);
+  CopyExactAscii(text.ascii, to);
+}
+
+std::size_t Utf8Length(const StringView& text) {
+  std::size_t length = text.ascii.size();
+  // Each surrogate stands for two of four bytes.
+  for (const Utf16Unit unit : text.wide)
+    length += IsAscii(unit) ? 1 : unit < 0x800 || IsSurrogate(unit) ? 2 : 3;
+  return length;
+}
+
+std::string ToUtf8(const StringView& text) {
+  std::string utf8(text.ascii);
+  const Utf16Unit* from = text.wide.data();
+  const Utf16Unit* const end = from + text.wide.size();
+  while (from != end) {
+    char bytes[4];
+    const CodePoint next = Decode(from, end);
+    from += next.length;
+    utf8.append(bytes, Encode(next.code, bytes));
+  }
+  return utf8;
+}
+
 void ListValue::AppendString(Utf16View text) {
-  constexpr std::size_t kMost = std::numeric_limits<std::ptrdiff_t>::max() / (2 * kMaxUtf8PerUnit);
-  if (text.size() > kMost) throw std::bad_alloc();
-  char* const to = Room(packed::kBytesHead + text.size() * kMaxUtf8PerUnit + kCopySlack);
-  Finish(packed::PutBytesHead(to, ValueType::kString, CopyAsUtf8(text, to + packed::kBytesHead)));
+  char* const start = Room(packed::kTextHead + text.size() * sizeof(Utf16Unit));
+  char* to = start + packed::kTextHead;
+  const Utf16Unit* const end = text.data() + text.size();
+  if (CopyAscii<Stop::kLimits>(text.data(), end, to) == end) {
+    Finish(packed::PutTextHead(start, ValueType::kString, to));
+  } else {
+    to = CopyWellFormed(text, start + packed::kTextHead);
+    Finish(packed::PutTextHead(start, ValueType::kWideString, to));
+  }
 }
 
-void ListValue::AppendBytes(ValueType type, std::string_view bytes) {
-  char* const to = Room(packed::kBytesHead + bytes.size());
-  std::copy(bytes.begin(), bytes.end(), to + packed::kBytesHead);
-  Finish(packed::PutBytesHead(to, type, to + packed::kBytesHead + bytes.size()));
+void ListValue::AppendBinary(std::string_view bytes) {
+  char* const start = Room(packed::kTextHead + packed::Even(bytes.size()));
+  char* const end = std::copy(bytes.begin(), bytes.end(), start + packed::kTextHead);
+  Finish(packed::PutTextHead(start, ValueType::kBinary, end));
 }
 
-// Room that is never written costs address space only, so the block doubles.
 void ListValue::Grow(std::size_t bytes) {
-  const std::size_t capacity = std::max({kFirstCapacity, 2 * capacity_, size_ + bytes});
-  char* const block = static_cast<char*>(std::realloc(block_.get(), capacity));
+  // Room that is never written costs address space only, so the block doubles.
+  const std::size_t capacity = std::max(2 * capacity_, size_ + bytes);
+  char* const old = block_ == small_ ? nullptr : block_;
+  char* const block = static_cast<char*>(std::realloc(old, capacity + packed::kSlack));
   if (block == nullptr) throw std::bad_alloc();
-  static_cast<void>(block_.release());
-  block_.reset(block);
+  if (old == nullptr) std::copy_n(small_, size_, block);
+  block_ = block;
   capacity_ = capacity;
 }
 
 void ListValue::Trim() {
-  if (capacity_ < kLargeBlock || size_ == 0) return;
-  char* const block = static_cast<char*>(std::realloc(block_.get(), size_));
-  if (block == nullptr) return;
-  static_cast<void>(block_.release());
-  block_.reset(block);
-  capacity_ = size_;
+  constexpr std::size_t kWorthIt = 4096;
+  if (block_ == small_ || capacity_ < kWorthIt) return;
+  if (void* const block = std::realloc(block_, size_ + packed::kSlack)) {
+    block_ = static_cast<char*>(block);
+    capacity_ = size_;
+  }
 }
 
 }  // namespace base

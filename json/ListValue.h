@@ -1,5 +1,5 @@
 // A JSON list in one block of memory: its elements stand one behind the other, each as a type and
-// its content. An int takes five bytes, and a list of any length one allocation.
+// its content. An int takes six bytes, and a list of any length at most one allocation.
 // Used in every process that loads the module.
 #pragma once
 
@@ -7,32 +7,39 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
-#include <utility>
 
-#include "json/Utf.h"
+#include "json/TextCopy.h"
 
 namespace base {
 
-enum class ValueType : std::uint8_t {
+enum class ValueType : std::uint16_t {
   kNull = 0,
   kBoolean,
   kInteger,
   kDouble,
   kString,
   kBinary,
-  kDictionary,  // strings and values in turn, sorted by key in byte order, one value per key
-  kList
+  kDictionary,  // strings and values in turn, sorted by key in UTF-8's order, one value per key
+  kList,
+  // As a list keeps values:
+  kEnd,        // of a nested list or dictionary
+  kWideString  // a string that is not ASCII: in UTF-16
 };
 
-// How elements stand in a block. Behind those of a nested list or dictionary stands kEnd.
+// How elements stand in a block: at even places, which UTF-16 demands.
 namespace packed {
 
-constexpr auto kEnd = static_cast<ValueType>(8);
-constexpr std::size_t kBytesHead = 1 + sizeof(std::size_t);  // of a string: its type and length
-constexpr std::size_t kMaxFixedSize = 1 + sizeof(double);
+constexpr std::size_t kTypeSize = sizeof(ValueType);
+constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);  // type and length in bytes
+constexpr std::size_t kMaxFixedSize = kTypeSize + sizeof(double);
+constexpr std::size_t kSlack = kCopySlack * sizeof(Utf16Unit);  // what a copy may need behind it
+
+using Flag = std::uint16_t;
+
+constexpr std::size_t Even(std::size_t size) { return size + size % 2; }
 
 template <class T>
 T Load(const char* from) {
@@ -42,112 +49,138 @@ T Load(const char* from) {
 }
 
 inline char* PutType(char* to, ValueType type) {
-  *to = static_cast<char>(type);
-  return to + 1;
+  std::memcpy(to, &type, sizeof(type));
+  return to + kTypeSize;
 }
 template <class T>
 char* Put(char* to, ValueType type, T object) {
-  std::memcpy(to + 1, &object, sizeof(T));
-  return PutType(to, type) + sizeof(T);
+  std::memcpy(PutType(to, type), &object, sizeof(T));
+  return to + kTypeSize + sizeof(T);
 }
-// For a string whose bytes stand from to + kBytesHead to `end` already.
-inline char* PutBytesHead(char* to, ValueType type, const char* end) {
-  return Put(to, type, static_cast<std::size_t>(end - to) - kBytesHead) + (end - to - kBytesHead);
+// For a text whose bytes stand from to + kTextHead to `end` already. Gives where the next goes.
+inline char* PutTextHead(char* to, ValueType type, const char* end) {
+  const auto size = static_cast<std::size_t>(end - to) - kTextHead;
+  return Put(to, type, size) + Even(size);
 }
 
 }  // namespace packed
 
-// One element where it stands in a list; good until the list changes. For a null, boolean, number,
-// string or binary; of a list or dictionary it is the start.
+// A string as a list keeps it: one of both is empty. UTF-16 is well formed.
+struct StringView {
+  std::string_view ascii;
+  Utf16View wide;
+};
+
+// One element where it stands in a list; good until the list changes. Of a list or dictionary it is
+// the start.
 class ValueView {
  public:
   explicit ValueView(const char* at) : at_(at) {}
 
-  ValueType type() const { return static_cast<ValueType>(*at_); }
-  std::optional<bool> GetIfBool() const { return CopyIf<bool>(ValueType::kBoolean); }
+  ValueType type() const {
+    return PackedType() == ValueType::kWideString ? ValueType::kString : PackedType();
+  }
+  ValueType PackedType() const { return packed::Load<ValueType>(at_); }
+  std::optional<bool> GetIfBool() const {
+    const std::optional<packed::Flag> flag = CopyIf<packed::Flag>(ValueType::kBoolean);
+    return flag ? std::optional<bool>(*flag != 0) : std::nullopt;
+  }
   std::optional<std::int32_t> GetIfInt() const { return CopyIf<std::int32_t>(ValueType::kInteger); }
   std::optional<double> GetIfDouble() const { return CopyIf<double>(ValueType::kDouble); }
-  std::optional<std::string_view> GetIfString() const {
-    return type() == ValueType::kString ? std::optional(Bytes()) : std::nullopt;
-  }
+  std::optional<StringView> GetIfString() const;
   // Where the next element starts.
   const char* End() const;
 
  private:
   template <typename T>
   std::optional<T> CopyIf(ValueType wanted) const {
-    return type() == wanted ? std::optional<T>(packed::Load<T>(at_ + 1)) : std::nullopt;
+    return PackedType() == wanted ? std::optional<T>(packed::Load<T>(at_ + packed::kTypeSize))
+                                  : std::nullopt;
   }
-  std::string_view Bytes() const {
-    return {at_ + packed::kBytesHead, packed::Load<std::size_t>(at_ + 1)};
-  }
+  std::size_t TextSize() const { return packed::Load<std::size_t>(at_ + packed::kTypeSize); }
 
   const char* at_;
 };
 
+inline std::optional<StringView> ValueView::GetIfString() const {
+  const char* const text = at_ + packed::kTextHead;
+  if (PackedType() == ValueType::kString) return StringView{{text, TextSize()}, {}};
+  if (PackedType() != ValueType::kWideString) return std::nullopt;
+  const auto* const units = reinterpret_cast<const Utf16Unit*>(text);
+  return StringView{{}, {units, TextSize() / sizeof(Utf16Unit)}};
+}
+
 inline const char* ValueView::End() const {
-  switch (type()) {
+  switch (PackedType()) {
     case ValueType::kBoolean:
-      return at_ + 1 + sizeof(bool);
+      return at_ + packed::kTypeSize + sizeof(packed::Flag);
     case ValueType::kInteger:
-      return at_ + 1 + sizeof(std::int32_t);
+      return at_ + packed::kTypeSize + sizeof(std::int32_t);
     case ValueType::kDouble:
-      return at_ + 1 + sizeof(double);
+      return at_ + packed::kTypeSize + sizeof(double);
     case ValueType::kString:
     case ValueType::kBinary:
-      return Bytes().data() + Bytes().size();
+    case ValueType::kWideString:
+      return at_ + packed::kTextHead + packed::Even(TextSize());
     default:
-      return at_ + 1;
+      return at_ + packed::kTypeSize;
   }
 }
+
+StringView UpToZero(const StringView& text);
+inline std::size_t Utf16Length(const StringView& text) {
+  return text.ascii.size() + text.wide.size();
+}
+void CopyAsUtf16(const StringView& text, Utf16Unit* to);  // no unit more than that
+std::size_t Utf8Length(const StringView& text);
+std::string ToUtf8(const StringView& text);
 
 class ListValue {
  public:
   ListValue() = default;
-  ListValue(ListValue&& other) noexcept
-      : block_(std::move(other.block_)),
-        size_(std::exchange(other.size_, 0)),
-        capacity_(std::exchange(other.capacity_, 0)) {}
+  ListValue(const ListValue&) = delete;
+  ListValue& operator=(const ListValue&) = delete;
+  ~ListValue() {
+    if (block_ != small_) std::free(block_);
+  }
 
-  void AppendNull() { Finish(packed::PutType(Room(1), ValueType::kNull)); }
-  void AppendBool(bool value) { AppendFixed(ValueType::kBoolean, value); }
+  void AppendNull() { Finish(packed::PutType(Room(packed::kTypeSize), ValueType::kNull)); }
+  void AppendBool(bool value) { AppendFixed(ValueType::kBoolean, packed::Flag{value}); }
   void AppendInt(std::int32_t value) { AppendFixed(ValueType::kInteger, value); }
   void AppendDouble(double value) { AppendFixed(ValueType::kDouble, value); }
-  void AppendString(std::string_view utf8) { AppendBytes(ValueType::kString, utf8); }
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
-  void AppendBinary(std::string_view bytes) { AppendBytes(ValueType::kBinary, bytes); }
+  void AppendBinary(std::string_view bytes);
 
-  // Elements are found by where they start, in bytes from the first. One behind another.
+  // Elements are found by where they start, in bytes from the first.
   std::size_t ByteSize() const { return size_; }
-  ValueView At(std::size_t start) const { return ValueView(block_.get() + start); }
-  std::size_t StartBehind(ValueView element) const { return element.End() - block_.get(); }
-  const char* begin() const { return block_.get(); }
-  const char* end() const { return block_.get() + size_; }
+  ValueView At(std::size_t start) const { return ValueView(block_ + start); }
+  std::size_t StartBehind(ValueView element) const { return element.End() - block_; }
+  const char* begin() const { return block_; }
+  const char* end() const { return block_ + size_; }  // kSlack bytes can be read behind it
 
-  // For who writes packed elements himself: room for that many bytes behind the last element, and
-  // where these elements end. Finish gives back what a large block has too much.
+  // For who writes packed elements himself: room for so many bytes behind the last element, and the
+  // new end. Trim gives back what a large block has too much.
   char* Room(std::size_t bytes) {
     if (capacity_ - size_ < bytes) Grow(bytes);
-    return block_.get() + size_;
+    return block_ + size_;
   }
-  void Finish(const char* end) { size_ = end - block_.get(); }
+  void Finish(const char* end) { size_ = end - block_; }
   void Trim();
 
  private:
-  struct FreeBlock {
-    void operator()(char* block) const { std::free(block); }
-  };
+  // Most requests and answers fit.
+  static constexpr std::size_t kSmallCapacity = 168;
 
   void Grow(std::size_t bytes);
-  void AppendBytes(ValueType type, std::string_view bytes);
   template <class T>
   void AppendFixed(ValueType type, T value) {
     Finish(packed::Put(Room(packed::kMaxFixedSize), type, value));
   }
 
-  std::unique_ptr<char, FreeBlock> block_;
+  char* block_ = small_;
   std::size_t size_ = 0;
-  std::size_t capacity_ = 0;
+  std::size_t capacity_ = kSmallCapacity;
+  alignas(Utf16Unit) char small_[kSmallCapacity + packed::kSlack];
 };
 
 }  // namespace base

@@ -1,10 +1,5 @@
 #include "logging/LogLevel.h"
 
-#include <windows.h>
-
-#include <algorithm>
-#include <atomic>
-#include <cstdint>
 #include <cstring>
 
 #include "logging/LastErrorGuard.h"
@@ -14,10 +9,6 @@ namespace logging {
 namespace {
 
 constexpr std::uint64_t kRefreshMilliseconds = 3000;
-
-std::atomic<int> configuredLevel{kFatal};
-std::atomic<std::uint64_t> lastReadTick{0};  // 0: never read
-std::atomic<int> traceLevel{kFatal};
 
 int LevelFromText(const char* text) {
   static constexpr struct {
@@ -52,25 +43,15 @@ int ReadLevelFromRegistry() {
 
 }  // namespace
 
-int GetConfiguredLogLevel() {
-  const std::uint64_t now = ::GetTickCount64();
-  const std::uint64_t lastRead = lastReadTick.load();
-  if (lastRead != 0 && now - lastRead < kRefreshMilliseconds) return configuredLevel.load();
+constinit LevelCache levelCache;
 
-  const LastErrorGuard keepLastError;
-  const int level = ReadLevelFromRegistry();
-  configuredLevel.exchange(level);
-  lastReadTick.exchange(now);
-  return level;
-}
-
-int GetTraceLevel() { return traceLevel.load(); }
-void SetTraceLevel(int level) { traceLevel.store(level); }
-
-int LowestLoggedLevel() {
+int RefreshConfiguredLogLevel(std::uint64_t now) {
   const LastErrorGuard keepLastError;
   EnsureEventProvider();
-  return std::min(traceLevel.load(), GetConfiguredLogLevel());
+  const int level = ReadLevelFromRegistry();
+  levelCache.configured.exchange(level);
+  levelCache.staleTick.exchange(now + kRefreshMilliseconds);
+  return level;
 }
 
 }  // namespace logging

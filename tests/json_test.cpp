@@ -1,11 +1,14 @@
 // JSON values, reader and writer: what is accepted, refused and written, byte for byte.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
+#include <codecvt>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <locale>
 #include <vector>
 
 #include "json/JsonReader.h"
@@ -15,26 +18,17 @@ namespace {
 
 using base::ListValue;
 
-std::string Utf8(base::Utf16View text) {
-  std::string utf8(text.size() * base::kMaxUtf8PerUnit + base::kCopySlack, '\0');
-  utf8.resize(base::CopyAsUtf8(text, utf8.data()) - utf8.data());
-  return utf8;
-}
-
-base::Utf16Text Utf16(std::string_view utf8) {
-  base::Utf16Text text(base::Utf16Length(utf8), 0);
-  base::CopyAsUtf16(utf8, text.data());
-  return text;
-}
+// Another's conversions, of what is well formed.
+std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
 std::string Written(const ListValue& list) {
   base::Utf16Text out(1, 'o');
   const bool written = base::WriteJson(list, out);
-  const std::string utf8 = Utf8(out);
+  const std::string utf8 = convert.to_bytes(out);
   return written ? utf8.substr(1, utf8.size() - 2) : "refused" + utf8;
 }
 
-std::string Written(std::string_view text) {
+std::string Written(base::Utf16View text) {
   ListValue list;
   list.AppendString(text);
   return Written(list);
@@ -44,10 +38,10 @@ std::string Written(std::string_view text) {
 template <class Text>
 std::string Rewritten(const Text& text) {
   const std::vector<typename Text::value_type> exact(text.begin(), text.end());
-  const auto read = base::ReadJson(std::basic_string_view(exact.data(), exact.size()));
-  if (!read) return "\"no value\"";
-  const std::string items = Written(read->values);
-  return read->type == base::ValueType::kList ? '[' + items + ']' : items;
+  ListValue values;
+  const auto type = base::ReadJson(std::basic_string_view(exact.data(), exact.size()), values);
+  if (!type) return "\"no value\"";
+  return *type == base::ValueType::kList ? '[' + Written(values) + ']' : Written(values);
 }
 
 std::string Content(const std::filesystem::path& path) {
@@ -70,7 +64,7 @@ TEST(JsonReader, AcceptsAndRefuses) {
         name.starts_with("refused") ? "\"no value\"" : Content(path.replace_extension("out"));
     EXPECT_EQ(Rewritten(text), expected) << name;
     if (!name.starts_with("refused-utf8")) {
-      EXPECT_EQ(Rewritten(Utf16(text)), expected) << name;
+      EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
     for (std::size_t size = 0; size < text.size(); ++size) Rewritten(text.substr(0, size));
   }
@@ -92,54 +86,103 @@ TEST(JsonReader, HostileTextsStayCheap) {
       {Repeated("[{\"\":", kCount), false},
       {"[" + Repeated("/*", kCount), false},
       {Repeated("1", kCount) + "e-" + std::to_string(kCount), true}};
-  for (const auto& [text, accepted] : cases)
-    EXPECT_EQ(base::ReadJson(text).has_value(), accepted) << text.substr(0, 20);
+  for (const auto& [text, accepted] : cases) {
+    ListValue values;
+    EXPECT_EQ(base::ReadJson(text, values).has_value(), accepted) << text.substr(0, 20);
+  }
 }
 
-TEST(JsonWriter, EscapesEveryByteAtEveryPlaceOfABlock) {
+TEST(JsonWriter, EscapesEveryUnitAtEveryPlaceOfABlock) {
   constexpr std::string_view special = "\b\t\n\f\r\"\\", letters = "btnfr\"\\";
-  for (int byte = 0; byte < 256; ++byte) {
-    const std::string raw(1, static_cast<char>(byte));
+  std::vector<int> units = {0x2027, 0x2028, 0x2029, 0x202A, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF,
+                            0xE000, 0xFDCF, 0xFDD0, 0xFDEF, 0xFDF0, 0xFFFD, 0xFFFE, 0xFFFF};
+  for (int unit = 0; unit < 0x100; ++unit) units.push_back(unit);
+  for (const int unit : units) {
     char code[8];
-    std::snprintf(code, sizeof(code), "\\u%04X", byte);
-    std::string form = byte >= 0x80 ? "\xEF\xBF\xBD" : byte < 0x20 || byte == '<' ? code : raw;
-    if (const auto at = special.find(raw); at < special.size()) form = {'\\', letters[at]};
-    for (std::size_t before = 0; before < 36; ++before) {
-      const std::string head(before, 'a'), tail(35 - before, 'z');
-      const std::string written = Written(head + raw + tail);
-      EXPECT_EQ(written, "\"" + head + form + tail + "\"") << byte << " at " << before;
-      EXPECT_EQ(Rewritten(written), written) << byte << " at " << before;
+    std::snprintf(code, sizeof(code), "\\u%04X", static_cast<unsigned>(unit));
+    const bool escaped = unit < 0x20 || unit == '<' || unit == 0x2028 || unit == 0x2029;
+    const bool replaced =
+        (unit >= 0xD800 && unit <= 0xDFFF) || (unit >= 0xFDD0 && unit <= 0xFDEF) || unit >= 0xFFFE;
+    const auto raw = static_cast<base::Utf16Unit>(replaced ? 0xFFFD : unit);
+    std::string form = escaped ? code : convert.to_bytes(raw);
+    const auto at = unit < 0x80 ? special.find(static_cast<char>(unit)) : special.npos;
+    if (at != special.npos) form = {'\\', letters[at]};
+    // All ASCII or not makes two paths, and so does where in a step of the copy the unit stands.
+    for (const char16_t filler : {u'a', u'\u20AC'}) {
+      for (std::size_t before = 0; before < 36; ++before) {
+        const base::Utf16Text head(before, filler), tail(35 - before, filler);
+        const auto text = head + static_cast<base::Utf16Unit>(unit) + tail;
+        const std::string written = Written(text);
+        const std::string expected =
+            '"' + convert.to_bytes(head) + form + convert.to_bytes(tail) + '"';
+        EXPECT_EQ(written, expected) << unit << " at " << before;
+        EXPECT_EQ(Rewritten(written), written) << unit << " at " << before;
+        EXPECT_EQ(Rewritten(convert.from_bytes(written)), written) << unit << " at " << before;
+      }
     }
   }
 }
 
-TEST(JsonWriter, ReplacesBrokenUtf8AndRefusesWhatNoTextSays) {
-  const std::pair<const char*, int> cases[] = {{"\xC3", 1},         {"\xE2\x82", 1},
-                                               {"\xC0\xAF", 2},     {"\xF0\x9F\x98", 1},
-                                               {"\xED\xA0\x80", 3}, {"\xF4\x90\x80\x80", 4}};
-  for (const auto& [text, count] : cases) {
-    EXPECT_EQ(Written(text + std::string("|")), '"' + Repeated("\xEF\xBF\xBD", count) + "|\"")
-        << text;
+TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
+  std::int64_t number = 0;
+  for (int digit = 1; number <= INT_MAX; digit = digit % 9 + 1, number = number * 10 + digit) {
+    for (const std::int64_t value : {number, -number}) {
+      ListValue list;
+      list.AppendInt(static_cast<std::int32_t>(value));
+      EXPECT_EQ(Written(list), std::to_string(value));
+      // In front of another element, and as the last of a text that ends there.
+      for (const char* behind : {",1]", "]"}) {
+        const std::string text = '[' + std::to_string(value) + behind;
+        EXPECT_EQ(Rewritten(text), text);
+        EXPECT_EQ(Rewritten(convert.from_bytes(text)), text);
+      }
+    }
   }
-  EXPECT_EQ(Written(Repeated("\x01", 5000)), '"' + Repeated("\\u0001", 5000) + '"');
+  EXPECT_EQ(Written(base::Utf16Text(5000, 1)).size(), 5000 * 6 + 2u);
   ListValue infinite, no_number, binary;
   infinite.AppendDouble(-HUGE_VAL);
   no_number.AppendDouble(std::nan(""));
   binary.AppendBinary("");
-  for (const ListValue* list : {&infinite, &no_number, &binary})
+  for (const ListValue* list : {&infinite, &no_number, &binary}) {
     EXPECT_EQ(Written(*list), "refused");
+  }
 }
 
-TEST(Utf, ReplacesUnpairedSurrogatesAtEveryPlaceOfABlock) {
-  for (std::size_t before = 0; before < 36; ++before) {
-    for (const int broken : {0xD800, 0xDBFF, 0xDC00, 0xDFFF}) {
-      base::Utf16Text text(before, 'a');
-      text += static_cast<base::Utf16Unit>(broken);
-      text += base::Utf16Text(35 - before, 0x20AC);
-      ListValue list;
-      list.AppendString(base::Utf16View(text));
-      text[before] = 0xFFFD;
-      EXPECT_EQ(Utf16(*list.At(0).GetIfString()), text) << broken << " at " << before;
+TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
+  ListValue list;
+  std::vector<base::Utf16Text> texts;
+  for (std::size_t size = 0; size < 40; ++size) {
+    for (const char16_t last : {u'z', u'\u20AC'}) {
+      texts.push_back(base::Utf16Text(size, 'a') + static_cast<base::Utf16Unit>(last));
+      list.AppendString(base::Utf16View(texts.back()));
+      list.AppendBool(size % 2 == 0);
+    }
+  }
+  std::size_t start = 0;
+  for (const base::Utf16Text& text : texts) {
+    const auto kept = list.At(start).GetIfString().value();
+    std::vector<base::Utf16Unit> copy(base::Utf16Length(kept));
+    base::CopyAsUtf16(kept, copy.data());
+    EXPECT_EQ(base::Utf16Text(copy.begin(), copy.end()), text);
+    EXPECT_EQ(base::ToUtf8(kept), convert.to_bytes(text));
+    start = list.StartBehind(list.At(start));
+    EXPECT_EQ(list.At(start).GetIfBool(), (text.size() - 1) % 2 == 0);
+    start = list.StartBehind(list.At(start));
+  }
+  EXPECT_EQ(start, list.ByteSize());
+}
+
+TEST(TextCopy, FindsTheZeroAtEveryPlaceOfABlock) {
+  for (std::size_t start = 0; start < 8; ++start) {
+    for (std::size_t length = 0; length < 40; ++length) {
+      alignas(16) base::Utf16Unit text[64] = {};
+      std::fill_n(text + start, length, static_cast<base::Utf16Unit>(0x100));
+      EXPECT_EQ(base::UpToZero(text + start).size(), length) << start;
+      EXPECT_EQ(base::FindZero(text + start, text + 64), text + start + length);
+      EXPECT_EQ(base::FindZero(text + start, text + start + length), text + start + length);
+      const std::string ascii(length, 'a');
+      const std::string padded = ascii + std::string(start, '\0');
+      EXPECT_EQ(base::UpToZero(base::StringView{padded, {}}).ascii, ascii);
     }
   }
 }

@@ -19,8 +19,8 @@ const struct CheckReporter {
   }
 } checkReporter;
 
-std::string_view StringOf(base::ValueView element) {
-  const std::optional<std::string_view> text = element.GetIfString();
+base::StringView StringOf(base::ValueView element) {
+  const std::optional<base::StringView> text = element.GetIfString();
   if (!text) throw ArchiveException("string expected");
   return *text;
 }
@@ -36,10 +36,11 @@ std::wstring JArchive::toString() const {
 }
 
 void JArchive::fromString(std::wstring_view text) {
-  std::optional<base::Document> document = base::ReadJson(text);
-  if (!document) throw ArchiveException("Cannot parse json_array");
-  if (document->type != base::ValueType::kList) throw ArchiveException("json array expected");
-  list_ = std::make_shared<base::ListValue>(std::move(document->values));
+  auto list = std::make_shared<base::ListValue>();
+  const std::optional<base::ValueType> type = base::ReadJson(text, *list);
+  if (!type) throw ArchiveException("Cannot parse json_array");
+  if (*type != base::ValueType::kList) throw ArchiveException("json array expected");
+  list_ = std::move(list);
   cursor_ = 0;
 }
 
@@ -58,7 +59,7 @@ JArchive& JArchive::operator<<(bool value) {
 JArchive& JArchive::operator<<(const wchar_t* text) {
   LOG_INFO("Archive: write LPCWSTR");
   if (text == nullptr) throw ArchiveException("Invald string");
-  list_->AppendString(std::wstring_view(text));
+  list_->AppendString(base::UpToZero(text));
   return *this;
 }
 
@@ -89,20 +90,19 @@ JArchive& JArchive::operator>>(bool& value) {
 JArchive& JArchive::operator>>(std::string& utf8) {
   const base::ValueView current = Current();  // at the end of the archive the target stays as it is
   utf8.clear();
-  utf8 = StringOf(current);
+  utf8 = base::ToUtf8(StringOf(current));
   return MoveBehind(current);
 }
 
 JArchive& JArchive::operator>>(CComBSTR& text) {
   const base::ValueView current = Current();
   // A BSTR is made from zero-terminated text.
-  std::string_view utf8 = StringOf(current);
-  utf8 = utf8.substr(0, utf8.find('\0'));
-  const std::size_t units = base::Utf16Length(utf8);
+  const base::StringView utf16 = base::UpToZero(StringOf(current));
+  const std::size_t units = base::Utf16Length(utf16);
   const BSTR read =
       units <= UINT_MAX ? ::SysAllocStringLen(nullptr, static_cast<UINT>(units)) : nullptr;
   if (read == nullptr) ATL::AtlThrow(E_OUTOFMEMORY);
-  base::CopyAsUtf16(utf8, read);
+  base::CopyAsUtf16(utf16, read);
   text.Attach(read);
   return MoveBehind(current);
 }

@@ -6,6 +6,7 @@
 
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"
+#include "json/TextCopy.h"
 #include "logging/Log.h"
 
 namespace {
@@ -369,7 +370,7 @@ bool CJbPipe::ReadString(std::wstring& text) {
   }
   const std::size_t units = message.size / sizeof(wchar_t);
   const auto* const begin = reinterpret_cast<const wchar_t*>(message.bytes.get());
-  text.assign(begin, std::find(begin, begin + units, L'\0'));
+  text.assign(begin, base::FindZero(begin, begin + units));
   // An odd last byte is a unit of its own, with a zero above it.
   const BYTE odd = message.size % sizeof(wchar_t) != 0 ? message.bytes[message.size - 1] : 0;
   if (odd != 0 && text.size() == units) text += static_cast<wchar_t>(odd);

@@ -1,0 +1,18 @@
+// Counts what this program has on the heap: every allocation of its own code and of the libraries
+// linked into it goes through here (the linker wraps malloc and its kin).
+#pragma once
+
+#include <cstddef>
+
+namespace bench {
+
+struct HeapUse {
+  std::size_t bytes;   // in use, each block with what the heap itself adds to it
+  std::size_t blocks;  // in use
+  std::size_t peak;    // most bytes since ResetHeapPeak
+  std::size_t allocations;
+};
+HeapUse CurrentHeap();
+void ResetHeapPeak();
+
+}  // namespace bench

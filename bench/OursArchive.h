@@ -1,0 +1,39 @@
+// This module's archive, as calls use it under Windows.
+#pragma once
+
+#include "Workloads.h"
+#include "jarchive.h"
+
+namespace bench {
+
+class OursDocument {
+ public:
+  explicit OursDocument(TextView text) { archive_.fromString(text); }
+  std::int32_t Int() {
+    std::int32_t number = 0;
+    archive_ >> number;
+    return number;
+  }
+  HandedOut String() {
+    HandedOut text;
+    archive_ >> text;
+    return text;
+  }
+
+ private:
+  JArchive archive_;
+};
+
+inline Text WriteOurs(const Values& values) {
+  JArchive archive;
+  for (const Value& value : values) {
+    if (value.kind == Kind::kInt) {
+      archive << value.number;
+    } else {
+      archive << value.text.c_str();
+    }
+  }
+  return archive.toString();
+}
+
+}  // namespace bench

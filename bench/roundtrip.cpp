@@ -1,0 +1,170 @@
+// An element call of the public interface against a resident server, beside the system calls that
+// it consists of, and beside the system's own one-call client.
+#include <thread>
+#include <utility>
+
+#include "BareCall.h"
+#include "Harness.h"
+#include "ResidentServer.h"
+#include "TesselSilverlight.h"
+
+namespace {
+
+using namespace bench;
+using namespace TesselSilverlight;
+
+// What the server answers to an object: see server.cpp.
+struct Answer {
+  const char* name;
+  wchar_t text;   // the object that gives one text
+  wchar_t items;  // the object that gives as much in items, or 0
+  std::size_t bytes;
+};
+constexpr Answer kAnswers[] = {
+    {"60 bytes", L's', 0, 60}, {"4 KiB", L'm', L'M', 4096}, {"1 MiB", L'l', L'L', 1u << 20}};
+
+class Element {
+ public:
+  Element(const ResidentServer& server, wchar_t object) {
+    record_.processId = 77;
+    record_.hwnd = ::GetDesktopWindow();
+    record_.objectId = ::SysAllocStringLen(&object, 1);
+    record_.uriScheme = SL_TAILORED_URI;
+    record_.sourceUri = server.Address().c_str();
+  }
+  // The server has no objects to give back.
+  ~Element() { ::SysFreeString(std::exchange(record_.objectId, nullptr)); }
+
+  // Both give how many units they were handed out.
+  std::size_t ReadAttribute() const {
+    static wchar_t name[] = L"name";
+    wchar_t* value = nullptr;
+    if (GetAttribute(record_, name, &value) != SL_SUCCESS) Fail("GetAttribute");
+    const std::size_t units = ::SysStringLen(value);
+    ::SysFreeString(value);
+    return units;
+  }
+  std::size_t ReadItems() const {
+    std::vector<CComBSTR, HeapAllocator<CComBSTR>> items;
+    if (GetItems(record_, 1, items) != SL_SUCCESS) Fail("GetItems");
+    std::size_t units = 0;
+    for (const CComBSTR& item : items) units += item.Length();
+    return units;
+  }
+
+ private:
+  SLElemData record_;
+};
+
+std::wstring RequestOf(wchar_t object) {
+  return L"[10,77,\"" + std::wstring(1, object) + L"\",\"name\"]";
+}
+
+// The same answer, in three ways.
+struct Ways {
+  Ways(const ResidentServer& server, const Answer& answer)
+      : pipeName(server.PipeName()),
+        bytes(answer.bytes),
+        request(RequestOf(answer.text)),
+        buffer(answer.bytes),
+        element(server, answer.text) {}
+
+  void Bare() {
+    if (BareCall(pipeName, request).Run() != bytes) Fail("bare: another answer");
+  }
+  void Call() {
+    if (element.ReadAttribute() != bytes / sizeof(wchar_t) - 6) Fail("call: another answer");
+  }
+  void OneCall() {
+    DWORD read = 0;
+    if (!::CallNamedPipeW(pipeName.c_str(), request.data(),
+                          static_cast<DWORD>(request.size() * sizeof(wchar_t)), buffer.data(),
+                          static_cast<DWORD>(buffer.size()), &read, NMPWAIT_USE_DEFAULT_WAIT) ||
+        read != bytes)
+      Fail("CallNamedPipeW");
+  }
+
+  const std::wstring& pipeName;
+  const std::size_t bytes;
+  std::wstring request;
+  std::vector<char> buffer;
+  const Element element;
+};
+
+constexpr const char* kBare = "the bare system calls";
+constexpr const char* kCall = "element call, one text";
+constexpr const char* kOneCall = "CallNamedPipeW";
+
+void MeasureOneThread(Report& report, const ResidentServer& server) {
+  for (const Answer& answer : kAnswers) {
+    Ways ways(server, answer);
+    Table table = {
+        "roundtrip",
+        std::string("one thread, answer of ") + answer.name,
+        {MakeRow(kBare, [&ways] { ways.Bare(); }), MakeRow(kCall, [&ways] { ways.Call(); }),
+         MakeRow(kOneCall, [&ways] { ways.OneCall(); })},
+        0,
+        Sampling::kCalls,
+        report.Quick() ? 250u : 2500u};
+    const Element ofItems(server, answer.items);
+    if (answer.items != 0) {
+      table.rows.push_back(MakeRow("element call, items of 20 characters", [&ofItems, &answer] {
+        if (ofItems.ReadItems() < answer.bytes / sizeof(wchar_t) * 4 / 5)
+          Fail("items: another answer");
+      }));
+    }
+    report.Measure(table);
+  }
+}
+
+// Each thread makes its calls at the same time as the others; a sample is the time by the calls.
+Row MakeThreadsRow(const char* name, const ResidentServer& server, int threads,
+                   void (Ways::*way)()) {
+  constexpr int kCalls = 25;
+  return MakeRow(
+      name,
+      [&server, threads, way] {
+        std::vector<std::thread> clients;
+        for (int i = 0; i < threads; ++i) {
+          clients.emplace_back([&server, way] {
+            Ways ways(server, kAnswers[0]);
+            for (int call = 0; call < kCalls; ++call) (ways.*way)();
+          });
+        }
+        for (std::thread& client : clients) client.join();
+      },
+      static_cast<std::size_t>(threads * kCalls));
+}
+
+void MeasureThreads(Report& report, const ResidentServer& server) {
+  for (const int threads : {4, 8}) {
+    report.Measure({"roundtrip",
+                    std::to_string(threads) + " threads, answer of 60 bytes, time by the calls",
+                    {MakeThreadsRow(kBare, server, threads, &Ways::Bare),
+                     MakeThreadsRow(kCall, server, threads, &Ways::Call),
+                     MakeThreadsRow(kOneCall, server, threads, &Ways::OneCall)}});
+  }
+}
+
+void MeasureSlowServer(Report& report) {
+  const ResidentServer server(L"slow", 1 /*instance*/, 5 /*ms*/);
+  Ways ways(server, kAnswers[0]);
+  report.Measure(
+      {"roundtrip",
+       "a server that listens again after 5 ms, answer of 60 bytes",
+       {MakeRow(kBare, [&ways] { ways.Bare(); }), MakeRow(kCall, [&ways] { ways.Call(); }),
+        MakeRow(kOneCall, [&ways] { ways.OneCall(); })},
+       0,
+       Sampling::kCalls,
+       report.Quick() ? 20u : 100u});
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  Report report(count, arguments);
+  const ResidentServer server(L"resident", 24 /*instances*/, 0);
+  MeasureOneThread(report, server);
+  MeasureThreads(report, server);
+  MeasureSlowServer(report);
+}

@@ -1,0 +1,113 @@
+// Where the time of an element call goes: the module's own steps, beside the system calls of each.
+#include <array>
+#include <chrono>
+#include <memory>
+
+#include "BareCall.h"
+#include "Harness.h"
+#include "ResidentServer.h"
+#include "TesselSLB/BrokerAddress.h"
+#include "TesselSLB/BrokerStartup.h"
+#include "UTILITY/JbPipe.h"
+#include "jarchive.h"
+
+namespace {
+
+using namespace bench;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kSteps = 7;
+using Samples = std::array<std::vector<double>, kSteps>;
+
+// Times what lies between its marks.
+class Steps {
+ public:
+  explicit Steps(Samples& samples) : samples_(samples) {}
+  void Mark() {
+    const auto now = Clock::now();
+    samples_[next_++].push_back(std::chrono::duration<double, std::micro>(now - last_).count());
+    last_ = now;
+  }
+
+ private:
+  Samples& samples_;
+  std::size_t next_ = 0;
+  Clock::time_point last_ = Clock::now();
+};
+
+void OwnCall(const ResidentServer& server, const wchar_t* object, Samples& samples) {
+  Steps steps(samples);
+  if (!BrokerPipeExists(SL_TAILORED_URI, server.Address(), 0 /*wait*/)) Fail("no pipe");
+  steps.Mark();
+  std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
+  pipe->SetTimeout(18000);
+  pipe->SetPipeName(GetBrokerPipeName(SL_TAILORED_URI, server.Address()));
+  pipe->SetAppendProcessId(false);
+  if (!pipe->ConnectToServerPipe(0 /*process id*/)) Fail("no connection");
+  steps.Mark();
+  JArchive request;
+  request << 10 << 77 << object << L"name";
+  const std::wstring requestText = request.toString();
+  steps.Mark();
+  if (!pipe->WriteString(requestText)) Fail("the request is not written");
+  steps.Mark();
+  std::wstring text;
+  if (!pipe->ReadString(text)) Fail("the answer is not read");
+  steps.Mark();
+  {
+    JArchive answer;
+    int status = 0;
+    CComBSTR value;
+    answer.fromString(text);
+    answer >> status >> value;
+  }
+  steps.Mark();
+  pipe.reset();
+  steps.Mark();
+}
+
+void BareSteps(const ResidentServer& server, const std::wstring& request, Samples& samples) {
+  BareCall call(server.PipeName(), request);
+  Steps steps(samples);
+  call.Probe();
+  steps.Mark();
+  call.Connect();
+  steps.Mark();
+  steps.Mark();  // nothing is encoded
+  call.Write();
+  steps.Mark();
+  call.Read();
+  steps.Mark();
+  steps.Mark();  // nothing is decoded
+  call.Close();
+  steps.Mark();
+}
+
+Grid::Line LineOf(const char* name, const Samples& samples) {
+  Grid::Line line = {name, {}};
+  for (const auto& step : samples) line.values.push_back(Summarize(step).median);
+  return line;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  Report report(count, arguments);
+  const ResidentServer server(L"stages", 8 /*instances*/, 0);
+  struct {
+    const char* name;
+    const wchar_t* object;
+  } static constexpr kAnswers[] = {{"60 bytes", L"s"}, {"4 KiB", L"m"}, {"1 MiB", L"l"}};
+  for (const auto& answer : kAnswers) {
+    const std::wstring request = std::wstring(L"[10,77,\"") + answer.object + L"\",\"name\"]";
+    Samples own, bare;
+    for (int i = 0, rounds = report.Quick() ? 300 : 2000; i < rounds; ++i) {
+      OwnCall(server, answer.object, own);
+      BareSteps(server, request, bare);
+    }
+    report.Print({"roundtrip",
+                  std::string("where the time goes, microseconds, answer of ") + answer.name,
+                  {"", "probe", "connect", "encode", "write", "wait and read", "decode", "close"},
+                  {LineOf("the module's steps", own), LineOf("the bare system calls", bare)}});
+  }
+}
