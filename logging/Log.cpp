@@ -14,7 +14,8 @@ namespace logging {
 namespace {
 
 constexpr std::size_t kLongestMessage = 4095;
-constexpr std::size_t kLineCapacity = 24 * 1024;  // a message of 3-byte sequences and a stack dump
+constexpr std::size_t kLineCapacity =
+    std::size_t{24} * 1024;  // a message of 3-byte sequences and a stack dump
 constexpr std::size_t kDebuggerCapacity = 8192;
 
 #define WIDEN_LITERAL(text) L##text

@@ -6,7 +6,7 @@ namespace {
 
 template <class... Arguments>
 void LogErrorAt(const CallSite& site, const char* format, Arguments... arguments) {
-  const logging::LogSite place(site.file_name(), static_cast<int>(site.line()), logging::kError);
+  const logging::LogSite place(site.file, site.line, logging::kError);
   logging::WriteLog(place, format, arguments...);
 }
 

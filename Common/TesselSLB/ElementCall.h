@@ -2,11 +2,18 @@
 // becomes of the failures. Its lines in the log carry the export's own place.
 #pragma once
 
-#include <source_location>
-
 #include "TesselSLB/BrokerRoundTrip.h"
 
-using CallSite = std::source_location;
+// Where a call stands. Clang 14 has no std::source_location with GNU's library.
+struct CallSite {
+  const char* file;
+  int line;
+
+  static constexpr CallSite current(const char* file = __builtin_FILE(),
+                                    int line = __builtin_LINE()) {
+    return {file, line};
+  }
+};
 
 // Whether the record names an element.
 bool IsValid(const SLElemData& record);

@@ -90,6 +90,7 @@ class CStringW {
   // A text that a client zeroed stays so.
   ~CStringW() { Release(text_); }
 
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the same text is the same object, too
   CStringW& operator=(const CStringW& other) {
     if (text_ == other.text_) return *this;
     StringHeader* source = HeaderOf(other.text_);

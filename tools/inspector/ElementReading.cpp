@@ -24,6 +24,7 @@ std::optional<std::vector<std::string>> Items(const Content& content, const SLEl
   });
   if (!has) return std::nullopt;
   std::vector<std::string> texts;
+  texts.reserve(items.size());
   for (const CComBSTR& item : items) texts.push_back(TextOf(item));
   return texts;
 }

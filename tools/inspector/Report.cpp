@@ -41,6 +41,7 @@ void Report::AddList(const std::string& key, const std::vector<Entry>& entries) 
 
 void Report::AddTexts(const std::string& key, const std::vector<std::string>& texts) {
   std::vector<Entry> entries;
+  entries.reserve(texts.size());
   for (const std::string& text : texts) entries.push_back({text, Printable(text)});
   AddList(key, entries);
 }

@@ -1,0 +1,106 @@
+#include "fuzz/ReaderProperties.h"
+
+#include <algorithm>
+#include <bit>
+#include <memory>
+
+#include "fuzz/Require.h"
+#include "json/JsonWriter.h"
+
+// Of the sanitizers' runtime; GCC comes without the header that declares them.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*on_malloc)(const volatile void*,
+                                                                           std::size_t),
+                                                         void (*on_free)(const volatile void*));
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+
+namespace {
+
+// Bytes that are allocated now and were at most, counted while `counting`.
+bool counting = false;
+std::ptrdiff_t live = 0, most = 0;
+
+const int hooks = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t size) {
+      if (!counting) return;
+      live += static_cast<std::ptrdiff_t>(size);
+      most = std::max(most, live);
+    },
+    [](const volatile void* block) {
+      if (counting) live -= static_cast<std::ptrdiff_t>(__sanitizer_get_allocated_size(block));
+    });
+
+bool HoldsNoncharacter(const base::ListValue& list) {
+  for (const char* at = list.begin(); at != list.end(); at = base::ValueView(at).End()) {
+    const auto text = base::ValueView(at).GetIfString();
+    if (!text) continue;
+    const std::u32string codes = plain::Decode(text->wide);
+    Require(plain::ToUtf16(codes) == text->wide, "a string that was read is well formed");
+    if (std::any_of(codes.begin(), codes.end(), plain::IsNoncharacter)) return true;
+  }
+  return false;
+}
+
+std::unique_ptr<Document> WrittenAndRead(const Document& document) {
+  base::Utf16Text text;
+  Require(base::WriteJson(document.values, text), "what was read can be written");
+  if (document.type != base::ValueType::kList) text = text.substr(1, text.size() - 2);
+  return Read(base::Utf16View(text));
+}
+
+// What a value is, as text that another value does not have.
+std::string Shown(const base::ValueView& value) {
+  const std::string type = std::to_string(static_cast<int>(value.type())) + ' ';
+  if (const auto flag = value.GetIfBool()) return type + std::to_string(*flag);
+  if (const auto number = value.GetIfInt()) return type + std::to_string(*number);
+  if (const auto number = value.GetIfDouble())
+    return type + std::to_string(std::bit_cast<std::uint64_t>(*number));
+  const auto text = value.GetIfString();
+  return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
+}
+
+template <class Text>
+std::unique_ptr<Document> Checked(Text text) {
+  using Unit = typename Text::value_type;
+  // A block of its exact size, so that the sanitizer sees a read beyond it.
+  const std::unique_ptr<Unit[]> exact(new Unit[text.size()]);
+  std::copy(text.begin(), text.end(), exact.get());
+  Require(hooks != 0, "allocations can be counted");
+  live = most = 0;
+  counting = true;
+  std::unique_ptr<Document> read = Read(Text(exact.get(), text.size()));
+  counting = false;
+  Require(most > 0, "allocations are counted");
+  // Far below a MiB, so that short texts show what long ones would take.
+  const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
+  Require(most <= allowed, "reading takes at most 40 times the text");
+  if (!read) return read;
+
+  const std::unique_ptr<Document> again = WrittenAndRead(*read);
+  Require(again != nullptr, "what was written can be read");
+  // Two keys may become one where noncharacters do; from then on nothing changes.
+  if (!HoldsNoncharacter(read->values))
+    Require(SameDocument(read, again), "what was written reads the same");
+  Require(SameDocument(again, WrittenAndRead(*again)), "what was written twice reads the same");
+  return read;
+}
+
+}  // namespace
+
+bool SameValues(const base::ListValue& a, const base::ListValue& b) {
+  const char *first = a.begin(), *second = b.begin();
+  while (first != a.end() && second != b.end()) {
+    const base::ValueView one(first), other(second);
+    if (Shown(one) != Shown(other)) return false;
+    first = one.End();
+    second = other.End();
+  }
+  return first == a.end() && second == b.end();
+}
+
+bool SameDocument(const std::unique_ptr<Document>& a, const std::unique_ptr<Document>& b) {
+  if (!a || !b) return !a && !b;
+  return a->type == b->type && SameValues(a->values, b->values);
+}
+
+std::unique_ptr<Document> ReadChecked(std::string_view utf8) { return Checked(utf8); }
+std::unique_ptr<Document> ReadChecked(base::Utf16View text) { return Checked(text); }

@@ -1,0 +1,31 @@
+// What holds of every text that a reader is given, whichever reader it is.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "fuzz/PlainUtf.h"
+#include "json/JsonReader.h"
+
+struct Document {
+  base::ValueType type;
+  base::ListValue values;
+};
+
+// Null for a text that is refused.
+template <class Text>
+std::unique_ptr<Document> Read(Text text) {
+  auto document = std::make_unique<Document>();
+  const auto type = base::ReadJson(text, document->values);
+  if (!type) return nullptr;
+  document->type = *type;
+  return document;
+}
+
+// Reads the text and checks what reading costs, and that what was read is the same when it is
+// written and read again.
+std::unique_ptr<Document> ReadChecked(std::string_view utf8);
+std::unique_ptr<Document> ReadChecked(base::Utf16View text);
+
+bool SameValues(const base::ListValue& a, const base::ListValue& b);
+bool SameDocument(const std::unique_ptr<Document>& a, const std::unique_ptr<Document>& b);
