@@ -89,8 +89,8 @@ void Misbehave(const std::wstring& pipeName, Misbehaviour how, DWORD millisecond
                std::minstd_rand& random) {
   // None of them is a right answer to a call that hands something out.
   static constexpr const wchar_t* kNonsense[] = {
-      L"[77]",  L"nonsense",     L"{}",       L"[0,2147483647]", L"[0,-1]", L"[\"0\"]",
-      L"[0.0]", L"[[[[[[[[[[[[", L"[0,null]", L"\xFEFF",         L"[",      L"[4294967296]"};
+      L"[77]",     L"nonsense", L"{}", L"[0,2147483647]", L"[\"0\"]", L"[0.0]", L"[[[[[[[[[[[[",
+      L"[0,null]", L"\xFEFF",   L"[",  L"[4294967296]"};
   const ULONGLONG end = ::GetTickCount64() + milliseconds;
   const HANDLE event = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
   HANDLE pipe = INVALID_HANDLE_VALUE;

@@ -19,8 +19,9 @@ Program::Program(std::wstring commandLine, std::filesystem::path output)
   const BOOL started =
       ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
                        CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
+  const DWORD error = ::GetLastError();
   ::CloseHandle(file);
-  if (!started) throw std::runtime_error("cannot start a program");
+  if (!started) throw std::runtime_error("cannot start a program: " + std::to_string(error));
 }
 
 Program::~Program() {

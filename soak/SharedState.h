@@ -37,16 +37,13 @@ constexpr int kLowestCode = -20;
 constexpr int kCodes = 140;
 
 struct SharedState {
-  std::atomic<long> stop{0}, pause{0}, parked{0};
+  std::atomic<long> ready{0}, stop{0}, pause{0}, parked{0};
   std::atomic<long long> calls{0}, wrong{0}, exceptions{0};
   std::atomic<long> codes[kCodes] = {};
   struct Broker {
     std::atomic<DWORD> process{0};
     std::atomic<HWND> window{nullptr};
   } brokers[kBrokers];
-  struct Client {
-    std::atomic<long> handles{0}, blocks{0}, threads{0}, windows{0};
-  } clients[kClients];
 };
 
 // The state of the run with this number, made by who comes first.

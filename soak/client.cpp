@@ -18,7 +18,9 @@ using namespace TesselSilverlight;
 using namespace soak;
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 
-constexpr int kWarmUpSteps = 300;
+constexpr int kWarmUpSteps = 200;
+constexpr int kSameRounds = 3;
+constexpr int kMostRounds = 100;
 
 class Caller {
  public:
@@ -193,16 +195,6 @@ class Caller {
   bool owned_ = false;
 };
 
-// The first search for a broker's launcher makes the system load what it keeps.
-void CallNobody() {
-  SLElemData content, found;
-  content.processId = 1;
-  content.hwnd = ::GetDesktopWindow();
-  content.uriScheme = SL_TAILORED_URI;
-  content.sourceUri = L"http://nobody.example/";
-  GetElemFromPoint(content, {1, 1}, 0, found);
-}
-
 void RunThreads(SharedState& state, DWORD run, unsigned seed, int mostSteps) {
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {
@@ -221,6 +213,19 @@ void RunThreads(SharedState& state, DWORD run, unsigned seed, int mostSteps) {
   for (std::thread& thread : threads) thread.join();
 }
 
+// The system keeps things of the first calls and failures of each kind, of as many threads as run
+// at once. Gives what the process holds once that has come to an end.
+ProcessCounters WarmUp(SharedState& state, DWORD run, unsigned seed) {
+  ProcessCounters last = CountProcess();
+  for (int round = 0, same = 0; round < kMostRounds && same < kSameRounds; ++round) {
+    RunThreads(state, run, seed + static_cast<unsigned>(round), kWarmUpSteps);
+    const ProcessCounters now = CountProcess();
+    same = now == last ? same + 1 : 0;
+    last = now;
+  }
+  return last;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -233,10 +238,9 @@ int main(int count, char** arguments) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
   }
-  CallNobody();
-  RunThreads(*state, run, seed, kWarmUpSteps);
-  const ProcessCounters before = CountProcess();
-  RunThreads(*state, run, seed + 1, -1);
+  const ProcessCounters before = WarmUp(*state, run, seed);
+  ++state->ready;
+  RunThreads(*state, run, ~seed, -1);
   const ProcessCounters after = CountProcess();
   std::printf("client %d: before: %s; after: %s\n", index, ToText(before).c_str(),
               ToText(after).c_str());

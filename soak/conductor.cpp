@@ -30,9 +30,7 @@ constexpr int kDeserved[] = {0, -3, -6, -7, -8, -9, -12, 77, 101, 102};
 class Conductor {
  public:
   Conductor(double minutes, unsigned seed)
-      : seed_(seed),
-        random_(seed),
-        end_(::GetTickCount64() + static_cast<ULONGLONG>(minutes * 60000)) {
+      : seed_(seed), random_(seed), end_(static_cast<ULONGLONG>(minutes * 60000)) {
     for (int broker = 0; broker < kBrokers; ++broker) Start(broker);
     for (int i = 0; i < kClients; ++i) {
       const std::wstring line = L"\"" + OwnProgram(L"soak_client.exe") + L"\" " +
@@ -42,13 +40,14 @@ class Conductor {
           line, std::filesystem::temp_directory_path() /
                     (L"soak-" + std::to_wstring(run_) + L"-client" + std::to_wstring(i) + L".log"));
     }
-    WaitForWarmUp();
   }
 
   int Run() {
+    WarmUp();
     while (::GetTickCount64() < end_ && ClientsRun()) {
       Rest(500 + random_() % 2500);
-      Disturb(static_cast<int>(random_() % kBrokers));
+      Disturb(static_cast<int>(random_() % kBrokers),
+              static_cast<int>(random_() % (2 + kMisbehaviours)));
     }
     return Judge();
   }
@@ -63,9 +62,13 @@ class Conductor {
     return true;
   }
 
-  // The counts of the clients begin behind their first calls, which are to succeed.
-  void WaitForWarmUp() {
-    for (int i = 0; i < 6000 && state_->calls < 3000 && ClientsRun(); ++i) ::Sleep(10);
+  // The clients' counts begin when calls and failures of every kind have been.
+  void WarmUp() {
+    for (int i = 0; state_->ready < kClients && ClientsRun(); ++i) {
+      Rest(200 + random_() % 500);
+      Disturb(i % kBrokers, 1 + i % (1 + kMisbehaviours));
+    }
+    end_ += ::GetTickCount64();
   }
 
   void Rest(DWORD milliseconds) {
@@ -76,8 +79,8 @@ class Conductor {
     }
   }
 
-  void Disturb(int broker) {
-    const int kind = static_cast<int>(random_() % (2 + kMisbehaviours));
+  // 0: in order, 1: killed, then each kind of misbehaviour.
+  void Disturb(int broker, int kind) {
     if (kind == 0) {
       if (!EndInOrder(broker)) ++unbalanced_;
       ++ordered_;
@@ -111,7 +114,7 @@ class Conductor {
     const long long calls = state_->calls;
     const auto rate = (calls - shownCalls_) * 1000 / static_cast<long long>(now - shown_);
     std::printf("\r%4llu s left, %lld calls, %lld/s,%s, exceptions %lld, wrong %lld   ",
-                now < end_ ? (end_ - now) / 1000 : 0, calls, rate, Codes().c_str(),
+                end_ > now ? (end_ - now) / 1000 : end_ / 1000, calls, rate, Codes().c_str(),
                 state_->exceptions.load(), state_->wrong.load());
     std::fflush(stdout);
     shown_ = now;
@@ -167,7 +170,7 @@ class Conductor {
   const SharedMemory state_{run_};
   const unsigned seed_;
   std::minstd_rand random_;
-  const ULONGLONG end_;
+  ULONGLONG end_;  // how long the run lasts, and from the warm-up on when it ends
   std::unique_ptr<BrokerLife> lives_[kBrokers];
   std::unique_ptr<Program> clients_[kClients];
   std::array<long, 1 + kMisbehaviours> faults_ = {};
