@@ -18,10 +18,11 @@ constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 
-// No text needs more packed bytes than this for each of its units: "", is the worst.
-constexpr std::size_t kMaxPackedPerUnit = 4;
-// What is written beyond that before it is known to be needed: a string's head.
-constexpr std::size_t kMoreRoom = packed::kTextHead;
+// No text needs more packed bytes than this: "", is the worst, with a head for three units. The last
+// element of all has no comma.
+std::size_t MostPacked(std::size_t units) {
+  return units / 3 * packed::kTextHead + 2 * packed::kTextHead;
+}
 
 bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
 
@@ -45,7 +46,7 @@ class Reader {
       : at_(text.data()),
         end_(at_ + text.size()),
         values_(values),
-        to_(values.Room(text.size() * kMaxPackedPerUnit + kMoreRoom)) {}
+        to_(values.Room(MostPacked(text.size()))) {}
 
   std::optional<ValueType> ReadDocument() {
     SkipByteOrderMark();

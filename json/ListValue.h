@@ -169,7 +169,7 @@ class ListValue {
 
  private:
   // Most requests and answers fit.
-  static constexpr std::size_t kSmallCapacity = 168;
+  static constexpr std::size_t kSmallCapacity = 184;
 
   void Grow(std::size_t bytes);
   template <class T>
