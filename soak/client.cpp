@@ -18,8 +18,8 @@ using namespace TesselSilverlight;
 using namespace soak;
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 
-constexpr int kWarmUpSteps = 200;
-constexpr int kSameRounds = 3;
+constexpr int kWarmUpSteps = 400;
+constexpr int kSameRounds = 5;
 constexpr int kMostRounds = 100;
 
 class Caller {
