@@ -26,6 +26,12 @@ std::filesystem::path TemporaryFile(DWORD run, int broker, const wchar_t* name) 
          (L"soak-" + std::to_wstring(run) + L"-" + Letter(broker) + name);
 }
 
+// A name of its own for each life: what a killed process has open goes only with it.
+std::filesystem::path LogFile(DWORD run, int broker) {
+  static int life = 0;
+  return TemporaryFile(run, broker, (L"-" + std::to_wstring(++life) + L".log").c_str());
+}
+
 std::filesystem::path WriteScene(DWORD run, int broker) {
   const std::filesystem::path path = TemporaryFile(run, broker, L".json");
   std::string elements;
@@ -54,7 +60,7 @@ std::wstring CommandLine(DWORD run, int broker) {
 }  // namespace
 
 BrokerLife::BrokerLife(SharedState& state, DWORD run, int broker)
-    : program_(CommandLine(run, broker), TemporaryFile(run, broker, L".log")) {
+    : program_(CommandLine(run, broker), LogFile(run, broker)) {
   std::string output;
   for (int i = 0; (output = program_.Output()).find("ready") == std::string::npos; ++i) {
     if (i > 3000 || !program_.Runs())

@@ -81,6 +81,18 @@ ProcessCounters CountProcess() {
   return {CountHandles(), CountBlocks(), CountThreads(), CountWindows()};
 }
 
+ProcessCounters CountWhenSettled(const std::function<void(int)>& round) {
+  constexpr int kSameRounds = 5, kMostRounds = 100;
+  ProcessCounters last = CountProcess();
+  for (int i = 0, same = 0; i < kMostRounds && same < kSameRounds; ++i) {
+    round(i);
+    const ProcessCounters now = CountProcess();
+    same = now == last ? same + 1 : 0;
+    last = now;
+  }
+  return last;
+}
+
 bool CountersSeeLeaks() {
   const long handles = CountHandles();
   const HANDLE event = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);

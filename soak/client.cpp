@@ -19,8 +19,6 @@ using namespace soak;
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 
 constexpr int kWarmUpSteps = 400;
-constexpr int kSameRounds = 5;
-constexpr int kMostRounds = 100;
 
 class Caller {
  public:
@@ -213,19 +211,6 @@ void RunThreads(SharedState& state, DWORD run, unsigned seed, int mostSteps) {
   for (std::thread& thread : threads) thread.join();
 }
 
-// The system keeps things of the first calls and failures of each kind, of as many threads as run
-// at once. Gives what the process holds once that has come to an end.
-ProcessCounters WarmUp(SharedState& state, DWORD run, unsigned seed) {
-  ProcessCounters last = CountProcess();
-  for (int round = 0, same = 0; round < kMostRounds && same < kSameRounds; ++round) {
-    RunThreads(state, run, seed + static_cast<unsigned>(round), kWarmUpSteps);
-    const ProcessCounters now = CountProcess();
-    same = now == last ? same + 1 : 0;
-    last = now;
-  }
-  return last;
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -238,7 +223,9 @@ int main(int count, char** arguments) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
   }
-  const ProcessCounters before = WarmUp(*state, run, seed);
+  const ProcessCounters before = CountWhenSettled([&](int round) {
+    RunThreads(*state, run, seed + static_cast<unsigned>(round), kWarmUpSteps);
+  });
   ++state->ready;
   RunThreads(*state, run, ~seed, -1);
   const ProcessCounters after = CountProcess();

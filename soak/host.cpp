@@ -14,6 +14,7 @@
 namespace {
 
 constexpr unsigned long kTailored = 4;
+constexpr int kWarmUpRounds = 100;
 constexpr ULONGLONG kRoundLimit = 20000;  // ms; a call that takes longer hangs
 const std::wstring kName = L"soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kAddress = L"http://" + kName;
@@ -144,9 +145,9 @@ int main(int count, char** arguments) {
   }
   std::thread(Watch).detach();
   bool good = true;
-  for (int i = 0; i < 200 && good; ++i) good = RunRound(random);
-  Misbehave(Misuse::kHuge, 0);  // makes its text before anything is counted
-  const soak::ProcessCounters before = soak::CountProcess();
+  const soak::ProcessCounters before = soak::CountWhenSettled([&](int) {
+    for (int i = 0; i < kWarmUpRounds && good; ++i) good = RunRound(random);
+  });
   for (int i = 0; i < rounds && good; ++i) {
     good = RunRound(random);
     if (i % 100 == 0) {
