@@ -36,10 +36,12 @@ class Writer {
     if (list.ByteSize() > kChunk) out_.reserve(list.ByteSize());
     at_ = list.begin();
     end_ = list.end();
-    const bool written = WriteList();
-    if (written) Flush();
-    if (!written) out_.clear();
-    return written;
+    if (WriteList()) {
+      Flush();
+      return true;
+    }
+    out_.clear();
+    return false;
   }
 
  private:

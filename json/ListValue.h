@@ -144,7 +144,6 @@ class ListValue {
     if (block_ != small_) std::free(block_);
   }
 
-  void AppendNull() { Finish(packed::PutType(Room(packed::kTypeSize), ValueType::kNull)); }
   void AppendBool(bool value) { AppendFixed(ValueType::kBoolean, packed::Flag{value}); }
   void AppendInt(std::int32_t value) { AppendFixed(ValueType::kInteger, value); }
   void AppendDouble(double value) { AppendFixed(ValueType::kDouble, value); }
