@@ -25,8 +25,11 @@ class LogCapture {
   // The user's, or the value of another key. Null deletes the value.
   static void SetLevel(const char* level, HKEY root = HKEY_CURRENT_USER,
                        const char* key = "Environment", DWORD type = REG_SZ) {
-    ::RegDeleteKeyValueA(root, key, "TESSEL_LOG_LEVEL");
-    if (level == nullptr) return;
+    if (level == nullptr) {
+      ::RegDeleteKeyValueA(root, key, "TESSEL_LOG_LEVEL");
+      return;
+    }
+    // Over the old value: other suites of the prefix never see none.
     const auto size = static_cast<DWORD>(std::strlen(level) + 1);
     ::RegSetKeyValueA(root, key, "TESSEL_LOG_LEVEL", type, level, size);
   }
