@@ -41,17 +41,33 @@ int ReadLevelFromRegistry() {
   return kFatal;
 }
 
+// Gives the levels as `change` left them.
+template <class Change>
+LogLevels ChangeLevels(Change change) {
+  LogLevels old = logLevels.load(), levels;
+  do {
+    levels = old;
+    change(levels);
+  } while (!logLevels.compare_exchange_weak(old, levels));
+  return levels;
+}
+
 }  // namespace
 
-constinit LevelCache levelCache;
+constinit std::atomic<LogLevels> logLevels{{0 /*staleTick*/, kFatal, kFatal}};
 
-int RefreshConfiguredLogLevel(std::uint64_t now) {
+LogLevels RefreshLogLevels(std::uint64_t now) {
   const LastErrorGuard keepLastError;
   EnsureEventProvider();
-  const int level = ReadLevelFromRegistry();
-  levelCache.configured.exchange(level);
-  levelCache.staleTick.exchange(now + kRefreshMilliseconds);
-  return level;
+  const int configured = ReadLevelFromRegistry();
+  return ChangeLevels([&](LogLevels& levels) {
+    levels.configured = configured;
+    levels.staleTick = now + kRefreshMilliseconds;
+  });
+}
+
+void SetTraceLevel(int level) {
+  ChangeLevels([level](LogLevels& levels) { levels.trace = level; });
 }
 
 }  // namespace logging
