@@ -1,9 +1,11 @@
 // This module's JSON floor alone, where there is no archive: natively.
 #pragma once
 
+#include <memory>
+
 #include "Workloads.h"
 #include "json/JsonReader.h"
-#include "json/JsonWriter.h"
+#include "json/ListText.h"
 
 namespace bench {
 
@@ -13,8 +15,7 @@ class OursDocument {
   std::int32_t Int() { return *Next().GetIfInt(); }
   HandedOut String() {
     const base::StringView read = *Next().GetIfString();
-    if (!read.wide.empty()) return HandOut(read.wide);
-    HandedOut text(read.ascii.size(), u'\0');
+    HandedOut text(base::Utf16Length(read), u'\0');
     base::CopyAsUtf16(read, text.data());
     return text;
   }
@@ -30,18 +31,19 @@ class OursDocument {
   std::size_t next_ = 0;
 };
 
-inline Text WriteOurs(const Values& values) {
-  base::ListValue list;
+// As an archive holds what is written to it.
+inline TextView ViewOf(const std::shared_ptr<base::ListText>& list) { return list->View(); }
+
+inline std::shared_ptr<base::ListText> WriteOurs(const Values& values) {
+  auto list = std::make_shared<base::ListText>();
   for (const Value& value : values) {
     if (value.kind == Kind::kInt) {
-      list.AppendInt(value.number);
+      list->AppendInt(value.number);
     } else {
-      list.AppendString(base::Utf16View(value.text));
+      list->AppendString(value.text);
     }
   }
-  Text text;
-  base::WriteJson(list, text);
-  return text;
+  return list;
 }
 
 }  // namespace bench

@@ -59,6 +59,9 @@ class RapidInSituDocument : public RapidUtf8Document {
 };
 
 using RapidUtf16Buffer = rapidjson::GenericStringBuffer<Utf16>;
+inline TextView ViewOf(const RapidUtf16Buffer& buffer) {
+  return {buffer.GetString(), buffer.GetSize() / sizeof(Unit)};
+}
 
 // The text stays in RapidJSON's own buffer, which could be sent as it is.
 inline RapidUtf16Buffer WriteRapidUtf16(const Values& values) {

@@ -26,6 +26,9 @@ struct Workload {
   std::vector<Kind> kinds;  // of the values: what the reader knows
 };
 
+// What a writer gave, as text.
+inline TextView ViewOf(const Text& text) { return text; }
+
 Workload MakeRequest();
 Workload MakeEntries();
 Workload MakeTexts();

@@ -35,7 +35,7 @@ void MeasureKind(Report& report, const char* kind, Workload (*make)(std::size_t)
   for (const Workload& workload : workloads) {
     const std::size_t elements = workload.values.size();
     const std::string name = std::to_string(elements) + " elements";
-    const Text text = WriteOurs(workload.values);
+    const Text text(ViewOf(WriteOurs(workload.values)));
     table.rows.push_back(MakeRow(
         name, [&workload, text] { ReadOut<OursDocument>(text, workload.kinds); }, elements));
     peaks.push_back(PeakOf(workload, text) / static_cast<double>(elements));

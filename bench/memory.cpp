@@ -36,7 +36,7 @@ int main(int count, char** arguments) {
   workloads.push_back(MakeInts(10000));
   workloads.back().name = "10,000 ints";
   for (const Workload& workload : workloads) {
-    const Text text = WriteOurs(workload.values);
+    const Text text(ViewOf(WriteOurs(workload.values)));
     const auto elements = static_cast<double>(workload.values.size());
     const auto line = [&](const char* name, const HeapUse& kept) {
       return Grid::Line{name,

@@ -47,12 +47,14 @@ void OwnCall(const ResidentServer& server, const wchar_t* object, Samples& sampl
   steps.Mark();
   JArchive request;
   request << 10 << 77 << object << L"name";
-  const std::wstring requestText = request.toString();
+  std::wstring buffer;
+  const std::wstring_view requestText = request.toString(buffer);
   steps.Mark();
   if (!pipe->WriteString(requestText)) Fail("the request is not written");
   steps.Mark();
-  std::wstring text;
-  if (!pipe->ReadString(text)) Fail("the answer is not read");
+  PipeMessage message;
+  std::wstring_view text;
+  if (!pipe->ReadString(message, text)) Fail("the answer is not read");
   steps.Mark();
   {
     JArchive answer;

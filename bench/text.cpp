@@ -18,11 +18,6 @@ using namespace bench;
 
 constexpr const char* kOurs = "TesselSLB";
 
-TextView ViewOf(const Text& text) { return text; }
-TextView ViewOf(const RapidUtf16Buffer& buffer) {
-  return {buffer.GetString(), buffer.GetSize() / sizeof(Unit)};
-}
-
 void Require(bool same, const std::string& row, const Workload& workload) {
   if (same) return;
   std::fprintf(stderr, "%s: %s: not the same as the others\n", workload.name.c_str(), row.c_str());
@@ -33,7 +28,7 @@ void Require(bool same, const std::string& row, const Workload& workload) {
 class Rows {
  public:
   explicit Rows(const Workload& workload)
-      : workload_(workload), text_(WriteOurs(workload.values)) {}
+      : workload_(workload), text_(ViewOf(WriteOurs(workload.values))) {}
 
   template <class Document>
   void AddReader(const char* name) {

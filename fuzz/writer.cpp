@@ -8,6 +8,7 @@
 #include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
 #include "json/JsonWriter.h"
+#include "json/ListText.h"
 
 namespace {
 
@@ -21,6 +22,8 @@ class Builder {
 
   base::ListValue values, expected;
   bool writable = true;
+  base::ListText asText;
+  bool allAsText = true;  // all of them stand in asText as they are
 
   void Build() {
     while (at_ != end_) AddValue(0);
@@ -36,7 +39,14 @@ class Builder {
     std::memcpy(&number, bytes, sizeof(T));
     return number;
   }
+  template <class Append>
+  void AppendToAll(Append append) {
+    append(values);
+    append(expected);
+    append(asText);
+  }
   void AddType(base::ValueType type) {
+    allAsText = false;
     for (base::ListValue* list : {&values, &expected})
       list->Finish(base::packed::PutType(list->Room(base::packed::kTypeSize), type));
   }
@@ -57,17 +67,19 @@ void Builder::AddValue(int depth) {
     case 0:
       return AddType(base::ValueType::kNull);
     case 1:
-      return values.AppendBool(kind & 16), expected.AppendBool(kind & 16);
+      return AppendToAll([kind](auto& list) { list.AppendBool(kind & 16); });
     case 2: {
       const auto number = Number<std::int32_t>();
-      return values.AppendInt(number), expected.AppendInt(number);
+      return AppendToAll([number](auto& list) { list.AppendInt(number); });
     }
     case 3:
       return AddDouble();
     case 4:
       return AddString(kind / 9, 1);
-    case 5:
-      return AddString(Byte(), Byte());
+    case 5: {
+      const std::size_t size = Byte();
+      return AddString(size, Byte());
+    }
     case 6:
       if (depth == kMaxDepth) return;
       AddType(base::ValueType::kList);
@@ -79,13 +91,14 @@ void Builder::AddValue(int depth) {
     default:
       // Where nothing is open to be closed: now and then a value that no text can hold.
       if (kind < 200) return;
-      writable = false;
+      writable = allAsText = false;
       return values.AppendBinary("binary");
   }
 }
 
 void Builder::AddDouble() {
   const auto number = Number<double>();
+  allAsText = false;
   writable = writable && std::isfinite(number);
   values.AppendDouble(number);
   expected.AppendDouble(number);
@@ -100,6 +113,7 @@ void Builder::AddString(std::size_t size, std::size_t times) {
   do text += units;
   while (times-- > 1 && text.size() < kMaxString);
   values.AppendString(text);
+  allAsText = asText.AppendString(text) && allAsText;
   std::u32string codes = plain::Decode(base::Utf16View(text));
   std::replace_if(codes.begin(), codes.end(), plain::IsNoncharacter, 0xFFFD);
   expected.AppendString(plain::ToUtf16(codes));
@@ -142,6 +156,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Require(text.empty(), "what cannot be written leaves no text");
     return 0;
   }
+  Require(!built.allAsText || built.asText.View() == text,
+          "a list that stands as text is the same");
   const auto read = Read(base::Utf16View(text));
   Require(read && read->type == base::ValueType::kList, "what was written reads as a list");
   Require(SameValues(read->values, built.expected), "what was written reads as the same values");

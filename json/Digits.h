@@ -12,29 +12,39 @@
 
 namespace base {
 
-struct ShortNumber {
-  std::uint32_t value;
-  int digits;
-};
-
 #ifdef JSON_HAS_SSE2
-// The digits that the next eight units start with, of which all can be read. None if there are
-// eight or more.
+// A bit each for the digits and for the commas among the next 32 units: so the ends of several
+// numbers are found at once, and none waits for the digits of the one before.
+struct NumberBits {
+  std::uint32_t digits;
+  std::uint32_t commas;
+};
+constexpr std::ptrdiff_t kNumberBits = 32;
 template <class Unit>
-inline ShortNumber ReadShortNumber(const Unit* text) {
+inline NumberBits FindNumbers(const Unit* text) {
+  NumberBits bits = {0, 0};
+  for (int place = 0; place < kNumberBits; place += 16) {
+    const __m128i bytes = LoadAsBytes(text + place);
+    const __m128i values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+    const __m128i digits = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
+    const __m128i commas = _mm_cmpeq_epi8(bytes, _mm_set1_epi8(','));
+    bits.digits |= static_cast<std::uint32_t>(_mm_movemask_epi8(digits)) << place;
+    bits.commas |= static_cast<std::uint32_t>(_mm_movemask_epi8(commas)) << place;
+  }
+  return bits;
+}
+
+// The number of one to seven digits that the text starts with; eight units can be read.
+constexpr int kMaxShortDigits = 7;
+template <class Unit>
+inline std::int32_t ReadShortNumber(const Unit* text, int count) {
   const __m128i values = _mm_sub_epi16(LoadHalfAsUnits(text), _mm_set1_epi16('0'));
-  const __m128i beyond = _mm_subs_epu16(values, _mm_set1_epi16(9));
-  const __m128i is_digit = _mm_cmpeq_epi16(beyond, _mm_setzero_si128());
-  const __m128i both = _mm_packs_epi16(is_digit, is_digit);
-  const int count = std::countr_one(static_cast<unsigned char>(_mm_movemask_epi8(both)));
-  if (count == 0 || count == 8) return {0, 0};
   const __m128i bytes = _mm_packus_epi16(values, values);
   auto digits = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)) << (8 * (8 - count));
   // Neighbours become one number: of two digits, then of four, then of eight.
   digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
   digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
-  digits = digits * 10000 + (digits >> 32);
-  return {static_cast<std::uint32_t>(digits), count};
+  return static_cast<std::int32_t>(digits * 10000 + (digits >> 32));
 }
 #endif
 

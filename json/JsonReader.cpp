@@ -1,5 +1,6 @@
 #include "json/JsonReader.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,8 +19,8 @@ constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 
-// No text needs more packed bytes than this: "", is the worst, with a head for three units. The last
-// element of all has no comma.
+// No text needs more packed bytes than this: "", is the worst, with a head for three units. The
+// last element of all has no comma.
 std::size_t MostPacked(std::size_t units) {
   return units / 3 * packed::kTextHead + 2 * packed::kTextHead;
 }
@@ -53,7 +54,7 @@ class Reader {
     SkipGap();
     ValueType type = ValueType::kList;
     if (Peek() == '[') {
-      if (!ReadItems<&Reader::ReadValue>(']')) return std::nullopt;
+      if (!ReadItems<&Reader::ReadListItems>(']')) return std::nullopt;
     } else {
       const char* const root = to_;
       if (!ReadValue()) return std::nullopt;
@@ -67,14 +68,16 @@ class Reader {
   }
 
  private:
-  // These append one value at to_ (a member two) and leave at_ behind it, or return false.
+  // These append one value at to_ (a member two, list items one or more) and leave at_ behind it,
+  // or return false.
   bool ReadValue();
+  bool ReadListItems();
   bool ReadList();
   bool ReadDictionary();
   bool ReadMember();
   bool ReadString();
   bool ReadNumber();
-  bool ReadShortInt();
+  void ReadShortInts();
   bool ReadDouble(Text number);
   bool ReadWord(const char* rest);
 
@@ -176,9 +179,16 @@ bool Reader<Unit>::ReadItems(char close) {
 }
 
 template <class Unit>
+bool Reader<Unit>::ReadListItems() {
+  ReadShortInts();
+  SkipGap();
+  return ReadValue();
+}
+
+template <class Unit>
 bool Reader<Unit>::ReadList() {
   PutType(ValueType::kList);
-  if (!ReadItems<&Reader::ReadValue>(']')) return false;
+  if (!ReadItems<&Reader::ReadListItems>(']')) return false;
   PutType(ValueType::kEnd);
   return true;
 }
@@ -290,27 +300,33 @@ int Reader<Unit>::ReadHex(int digits) {
   return value;
 }
 
-// The numbers of ordinary messages: few digits, and then the next element.
+// The numbers of ordinary messages come in runs: few digits and a comma each. Leaves at_ behind the
+// last comma, so that a value must follow.
 template <class Unit>
-bool Reader<Unit>::ReadShortInt() {
+void Reader<Unit>::ReadShortInts() {
 #ifdef JSON_HAS_SSE2
-  const Unit* const digits = at_ + (*at_ == '-');
-  if (end_ - digits <= 8) return false;
-  const ShortNumber number = ReadShortNumber(digits);
-  const Unit* const end = digits + number.digits;
-  if (number.digits == 0 || (number.digits > 1 && *digits == '0') || *end != ',') return false;
-  const auto value = static_cast<std::int32_t>(number.value);
-  Put(ValueType::kInteger, digits != at_ ? -value : value);
-  at_ = end;
-  return true;
-#else
-  return false;
+  const Unit* at = at_;
+  char* to = to_;
+  for (const Unit* last = nullptr; at != last && end_ - at >= kNumberBits + 8 && IsDigit(*at);) {
+    last = at;
+    NumberBits bits = FindNumbers(at);
+    for (;;) {
+      const int count = std::countr_one(bits.digits);
+      if (count == 0 || count > kMaxShortDigits || (bits.commas >> count & 1) == 0 ||
+          (*at == '0' && count > 1))
+        break;
+      to = packed::Put(to, ValueType::kInteger, ReadShortNumber(at, count));
+      at += count + 1;
+      bits = {bits.digits >> (count + 1), bits.commas >> (count + 1)};
+    }
+  }
+  at_ = at;
+  to_ = to;
 #endif
 }
 
 template <class Unit>
 bool Reader<Unit>::ReadNumber() {
-  if (at_ != end_ && ReadShortInt()) return true;
   const Unit* const start = at_;
   const bool negative = Accept('-');
   const Unit* const digits = at_;

@@ -137,7 +137,7 @@ std::string ToUtf8(const StringView& text);
 
 class ListValue {
  public:
-  ListValue() = default;
+  ListValue() {}  // "= default" would let it be filled with zeros first
   ListValue(const ListValue&) = delete;
   ListValue& operator=(const ListValue&) = delete;
   ~ListValue() {
@@ -151,6 +151,8 @@ class ListValue {
   void AppendBinary(std::string_view bytes);
 
   // Elements are found by where they start, in bytes from the first.
+  bool IsEmpty() const { return size_ == 0; }
+  void Clear() { size_ = 0; }
   std::size_t ByteSize() const { return size_; }
   ValueView At(std::size_t start) const { return ValueView(block_ + start); }
   std::size_t StartBehind(ValueView element) const { return element.End() - block_; }

@@ -41,6 +41,9 @@ inline __m128i LoadVector(const void* from) {
 inline __m128i LoadHalf(const void* from) {
   return _mm_loadl_epi64(static_cast<const __m128i*>(from));
 }
+inline void StoreHalf(void* to, __m128i vector) {
+  _mm_storel_epi64(static_cast<__m128i*>(to), vector);
+}
 inline void StoreVector(void* to, __m128i vector) {
   _mm_storeu_si128(static_cast<__m128i*>(to), vector);
 }
@@ -104,6 +107,9 @@ inline __m128i LoadHalfAsBytes(const Utf16Unit* from) {
 }
 inline __m128i LoadHalfAsUnits(const char* from) {
   return _mm_unpacklo_epi8(LoadHalf(from), _mm_setzero_si128());
+}
+inline __m128i LoadQuarterAsUnits(const char* from) {
+  return _mm_unpacklo_epi8(_mm_loadu_si32(from), _mm_setzero_si128());
 }
 inline __m128i LoadHalfAsUnits(const Utf16Unit* from) { return LoadVector(from); }
 inline void StoreBytes(char* to, __m128i bytes) { StoreVector(to, bytes); }
@@ -172,6 +178,11 @@ inline void CopyExactAscii(std::string_view text, Utf16Unit* to) {
     StoreVector(to + (end - from - 8), LoadHalfAsUnits(end - 8));
     return;
   }
+  if (text.size() >= 4) {
+    StoreHalf(to, LoadQuarterAsUnits(from));
+    StoreHalf(to + (end - from - 4), LoadQuarterAsUnits(end - 4));
+    return;
+  }
 #endif
   std::copy(from, end, to);
 }
@@ -220,6 +231,16 @@ inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Ut
     from += copied;
     to += copied;
     if (stops != 0) return from;
+  }
+  // Four to seven are left: two halves that overlap.
+  if (const auto left = end - from; left >= 4) {
+    const __m128i first = LoadHalf(from), last = LoadHalf(end - 4);
+    if (WideStopBits<kStop>(_mm_unpacklo_epi64(first, last)) == 0) {
+      StoreHalf(to, first);
+      StoreHalf(to + left - 4, last);
+      to += left;
+      return end;
+    }
   }
 #endif
   for (; from != end && *from < 0xD800 && IsPlain<kStop>(*from); *to++ = *from++) {

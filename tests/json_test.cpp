@@ -13,25 +13,34 @@
 
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
+#include "json/ListText.h"
 
 namespace {
 
 using base::ListValue;
+using base::Utf16Text;
 
 // Another's conversions, of what is well formed.
 std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
 std::string Written(const ListValue& list) {
-  base::Utf16Text out(1, 'o');
+  Utf16Text out(1, 'o');
   const bool written = base::WriteJson(list, out);
   const std::string utf8 = convert.to_bytes(out);
   return written ? utf8.substr(1, utf8.size() - 2) : "refused" + utf8;
 }
 
+std::string TextOf(const base::ListText& list) { return convert.to_bytes(Utf16Text(list.View())); }
+
+// By a list of values, and by one that stands as text, unless it does not take it.
 std::string Written(base::Utf16View text) {
   ListValue list;
   list.AppendString(text);
-  return Written(list);
+  const std::string written = Written(list);
+  base::ListText asText;
+  const bool taken = asText.AppendString(text);
+  EXPECT_EQ(TextOf(asText), taken ? '[' + written + ']' : "[]");
+  return written;
 }
 
 // In memory of its exact size, so that the sanitizer sees a read beyond it.
@@ -110,9 +119,12 @@ TEST(JsonWriter, EscapesEveryUnitAtEveryPlaceOfABlock) {
     // All ASCII or not makes two paths, and so does where in a step of the copy the unit stands.
     for (const char16_t filler : {u'a', u'\u20AC'}) {
       for (std::size_t before = 0; before < 36; ++before) {
-        const base::Utf16Text head(before, filler), tail(35 - before, filler);
+        const Utf16Text head(before, filler), tail(35 - before, filler);
         const auto text = head + static_cast<base::Utf16Unit>(unit) + tail;
         const std::string written = Written(text);
+        EXPECT_EQ(base::ListText().AppendString(text),
+                  !replaced || base::IsSurrogate(static_cast<base::Utf16Unit>(unit)))
+            << unit;
         const std::string expected =
             '"' + convert.to_bytes(head) + form + convert.to_bytes(tail) + '"';
         EXPECT_EQ(written, expected) << unit << " at " << before;
@@ -128,8 +140,12 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
   for (int digit = 1; number <= INT_MAX; digit = digit % 9 + 1, number = number * 10 + digit) {
     for (const std::int64_t value : {number, -number}) {
       ListValue list;
+      base::ListText asText;
+      for (int i = 0; i < 100; ++i) asText.AppendInt(static_cast<std::int32_t>(value));
       list.AppendInt(static_cast<std::int32_t>(value));
       EXPECT_EQ(Written(list), std::to_string(value));
+      EXPECT_EQ(TextOf(asText),
+                '[' + Repeated(std::to_string(value) + ',', 99) + std::to_string(value) + ']');
       // In front of another element, and as the last of a text that ends there.
       for (const char* behind : {",1]", "]"}) {
         const std::string text = '[' + std::to_string(value) + behind;
@@ -138,7 +154,7 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
       }
     }
   }
-  EXPECT_EQ(Written(base::Utf16Text(5000, 1)).size(), 5000 * 6 + 2u);
+  EXPECT_EQ(Written(Utf16Text(5000, 1)).size(), 5000 * 6 + 2u);
   ListValue infinite, no_number, binary;
   infinite.AppendDouble(-HUGE_VAL);
   no_number.AppendDouble(std::nan(""));
@@ -148,12 +164,20 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
   }
 }
 
+TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
+  const std::string pairs = Repeated("\U0001F600", 5);
+  for (std::size_t before = 0; before < 1100; ++before) {
+    const std::string text = std::string(before, 'a') + pairs;
+    EXPECT_EQ(Written(convert.from_bytes(text)), '"' + text + '"') << before;
+  }
+}
+
 TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   ListValue list;
-  std::vector<base::Utf16Text> texts;
+  std::vector<Utf16Text> texts;
   for (std::size_t size = 0; size < 40; ++size) {
     for (const char16_t last : {u'z', u'\u20AC'}) {
-      texts.push_back(base::Utf16Text(size, 'a') + static_cast<base::Utf16Unit>(last));
+      texts.push_back(Utf16Text(size, 'a') + static_cast<base::Utf16Unit>(last));
       list.AppendString(base::Utf16View(texts.back()));
       list.AppendBool(size % 2 == 0);
     }
@@ -163,7 +187,7 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
     const auto kept = list.At(start).GetIfString().value();
     std::vector<base::Utf16Unit> copy(base::Utf16Length(kept));
     base::CopyAsUtf16(kept, copy.data());
-    EXPECT_EQ(base::Utf16Text(copy.begin(), copy.end()), text);
+    EXPECT_EQ(Utf16Text(copy.begin(), copy.end()), text);
     EXPECT_EQ(base::ToUtf8(kept), convert.to_bytes(text));
     start = list.StartBehind(list.At(start));
     EXPECT_EQ(list.At(start).GetIfBool(), (text.size() - 1) % 2 == 0);

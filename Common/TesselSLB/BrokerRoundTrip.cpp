@@ -69,12 +69,14 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
     LOG_ERROR("Cannot connect to SL server pipe");
     return SL_CANNOT_CONNECT;
   }
-  if (!pipe->WriteString(request.toString())) {
+  std::wstring buffer;
+  if (!pipe->WriteString(request.toString(buffer))) {
     LOG_ERROR("Cannot write to SL server pipe");
     return SL_CANNOT_CONNECT;
   }
-  std::wstring text;
-  if (!pipe->ReadString(text)) {
+  PipeMessage message;
+  std::wstring_view text;
+  if (!pipe->ReadString(message, text)) {
     LOG_ERROR("Cannot read from SL server pipe");
     return SL_CANNOT_READ;
   }

@@ -27,39 +27,54 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-JArchive::JArchive() : list_(std::make_shared<base::ListValue>()) {}
+JArchive::JArchive() : content_(std::make_shared<Content>()) {}
 
 std::wstring JArchive::toString() const {
   std::wstring text;
-  if (!base::WriteJson(*list_, text)) throw ArchiveException("json toString failed");
+  const std::wstring_view written = toString(text);
+  if (text.empty()) text = written;
   return text;
 }
 
+std::wstring_view JArchive::toString(std::wstring& buffer) const {
+  if (const auto* text = std::get_if<base::ListText>(content_.get())) return text->View();
+  if (!base::WriteJson(Values(), buffer)) throw ArchiveException("json toString failed");
+  return buffer;
+}
+
 void JArchive::fromString(std::wstring_view text) {
-  auto list = std::make_shared<base::ListValue>();
-  const std::optional<base::ValueType> type = base::ReadJson(text, *list);
-  if (!type) throw ArchiveException("Cannot parse json_array");
-  if (*type != base::ValueType::kList) throw ArchiveException("json array expected");
-  list_ = std::move(list);
+  // A new archive, as answers are read into, needs no second content: it is empty after a failure,
+  // too.
+  const bool isNew = content_.use_count() == 1 && IsEmpty();
+  std::shared_ptr<Content> content = isNew ? content_ : std::make_shared<Content>();
+  auto& values = content->emplace<base::ListValue>();
+  const std::optional<base::ValueType> type = base::ReadJson(text, values);
+  if (type != base::ValueType::kList) {
+    values.Clear();
+    throw ArchiveException(type ? "json array expected" : "Cannot parse json_array");
+  }
+  content_ = std::move(content);
   cursor_ = 0;
 }
 
 JArchive& JArchive::operator<<(std::int32_t value) {
   LOG_INFO("Archive: write int");
-  list_->AppendInt(value);
+  std::visit([value](auto& list) { list.AppendInt(value); }, *content_);
   return *this;
 }
 
 JArchive& JArchive::operator<<(bool value) {
   LOG_INFO("Archive: write bool");
-  list_->AppendBool(value);
+  std::visit([value](auto& list) { list.AppendBool(value); }, *content_);
   return *this;
 }
 
 JArchive& JArchive::operator<<(const wchar_t* text) {
   LOG_INFO("Archive: write LPCWSTR");
   if (text == nullptr) throw ArchiveException("Invald string");
-  list_->AppendString(base::UpToZero(text));
+  const std::wstring_view whole = base::UpToZero(text);
+  auto* const written = std::get_if<base::ListText>(content_.get());
+  if (written == nullptr || !written->AppendString(whole)) Values().AppendString(whole);
   return *this;
 }
 
@@ -107,12 +122,25 @@ JArchive& JArchive::operator>>(CComBSTR& text) {
   return MoveBehind(current);
 }
 
+bool JArchive::IsEmpty() const {
+  return std::visit([](const auto& list) { return list.IsEmpty(); }, *content_);
+}
+
+base::ListValue& JArchive::Values() const {
+  if (const auto* text = std::get_if<base::ListText>(content_.get())) {
+    const std::wstring written(text->View());
+    base::ReadJson(written, content_->emplace<base::ListValue>());
+  }
+  return std::get<base::ListValue>(*content_);
+}
+
 base::ValueView JArchive::Current() const {
-  if (cursor_ >= list_->ByteSize()) throw ArchiveException("End of archive reached");
-  return list_->At(cursor_);
+  const base::ListValue& values = Values();
+  if (cursor_ >= values.ByteSize()) throw ArchiveException("End of archive reached");
+  return values.At(cursor_);
 }
 
 JArchive& JArchive::MoveBehind(base::ValueView element) {
-  cursor_ = list_->StartBehind(element);
+  cursor_ = Values().StartBehind(element);
   return *this;
 }

@@ -261,13 +261,13 @@ bool CJbPipe::ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeo
 bool CJbPipe::ReadBuffer(std::vector<BYTE>& bytes) {
   ThrowIfShutDown();
   bytes.clear();
-  Message message;
+  PipeMessage message;
   if (!ReadMessage(message)) return false;
   bytes.assign(message.bytes.get(), message.bytes.get() + message.size);
   return true;
 }
 
-bool CJbPipe::ReadMessage(Message& message) {
+bool CJbPipe::ReadMessage(PipeMessage& message) {
   if (!IsReady(State::kConnected)) throw PipeException("Invalid state in ReadBuffer");
   LOG_VERBOSE("Start reading");
   OVERLAPPED overlapped = MakeOverlapped();
@@ -303,7 +303,7 @@ bool CJbPipe::ReadMessage(Message& message) {
   }
 }
 
-bool CJbPipe::GrowBuffer(Message& message, std::size_t capacity) {
+bool CJbPipe::GrowBuffer(PipeMessage& message, std::size_t capacity) {
   try {
     // Left as it comes: most of a large buffer is never touched.
     auto bytes = std::make_unique_for_overwrite<BYTE[]>(capacity);
@@ -363,21 +363,31 @@ bool CJbPipe::WriteBuffer(const std::vector<BYTE>& bytes) {
 bool CJbPipe::ReadString(std::wstring& text) {
   ThrowIfShutDown();
   text.clear();
-  Message message;
+  PipeMessage message;
+  std::wstring_view read;
+  if (!ReadString(message, read)) return false;
+  text = read;
+  return true;
+}
+
+bool CJbPipe::ReadString(PipeMessage& message, std::wstring_view& text) {
+  ThrowIfShutDown();
+  message = {};
+  text = {};
   if (!ReadMessage(message)) {
     LOG_ERROR("ReadBuffer failed");
     return false;
   }
-  const std::size_t units = message.size / sizeof(wchar_t);
+  std::size_t size = message.size;
+  // An odd last byte is a unit of its own, with a zero above it. Only an even size fills the
+  // buffer.
+  if (size % sizeof(wchar_t) != 0) message.bytes[size++] = 0;
   const auto* const begin = reinterpret_cast<const wchar_t*>(message.bytes.get());
-  text.assign(begin, base::FindZero(begin, begin + units));
-  // An odd last byte is a unit of its own, with a zero above it.
-  const BYTE odd = message.size % sizeof(wchar_t) != 0 ? message.bytes[message.size - 1] : 0;
-  if (odd != 0 && text.size() == units) text += static_cast<wchar_t>(odd);
+  text = {begin, base::FindZero(begin, begin + size / sizeof(wchar_t))};
   return true;
 }
 
-bool CJbPipe::WriteString(const std::wstring& text) {
+bool CJbPipe::WriteString(std::wstring_view text) {
   ThrowIfShutDown();
   const auto* data = text.empty() ? nullptr : reinterpret_cast<const BYTE*>(text.data());
   if (!WriteBuffer(data, text.size() * sizeof(wchar_t))) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "SafeObject.h"
@@ -24,6 +25,13 @@ class PipeException {
 
 // The endpoint was shut down.
 class PipeShutdownException {};
+
+// One message as it was read.
+struct PipeMessage {
+  std::unique_ptr<BYTE[]> bytes;
+  std::size_t size = 0;
+  std::size_t capacity = 0;
+};
 
 // Time-outs are in milliseconds. Functions give true on success; failures of the system are logged
 // and give false. An endpoint is for one thread at a time, but for Shutdown.
@@ -46,7 +54,9 @@ class IJbPipe {
   virtual void SetPipeName(const std::wstring& baseName) = 0;
   virtual void SetAppendProcessId(bool append) = 0;
   virtual bool ReadString(std::wstring& text) = 0;
-  virtual bool WriteString(const std::wstring& text) = 0;
+  // The same without a copy: the text stands in `message`.
+  virtual bool ReadString(PipeMessage& message, std::wstring_view& text) = 0;
+  virtual bool WriteString(std::wstring_view text) = 0;
   virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
   virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
   virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
@@ -77,7 +87,8 @@ class CJbPipe final : public IJbPipe {
   void SetPipeName(const std::wstring& baseName) override { baseName_ = baseName; }
   void SetAppendProcessId(bool append) override { appendProcessId_ = append; }
   bool ReadString(std::wstring& text) override;
-  bool WriteString(const std::wstring& text) override;
+  bool ReadString(PipeMessage& message, std::wstring_view& text) override;
+  bool WriteString(std::wstring_view text) override;
   bool ReadBuffer(std::vector<BYTE>& bytes) override;
   bool WriteBuffer(const BYTE* data, std::size_t length) override;
   bool WriteBuffer(const std::vector<BYTE>& bytes) override;
@@ -88,12 +99,6 @@ class CJbPipe final : public IJbPipe {
 
  private:
   enum class State : std::uint32_t { kNone = 0, kListening = 1, kConnected = 2 };
-
-  struct Message {
-    std::unique_ptr<BYTE[]> bytes;
-    std::size_t size = 0;
-    std::size_t capacity = 0;
-  };
 
   std::wstring BuildPipeName(std::uint32_t processId) const;
   bool IsUnused() const { return state_ == State::kNone && !ioEvent_ && !pipe_; }
@@ -107,8 +112,8 @@ class CJbPipe final : public IJbPipe {
   bool FinishWait(OVERLAPPED& overlapped, bool timedOut);
   DWORD WaitForIo() const;
   DWORD PumpUntilIo() const;
-  bool ReadMessage(Message& message);
-  static bool GrowBuffer(Message& message, std::size_t capacity);
+  bool ReadMessage(PipeMessage& message);
+  static bool GrowBuffer(PipeMessage& message, std::size_t capacity);
 
   std::uint32_t timeout_ = 3000;
   SafeHandle ioEvent_;  // manual reset

@@ -6,10 +6,12 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "AtlTypes.h"
 #include "VectorGrowth.h"
+#include "json/ListText.h"
 #include "json/ListValue.h"
 #include "logging/Log.h"
 
@@ -34,6 +36,9 @@ class JArchive {
 
   // The text of the array, compact. Throws ArchiveException.
   std::wstring toString() const;
+  // The same without a copy, where it is text already; else it is written to `buffer`. Good while
+  // both stay as they are.
+  std::wstring_view toString(std::wstring& buffer) const;
 
   // Takes the content from a text and sets the cursor to the start. Throws ArchiveException and is
   // then left as it was.
@@ -72,9 +77,15 @@ class JArchive {
   }
 
  private:
+  // A request is written and never read: it stands as text. Values it becomes when it is read, and
+  // for a string that would change as text.
+  using Content = std::variant<base::ListText, base::ListValue>;
+
+  bool IsEmpty() const;
+  base::ListValue& Values() const;
   base::ValueView Current() const;
   JArchive& MoveBehind(base::ValueView element);
 
-  std::shared_ptr<base::ListValue> list_;
-  std::size_t cursor_ = 0;  // in bytes of the list
+  std::shared_ptr<Content> content_;
+  std::size_t cursor_ = 0;  // in bytes of the values
 };

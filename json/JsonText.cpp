@@ -1,0 +1,100 @@
+#include "json/JsonText.h"
+
+#include <new>
+
+#include "json/TextCopy.h"
+
+namespace base {
+
+namespace {
+
+constexpr std::size_t kMaxEscape = 6;
+constexpr std::size_t kPiece = 512;  // of a string: is put without a check for room
+constexpr std::size_t kMaxPieceText = kPiece * kMaxEscape + kCopySlack;
+
+bool IsNoncharacter(char32_t code) {
+  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
+}
+
+Utf16Unit* PutEscape(char32_t code, Utf16Unit* to) {
+  static constexpr std::string_view kCharacters = "\b\t\n\f\r\"\\";
+  static constexpr std::string_view kLetters = "btnfr\"\\";
+  const std::size_t index =
+      code < 0x80 ? kCharacters.find(static_cast<char>(code)) : std::string_view::npos;
+  *to++ = '\\';
+  if (index != std::string_view::npos) {
+    *to++ = static_cast<Utf16Unit>(kLetters[index]);
+    return to;
+  }
+  *to++ = 'u';
+  for (int shift = 12; shift >= 0; shift -= 4)
+    *to++ = static_cast<Utf16Unit>("0123456789ABCDEF"[code >> shift & 0xF]);
+  return to;
+}
+
+template <class Unit>
+JsonText::PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
+  for (bool exact = true;;) {
+    if constexpr (sizeof(Unit) == 1) {
+      text = CopyPaddedAscii<Stop::kEscapes>(text, end, to);
+    } else {
+      text = CopyWide<Stop::kEscapes>(text, end, to);
+    }
+    if (text == end) return {to, exact};
+    const CodePoint next = Decode(text, end);
+    text += next.length;
+    if (next.code < 0x80 || next.code == 0x2028 || next.code == 0x2029) {
+      to = PutEscape(next.code, to);
+    } else if (IsNoncharacter(next.code)) {
+      to = Encode(kReplacement, to);
+      exact = false;
+    } else {
+      to = Encode(next.code, to);
+    }
+  }
+}
+
+}  // namespace
+
+template <class Unit>
+JsonText::PutText JsonText::PutAnyString(Utf16Unit* end, std::basic_string_view<Unit> text) {
+  // A long text gets its room at once, as if nothing in it were escaped.
+  PutText put = {RoomBehind(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape),
+                 true};
+  *put.end++ = '"';
+  while (!text.empty()) {
+    std::size_t size = std::min(text.size(), kPiece);
+    if (size < text.size() && IsLowSurrogate(text[size])) --size;  // a pair stays together
+    put.end = RoomBehind(put.end, size * kMaxEscape + kCopySlack);
+    const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
+    put = {piece.end, put.exact && piece.exact};
+    text.remove_prefix(size);
+  }
+  put.end = RoomBehind(put.end, 1);
+  *put.end++ = '"';
+  return put;
+}
+
+JsonText::PutText JsonText::PutString(Utf16Unit* end, Utf16View text) {
+  return PutAnyString(end, text);
+}
+
+JsonText::PutText JsonText::PutString(Utf16Unit* end, std::string_view ascii) {
+  return PutAnyString(end, ascii);
+}
+
+// Room that is never written costs address space only, copies cost time: small blocks grow fast.
+Utf16Unit* JsonText::Grow(const Utf16Unit* end, std::size_t units) {
+  constexpr std::size_t kLarge = 0x40000;
+  const std::size_t used = end - begin_;
+  const std::size_t capacity = std::max(capacity_ * (capacity_ < kLarge ? 8 : 2), used + units);
+  Utf16Unit* const old = begin_ == small_ ? nullptr : begin_;
+  void* const block = std::realloc(old, capacity * sizeof(Utf16Unit));
+  if (block == nullptr) throw std::bad_alloc();
+  begin_ = static_cast<Utf16Unit*>(block);
+  if (old == nullptr) std::copy_n(small_, used, begin_);
+  capacity_ = capacity;
+  return begin_ + used;
+}
+
+}  // namespace base

@@ -1,0 +1,41 @@
+// A JSON list that stands as text from its first element on: to write it out costs nothing more.
+// Used in every process that loads the module.
+#pragma once
+
+#include "json/JsonText.h"
+
+namespace base {
+
+class ListText {
+ public:
+  ListText() { text_.Finish(PutAscii(text_.Room(2), "[")); }
+
+  bool IsEmpty() const { return text_.View().size() == 1; }
+  // Compact; good until the next append.
+  Utf16View View() const { return text_.ViewWith(']'); }
+
+  void AppendInt(std::int32_t value) { Finish(PutInt(Start(kMaxIntUnits), value)); }
+  void AppendBool(bool value) { Finish(PutAscii(Start(5), value ? "true" : "false")); }
+
+  // An unpaired surrogate becomes U+FFFD. False, and nothing appended, for what would not read back
+  // as the same (a text with a noncharacter) and what a writer may refuse.
+  bool AppendString(Utf16View text) {
+    if (MayBeTooLong(text.size())) return false;
+    const JsonText::PutText put = text_.PutString(Start(0), text);
+    if (put.exact) Finish(text_.RoomBehind(put.end, 1));
+    return put.exact;
+  }
+
+ private:
+  // Where the next element goes, with room for so many units and the bracket.
+  Utf16Unit* Start(std::size_t units) {
+    Utf16Unit* const end = text_.Room(units + 2);
+    *end = ',';
+    return end + (text_.View().size() > 1);
+  }
+  void Finish(const Utf16Unit* end) { text_.Finish(end); }
+
+  JsonText text_;
+};
+
+}  // namespace base
