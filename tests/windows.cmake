@@ -2,6 +2,9 @@
 # the common one every suite sets VERBOSE.
 set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
+add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
+  TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
+
 tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
 
 tessel_test(archive LIBRARIES tessel_utility)
@@ -24,9 +27,7 @@ tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK
 add_dependencies(search_test test_parts tessel)
 
 foreach(tool scenebroker inspector)
-  tessel_test(${tool} LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")
-  target_compile_definitions(${tool}_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
-    TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
+  tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
