@@ -30,19 +30,16 @@ foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
-add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
-set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
-  ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-
 tessel_test(windows LIBRARIES TesselSLB)
 # Its content without an address has the pipe of all those without a known prefix.
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 
-# Clients that know the module from outside: of the installed tree, and of Microsoft's compiler.
-foreach(client install msabi)
-  add_test(NAME ${client} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${client}/run.sh ${PROJECT_BINARY_DIR})
-  set_tests_properties(${client} PROPERTIES TIMEOUT 200)
+# Scripts around a broker: Ctrl-C, and clients that know the module from outside, of the installed
+# tree and of Microsoft's compiler.
+foreach(script ctrl_c install msabi)
+  add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
+  set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
 
 add_subdirectory(${PROJECT_SOURCE_DIR}/soak ${PROJECT_BINARY_DIR}/soak)
