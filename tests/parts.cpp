@@ -16,16 +16,11 @@
 #include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
+#include "support/Text.h"
 
 namespace {
 
 using std::filesystem::path;
-
-std::string Narrow(const std::wstring& text) {
-  char buffer[4096] = {};
-  ::WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, buffer, sizeof(buffer), nullptr, nullptr);
-  return buffer;
-}
 
 path OwnPath() {
   wchar_t name[MAX_PATH] = {};
@@ -43,7 +38,7 @@ void RecordStart(const path& file) {
   STARTUPINFOW startup = {};
   ::GetStartupInfoW(&startup);
   std::ofstream(file, std::ios::app) << Narrow(::GetCommandLineW()) << '\n'
-                                     << Narrow(std::filesystem::current_path().wstring()) << '\n'
+                                     << Narrow(std::filesystem::current_path().c_str()) << '\n'
                                      << startup.dwFlags << ' ' << startup.wShowWindow << '\n'
                                      << ::GetCurrentProcessId() << std::endl;
 }

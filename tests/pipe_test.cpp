@@ -3,7 +3,6 @@
 #include <winternl.h>
 
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <regex>
@@ -14,22 +13,14 @@
 #include "UTILITY/VistaSpecific.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
+#include "support/Text.h"
 
 namespace {
 
-using Texts = std::vector<std::string>;
 using Bytes = std::vector<BYTE>;
 
 DWORD testId = ::GetCurrentProcessId();  // of the test, in its children too
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
-
-Texts Split(const std::string& text, const std::string& mark) {
-  const std::size_t end = text.find(mark);
-  if (end == std::string::npos) return text.empty() ? Texts() : Texts{text};
-  Texts parts = Split(text.substr(end + mark.size()), mark);
-  parts.insert(parts.begin(), text.substr(0, end));
-  return parts;
-}
 
 // An endpoint that is driven by texts, in this process or in a child.
 struct Endpoint {
@@ -125,8 +116,7 @@ struct Pipe : testing::Test {
 // Conversations of a file: the steps of this process's ends and the log's lines behind them; those
 // of the peer, which takes them one after the other in its own time, stand where they belong.
 TEST_F(Pipe, ConversationsAreToldExactlyAndLoseNoHandle) {
-  std::ifstream file(TESSEL_TRANSCRIPTS "/pipe.txt");
-  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
   const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
   ASSERT_EQ(conversations.size(), 7u);
   std::size_t before = 0;

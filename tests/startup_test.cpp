@@ -10,12 +10,12 @@
 #include "support/LogCapture.h"
 #include "support/StandIn.h"
 #include "support/TestWindow.h"
+#include "support/Text.h"
 
 namespace {
 
 using testing::_;
 using testing::ElementsAre;
-using Texts = std::vector<std::string>;
 using Outcome = std::pair<int, Texts>;  // result and log lines
 
 const LogCapture capture;
@@ -23,8 +23,7 @@ const std::wstring kMutex = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
 const std::wstring kHold = TestFolder() + L"test_parts.exe hold " + kMutex + L' ';
 const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
-std::string Narrow(const std::wstring& ascii) { return {ascii.begin(), ascii.end()}; }
-const std::string kFolder = Narrow(TestFolder());
+const std::string kFolder = Narrow(TestFolder().c_str());
 
 // A call on a thread of its own that takes that many milliseconds at least.
 template <class Call>
@@ -47,9 +46,9 @@ TEST(Injection, TakesOverAnAbandonedMutexAndGivesItBack) {
   EXPECT_EQ(InjectBroker(window.Child()), -10) << "there is no injector";
   EXPECT_FALSE(::ReleaseMutex(mutex)) << "this thread has given it back";
   ::CloseHandle(mutex);
-  EXPECT_THAT(
-      LogCapture::Messages(),
-      ElementsAre("ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" + Narrow(kProcess)));
+  EXPECT_THAT(LogCapture::Messages(),
+              ElementsAre("ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
+                          Narrow(kProcess.c_str())));
 }
 
 // Side by side: launchers that bring no broker or bring it too late, an injector that takes its
@@ -75,7 +74,7 @@ TEST(Waits, EndWhenTheirTimeIsOver) {
   for (std::size_t i = 0; i < launched.size(); ++i) {
     const auto& [scheme, id, origin] = kLaunches[i];
     const std::string line = "sllauncher.exe /overwrite /emulate:\"" + kFolder +
-                             "SLBroker.xap\" /origin:\"" + Narrow(origin) + '"';
+                             "SLBroker.xap\" /origin:\"" + Narrow(origin.c_str()) + '"';
     const Outcome outcome = launched[i].get();
     const Texts record = launcher.Record(id);
     EXPECT_THAT(record, ElementsAre(line, kFolder.substr(0, kFolder.size() - 1), "1 0", _));

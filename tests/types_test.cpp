@@ -89,7 +89,9 @@ TEST(ElementRecord, MovesAndIsNeverCopied) {
     EXPECT_STREQ(target.sourceUri, L"http://a");
     EXPECT_TRUE(record.objectId == nullptr && record.sourceUri.IsEmpty());
     alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client
-    reinterpret_cast<SLElemData&>(zeroed).~SLElemData();
+    auto& filled = reinterpret_cast<SLElemData&>(zeroed);
+    filled.sourceUri = target.sourceUri;
+    filled.~SLElemData();
   }
   EXPECT_EQ(LogCapture::Count("Invalid SL object"), 4u) << "one line a destroyed record";
 }
