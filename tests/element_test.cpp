@@ -173,7 +173,7 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
   const std::string file = FileText(TESSEL_TRANSCRIPTS "/elements.txt");
   const std::regex uri("URI");
   const Texts lines = Split(std::regex_replace(file, uri, Narrow(address.c_str())), "\n");
-  ASSERT_EQ(lines.size(), 50u);
+  ASSERT_EQ(lines.size(), 51u);
   std::vector<std::string> answers;
   for (const std::string& line : lines) {
     if (const std::string answer = Split(line, " | ").at(1); answer != "-")
@@ -230,14 +230,24 @@ TEST(Element, MustBeNamedByAllFiveFields) {
 }
 
 TEST(Element, IsReleasedOnceHoweverOftenItWasMoved) {
+  static_assert(!std::is_copy_constructible_v<SLElemData> &&
+                !std::is_copy_assignable_v<SLElemData>);
   const std::wstring address = Address(L"moved");
   ScriptedBroker broker(SL_TAILORED_URI, address, std::vector<std::string>(4, "[0,true]"));
   {
     Records records;
     for (const wchar_t* id : {L"a", L"b", L"c"}) AppendGrowing(records, Element(address, id));
+    records[1].rect = {1, 2, 3, 4};
     SLElemData moved(std::move(records[1]));
+    EXPECT_TRUE(records[1].objectId == nullptr && records[1].sourceUri.IsEmpty());
     records[1] = std::move(moved);
+    EXPECT_STREQ(records[1].sourceUri, address.c_str());
+    EXPECT_EQ(SidesOf(records[1].rect), " 1 2 3 4");
     records[2] = Element(address, L"d");
+    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client
+    auto& filled = reinterpret_cast<SLElemData&>(zeroed);
+    filled.sourceUri = records[1].sourceUri;
+    filled.~SLElemData();
   }
   for (const char* id : {"c", "a", "b", "d"}) {
     EXPECT_EQ(broker.ReadLine(), "[3,77,\"" + std::string(id) + "\"]");

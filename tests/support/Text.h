@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -21,8 +22,8 @@ inline Texts Split(const std::string& text, const std::string& mark) {
   return pieces;
 }
 
-inline std::string FileText(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+inline std::string FileText(const std::filesystem::path& path) {
+  std::ifstream file(path);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
