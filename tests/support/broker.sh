@@ -14,6 +14,8 @@ start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
     "$root/tools/scenes/login.json" >"$work/scene.json"
+  # Here, not only by the job, which may come after the first look into it.
+  : >"$work/broker.txt"
   "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$work/scene.json" >"$work/broker.txt" &
   broker=$!
   wait_for ready
