@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <map>
+#include <regex>
 #include <stdexcept>
 
 #include "VectorGrowth.h"
@@ -49,15 +51,6 @@ std::string ParentOf(SLElemData& element) {
   SLElemData parent = Element(L"old", L"kept", SL_NO_URI);
   const int code = GetParentElement(element, parent);
   return std::to_string(code) + ' ' + Taken(parent);
-}
-
-std::string PointIntoZeroed(SLElemData& element) {
-  alignas(SLElemData) unsigned char storage[sizeof(SLElemData)] = {};
-  auto& found = reinterpret_cast<SLElemData&>(storage);
-  const int code = GetElemFromPoint(element, {0, 0}, 0, found);
-  const std::string text = std::to_string(code) + ' ' + Taken(found);
-  found.~SLElemData();
-  return text;
 }
 
 // What the parent record of an identification is.
@@ -137,105 +130,69 @@ Call Code(int (*call)(SLElemData&)) {
   return [=](SLElemData& element) { return std::to_string(call(element)); };
 }
 
-const Call kClick = Code([](SLElemData& element) { return ClickElem(element, 5, 7); });
-const Call kSetNothing = Code([](SLElemData& element) { return SetValue(element, nullptr); });
-const Call kSetFocus = Code([](SLElemData& element) { return SetFocus(element); });
-const Call kUncheck = Code([](SLElemData& element) { return CheckElem(element, 0); });
-const Call kSelectNothing = Code([](SLElemData& element) { return SelectItem(element, nullptr); });
-const Call kRelease = Code(&ReleaseObj);
+const std::map<std::string, Call> kObjectCalls = {
+    {"rectangle", RectangleOf},
+    {"attribute N\u00e4<\"", Attribute(L"N\u00e4<\"")},
+    {"attribute a", Attribute(L"a")},
+    {"attribute a to nowhere", Attribute(L"a", false)},
+    {"attribute without a name", Attribute(nullptr)},
+    {"attribute of an empty name", Attribute(L"", false)},
+    {"items 7", ItemsOf(7)},
+    {"items 0", ItemsOf(0)},
+    {"value", Value},
+    {"parent", ParentOf},
+    {"release", Code(&ReleaseObj)},
+    {"identity", Identity(Parent::kNone, true)},
+    {"identity without number", Identity(Parent::kNone, false)},
+    {"identity below one of the same context", Identity(Parent::kSameContext, false)},
+    {"identity below another process", Identity(Parent::kOtherProcess, true)},
+    {"identity below another scheme", Identity(Parent::kOtherScheme, true)},
+    {"identity below no element", Identity(Parent::kInvalid, true)},
+    {"selector", Chain},
+    {"ancestry", Ancestry},
+    {"click", Code([](SLElemData& e) { return ClickElem(e, 5, 7); })},
+    {"set \u00e9<", Code([](SLElemData& e) { return SetValue(e, L"\u00e9<"); })},
+    {"set empty", Code([](SLElemData& e) { return SetValue(e, L""); })},
+    {"set nothing", Code([](SLElemData& e) { return SetValue(e, nullptr); })},
+    {"focus", Code([](SLElemData& e) { return SetFocus(e); })},
+    {"check -1", Code([](SLElemData& e) { return CheckElem(e, -1); })},
+    {"check 0", Code([](SLElemData& e) { return CheckElem(e, 0); })},
+    {"select x", Code([](SLElemData& e) { return SelectItem(e, L"x"); })},
+    {"select nothing", Code([](SLElemData& e) { return SelectItem(e, nullptr); })},
+};
+const std::map<std::string, Call> kWindowCalls = {
+    {"point 3,-4", Point},
+    {"find", Collection({nullptr, nullptr, nullptr}, 0, false)},
+    {"find a,,\u00e9", Collection({L"a", nullptr, L"\u00e9"}, -3, true)},
+};
 
+// The calls of a file, each with the broker's answer, what it was asked, what the caller gets and
+// the error in the log; "-" for nothing, URI for the content's address.
 TEST(Element, SendsItsRequestAndReadsItsAnswer) {
   const std::wstring address = Address(L"calls");
-  const std::string uri = Narrow(address.c_str());
-  const std::string kEnd = "ERROR Archive failure: 'End of archive reached'";
-  const std::string kNumber = "ERROR Archive failure: 'number expected'";
-  const std::string kString = "ERROR Archive failure: 'string expected'";
-  const std::string kContext = "ERROR Objects not in the same context";
-  // In requests and answers ' stands for ". No answer: the broker must not be asked.
-  const struct {
-    Call call;
-    std::string answer, request, result, error;
-  } kCases[] = {
-      {RectangleOf, "[0,1,-2,3,2147483647]", "[2,77,'id']", "0 1 -2 3 2147483647", ""},
-      {RectangleOf, "[0,5,6]", "[2,77,'id']", "-12 5 6 9 9", kEnd},
-      {RectangleOf, "[-8,1,2,3,4]", "[2,77,'id']", "-8 9 9 9 9", kFailed + "-8"},
-      {RectangleOf, "[100]", "[2,77,'id']", "100 9 9 9 9", kFailed + "100"},
-      {RectangleOf, "['0',1]", "[2,77,'id']", "-12 9 9 9 9", kNumber},
-      {RectangleOf, "[0,", "[2,77,'id']", "-12 9 9 9 9",
-       "ERROR Archive failure: 'Cannot parse json_array'"},
-      {Attribute(L"N\u00e4<\""), "[0,'t\\u00e9xt']", "[10,77,'id','N\u00e4\\u003C\\'']",
-       "0 t\u00e9xt", ""},
-      {Attribute(L"a"), "[0,'']", "[10,77,'id','a']", "0 ", ""},
-      {Attribute(L"a"), "[0,5]", "[10,77,'id','a']", "-12 kept", kString},
-      {Attribute(nullptr), "", "", "-5 kept", "ERROR Invalid attribute name"},
-      {Attribute(L"", false), "", "", "-5 kept", "ERROR Invalid attribute name"},
-      {Attribute(L"a", false), "", "", "-5 kept", "ERROR Invalid out param"},
-      {ItemsOf(7), "[0,2,'x','y']", "[16,77,'id',true]", "0 first x y 3", ""},
-      {ItemsOf(0), "[0,-1]", "[16,77,'id',false]", "0 first 1", ""},
-      {ItemsOf(1), "[0,3,'x']", "[16,77,'id',true]", "-12 first x 2", kEnd},
-      {Value, "", "", std::to_string(E_NOTIMPL) + " kept", ""},
-      {ParentOf, "[0,'up']", "[6,77,'id']", "0 77 4 " + uri + " up", ""},
-      {ParentOf, "[0,'']", "[6,77,'id']", "0 " + kKept, ""},
-      {ParentOf, "[0,5]", "[6,77,'id']", "-12 " + kKept, kString},
-      {kRelease, "[0,true]", "[3,77,'id']", "0", ""},
-      {kRelease, "[0,false]", "[3,77,'id']", "-3", "ERROR Release failed"},
-      {kRelease, "[0,1]", "[3,77,'id']", "-12", "ERROR Archive failure: 'boolean expected'"},
-      {Point, "[0,'new']", "[1,77,'id',3,-4,5]", "0 77 4 " + uri + " new", ""},
-      {Point, "[0,'']", "[1,77,'id',3,-4,5]", "0 77 4 " + uri + " ", ""},
-      {Point, "[0,7]", "[1,77,'id',3,-4,5]", "-12 " + kKept, kString},
-      {Identity(Parent::kNone, true), "[0,'a','','c\\u00e9',-7]", "[7,77,'id','',1]",
-       "0 a  c\u00e9 -7", ""},
-      {Identity(Parent::kSameContext, false), "[0,'a','b','c',5]", "[7,77,'id','up',0]",
-       "0 a b c 9", ""},
-      {Identity(Parent::kNone, false), "[0,'a','b','c']", "[7,77,'id','',0]",
-       "-12 kept kept kept 9", kEnd},
-      {Identity(Parent::kOtherProcess, true), "", "", "-13 kept kept kept 9", kContext},
-      {Identity(Parent::kOtherScheme, true), "", "", "-13 kept kept kept 9", kContext},
-      {Identity(Parent::kInvalid, true), "", "", "-13 kept kept kept 9",
-       "ERROR Invalid pParentObj"},
-      {Chain, "[0,2,'r','id']", "[8,77,'id']", "0 r id", ""},
-      {Chain, "[0,0]", "[8,77,'id']", "0", ""},
-      {Chain, "[0,3,'r']", "[8,77,'id']", "-12 r (null) (null)", kEnd},
-      {Chain, "[0,-1]", "[8,77,'id']", "length_error kept", ""},
-      {Chain, "[0,2147483647]", "[8,77,'id']", "bad_alloc kept", ""},
-      {Ancestry, "[0,1,'r',2,5,-6]", "[18,77,'id']", "0 r /4 /5 /-6", ""},
-      {Ancestry, "[0,1,'r',2,5]", "[18,77,'id']", "-12 r /4 /5",
-       "ERROR GetAncestryInfo: Archive failure: 'End of archive reached'"},
-      {Ancestry, "[9]", "[18,77,'id']", "9 kept /4",
-       "ERROR GetAncestryInfo: SendMessageToBroker failed with 9"},
-      {Collection({L"a", nullptr, L"\u00e9"}, -3, true), "[0,2,'x',1,2,3,4,'',-1,0,5,0]",
-       "[9,77,'id','a','','\u00e9',-3,true]", "0 x 1 2 3 4  -1 0 5 0", ""},
-      {Collection({nullptr, nullptr, nullptr}, 0, false), "[0,2,'x',1,2,3,4,'y',1,2,3]",
-       "[9,77,'id','','','',0,false]", "-12 x 1 2 3 4 (null)", kEnd},
-      {kClick, "[0]", "[11,77,'id']", "0", ""},
-      {Code([](SLElemData& e) { return SetValue(e, L"\u00e9<"); }), "[0]",
-       "[12,77,'id','\u00e9\\u003C']", "0", ""},
-      {Code([](SLElemData& e) { return SetValue(e, L""); }), "[0]", "[12,77,'id','']", "0", ""},
-      {kSetNothing, "", "", "-5", "ERROR Invalid text"},
-      {kSetFocus, "[-8]", "[13,77,'id']", "-8", kFailed + "-8"},
-      {Code([](SLElemData& e) { return CheckElem(e, -1); }), "[0]", "[15,77,'id',true]", "0", ""},
-      {kUncheck, "[0]", "[15,77,'id',false]", "0", ""},
-      {Code([](SLElemData& e) { return SelectItem(e, L"x"); }), "[102]", "[17,77,'id','x']", "102",
-       kFailed + "102"},
-      {kSelectNothing, "", "", "-12", "ERROR Archive failure: 'Invald string'"},
-      {PointIntoZeroed, "[0,'new']", "[1,77,'id',0,0,0]", "0 77 4 " + uri + " new", ""},
-  };
+  const std::string file = FileText(TESSEL_TRANSCRIPTS "/elements.txt");
+  const std::regex uri("URI");
+  const Texts lines = Split(std::regex_replace(file, uri, Narrow(address.c_str())), "\n");
+  ASSERT_EQ(lines.size(), 51u);
   std::vector<std::string> answers;
-  for (const auto& row : kCases) {
-    if (!row.answer.empty()) answers.push_back(row.answer);
+  for (const std::string& line : lines) {
+    if (const std::string answer = Split(line, " | ").at(1); answer != "-")
+      answers.push_back(answer);
   }
   answers.push_back("[0,true]");
   ScriptedBroker broker(SL_TAILORED_URI, address, answers);
   {
     SLElemData element = Element(address, L"id");
-    for (const auto& row : kCases) {
-      SCOPED_TRACE(row.answer + " " + row.request + " " + row.result);
+    for (const std::string& line : lines) {
+      SCOPED_TRACE(line);
+      const Texts cells = Split(line, " | ");
+      const auto& calls = kWindowCalls.contains(cells.at(0)) ? kWindowCalls : kObjectCalls;
       LogCapture::Reset();
-      EXPECT_EQ(row.call(element), row.result);
-      if (!row.request.empty()) {
-        EXPECT_EQ(broker.ReadLine(), WithQuotes(row.request));
+      EXPECT_EQ(calls.at(cells[0])(element), cells.at(3));
+      if (cells[1] != "-") {
+        EXPECT_EQ(broker.ReadLine(), WithQuotes(cells[2]));
       }
-      EXPECT_EQ(Errors(), row.error.empty() ? Texts() : Texts{row.error});
+      EXPECT_EQ(Errors(), cells.at(4) == "-" ? Texts() : Texts{"ERROR " + cells[4]});
       EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 0u);
     }
   }
@@ -252,48 +209,45 @@ TEST(Element, MustBeNamedByAllFiveFields) {
       [](SLElemData& e) { e.sourceUri = L""; },
       [](SLElemData& e) { Forget(e); },
   };
-  const Call kCalls[] = {RectangleOf,
-                         Attribute(L""),
-                         Attribute(L"a", false),
-                         ItemsOf(1),
-                         Value,
-                         ParentOf,
-                         Identity(Parent::kInvalid, true),
-                         Chain,
-                         Ancestry,
-                         kClick,
-                         kSetNothing,
-                         kSetFocus,
-                         kUncheck,
-                         kSelectNothing,
-                         kRelease};
   for (const auto& breakIt : kBreaks) {
     SLElemData element = Element(L"http://nobody", L"id");
     breakIt(element);
-    for (const Call& call : kCalls) {
-      SCOPED_TRACE(std::to_string(&breakIt - kBreaks) + " " + std::to_string(&call - kCalls));
+    for (const auto& [name, call] : kObjectCalls) {
+      SCOPED_TRACE(std::to_string(&breakIt - kBreaks) + " " + name);
       LogCapture::Reset();
       EXPECT_EQ(call(element).substr(0, 3), "-13");
       EXPECT_THAT(LogCapture::Messages(), Each("ERROR Invalid SL object"));
     }
+    LogCapture::Reset();
+    EXPECT_EQ(ReleaseObj(element), -13);
     EXPECT_THAT(LogCapture::Lines(), ElementsAre(HasSubstr(") ElementLookup.cpp(")));
   }
   SLElemData windowless = Element(L"http://nobody", L"id");
   windowless.hwnd = nullptr;
   LogCapture::Reset();
-  EXPECT_EQ(Collection({nullptr, nullptr, nullptr}, 0, false)(windowless), "-13 kept");
+  EXPECT_EQ(kWindowCalls.at("find")(windowless), "-13 kept");
   EXPECT_EQ(Errors(), Texts());
 }
 
 TEST(Element, IsReleasedOnceHoweverOftenItWasMoved) {
+  static_assert(!std::is_copy_constructible_v<SLElemData> &&
+                !std::is_copy_assignable_v<SLElemData>);
   const std::wstring address = Address(L"moved");
   ScriptedBroker broker(SL_TAILORED_URI, address, std::vector<std::string>(4, "[0,true]"));
   {
     Records records;
     for (const wchar_t* id : {L"a", L"b", L"c"}) AppendGrowing(records, Element(address, id));
+    records[1].rect = {1, 2, 3, 4};
     SLElemData moved(std::move(records[1]));
+    EXPECT_TRUE(records[1].objectId == nullptr && records[1].sourceUri.IsEmpty());
     records[1] = std::move(moved);
+    EXPECT_STREQ(records[1].sourceUri, address.c_str());
+    EXPECT_EQ(SidesOf(records[1].rect), " 1 2 3 4");
     records[2] = Element(address, L"d");
+    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client
+    auto& filled = reinterpret_cast<SLElemData&>(zeroed);
+    filled.sourceUri = records[1].sourceUri;
+    filled.~SLElemData();
   }
   for (const char* id : {"c", "a", "b", "d"}) {
     EXPECT_EQ(broker.ReadLine(), "[3,77,\"" + std::string(id) + "\"]");

@@ -1,6 +1,6 @@
 // The programs that stand around the module, for its tests: one file, its role is its name
-// (sllauncher.exe, slinject.exe) or its first argument (broker, hold, mute). The first two
-// write what they were started with into a file beside them.
+// (sllauncher.exe, slinject.exe) or its first argument (broker, mute). The first two write what
+// they were started with into a file beside them.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -16,22 +16,11 @@
 #include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
+#include "support/Text.h"
 
 namespace {
 
 using std::filesystem::path;
-
-std::string Narrow(const std::wstring& text) {
-  char buffer[4096] = {};
-  ::WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, buffer, sizeof(buffer), nullptr, nullptr);
-  return buffer;
-}
-
-path OwnPath() {
-  wchar_t name[MAX_PATH] = {};
-  ::GetModuleFileNameW(nullptr, name, MAX_PATH);
-  return name;
-}
 
 void Print(const std::string& line) {
   std::puts(line.c_str());
@@ -43,7 +32,7 @@ void RecordStart(const path& file) {
   STARTUPINFOW startup = {};
   ::GetStartupInfoW(&startup);
   std::ofstream(file, std::ios::app) << Narrow(::GetCommandLineW()) << '\n'
-                                     << Narrow(std::filesystem::current_path().wstring()) << '\n'
+                                     << Narrow(std::filesystem::current_path().c_str()) << '\n'
                                      << startup.dwFlags << ' ' << startup.wShowWindow << '\n'
                                      << ::GetCurrentProcessId() << std::endl;
 }
@@ -89,7 +78,7 @@ int Launch(const std::vector<std::wstring>& arguments) {
   const std::wstring address = tailored ? origin.substr(0, tail) : origin;
   const std::wstring name =
       tailored ? path(address).filename().wstring() : address.substr(0, address.find(L':'));
-  RecordStart(OwnPath().parent_path() / (L"sllauncher-" + name + L".txt"));
+  RecordStart(TestFolder() + L"sllauncher-" + name + L".txt");
   if (!name.starts_with(L"serve")) return 1;
   if (name.starts_with(L"serve-late")) ::Sleep(20000);
   return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
@@ -98,13 +87,13 @@ int Launch(const std::vector<std::wstring>& arguments) {
 // A file beside it, named after the process that it is told to inject, holds the milliseconds that
 // it takes, its exit code, and the command line of a broker, if it shall bring one.
 int Inject(const std::wstring& argument) {
-  const std::wstring name = L"slinject-" + argument.substr(wcslen(L"--pid="));
-  const path record = OwnPath().parent_path() / (name + L".txt");
+  const std::wstring name = TestFolder() + L"slinject-" + argument.substr(wcslen(L"--pid="));
+  const path record = name + L".txt";
   RecordStart(record);
   DWORD milliseconds = 0;
   int code = 0;
   std::string command;
-  std::ifstream settings(OwnPath().parent_path() / (name + L".in"));
+  std::ifstream settings((name + L".in").c_str());
   settings >> milliseconds >> code >> std::ws;
   std::getline(settings, command);
   ::Sleep(milliseconds);
@@ -112,14 +101,6 @@ int Inject(const std::wstring& argument) {
   if (!command.empty()) (new ChildProcess({command.begin(), command.end()}))->ReadLine();
   std::ofstream(record, std::ios::app) << "end" << std::endl;
   return code;
-}
-
-// Takes a mutex, says so, and ends without giving it back.
-int Hold(const std::wstring& mutex, DWORD milliseconds) {
-  const HANDLE handle = ::CreateMutexW(nullptr, FALSE /*owned*/, mutex.c_str());
-  Print(::WaitForSingleObject(handle, 0) == WAIT_OBJECT_0 ? "held" : "not held");
-  ::Sleep(milliseconds);
-  return 0;
 }
 
 // Sends a request and never reads the answer.
@@ -136,10 +117,9 @@ int main() {
   int count = 0;
   wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
   const std::vector<std::wstring> arguments(words, words + count);
-  if (OwnPath().filename() == L"sllauncher.exe") return Launch(arguments);
-  if (OwnPath().filename() == L"slinject.exe") return Inject(arguments.at(1));
-  if (arguments.at(1) == L"hold") return Hold(arguments.at(2), std::stoul(arguments.at(3)));
+  if (arguments[0] == L"sllauncher.exe") return Launch(arguments);
+  if (arguments[0] == L"slinject.exe") return Inject(arguments.at(1));
   if (arguments.at(1) == L"mute") return StayMute(arguments.at(2));
-  return Serve(OwnPath().parent_path(), std::stoul(arguments.at(2)), words[3],
+  return Serve(TestFolder(), std::stoul(arguments.at(2)), words[3],
                {arguments.begin() + 4, arguments.end()});
 }

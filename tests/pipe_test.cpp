@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <regex>
 #include <thread>
 
 #include "UTILITY/JbPipe.h"
@@ -12,22 +13,14 @@
 #include "UTILITY/VistaSpecific.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
+#include "support/Text.h"
 
 namespace {
 
-using Texts = std::vector<std::string>;
 using Bytes = std::vector<BYTE>;
 
 DWORD testId = ::GetCurrentProcessId();  // of the test, in its children too
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
-
-Texts Split(const std::string& text, const std::string& mark) {
-  const std::size_t end = text.find(mark);
-  if (end == std::string::npos) return text.empty() ? Texts() : Texts{text};
-  Texts parts = Split(text.substr(end + mark.size()), mark);
-  parts.insert(parts.begin(), text.substr(0, end));
-  return parts;
-}
 
 // An endpoint that is driven by texts, in this process or in a child.
 struct Endpoint {
@@ -120,59 +113,35 @@ struct Pipe : testing::Test {
   std::map<char, Endpoint> ends;  // s serves, c and d connect to it, p to the peer, m to nothing
 };
 
+// Conversations of a file: the steps of this process's ends and the log's lines behind them; those
+// of the peer, which takes them one after the other in its own time, stand where they belong.
 TEST_F(Pipe, ConversationsAreToldExactlyAndLoseNoHandle) {
-  const std::string slow = "ERROR WaitForSingleObject timeout or failed";
-  const std::string unread = " (258) | ERROR GetOverlappedResult failed | ERROR ReadBuffer failed";
-  const struct {
-    std::string script, log, peer = "idle", answers = "yes; ";
-  } cases[] = {
-      {"c wait 0 > Cannot call WaitClientToConnect for client pipe; c write > no; "
-       "c disconnect > Cannot call DisconnectClient for client pipe; c readbytes > !ReadBuffer; "
-       "c shutdown 0 > Shutdown can be called only for server pipe; c writebytes 1 > !WriteBuffer; "
-       "c writebytes 0 > no; c attach 0 > Invalid pipe handle; c exists 0 > no; m to 1 > yes; "
-       "m connect > no; m connect > !CreateServerPipe; m create 0 > !CreateServerPipe; "
-       "m attach 4 > !AttachToServerPipe; m exists 0 > !CreateServerPipe; m close > yes",
-       "ERROR Nothing to write | ERROR WriteBuffer failed | ERROR Nothing to write | "
-       "ERROR Cannot open server pipe: ERROR_FILE_NOT_FOUND"},
-      {"s create 0 > yes; s create 0 > !CreateServerPipe; s connect > !CreateServerPipe; "
-       "s exists 0 > !CreateServerPipe; s read > !ReadBuffer; s disconnect > !DisconnectClient; "
-       "s wait -1 > yes; s wait 0 > !WaitClientToConnect; s read > =ping; s write pong > yes; "
-       "s disconnect > yes; s write x > !WriteBuffer; s wait -1 > yes; s read > =two; "
-       "s close > yes; s exists 0 > no; s create 0 > yes; s wait 0 > no, timed out",
-       "", "exists 20000; connect; write ping; read; read; close; connect; write two; read",
-       "yes; yes; yes; =pong; no; yes; yes; yes; no; "},
-      {"p exists 20000 > yes; p connect > yes; p connect > !CreateServerPipe; p write ping > yes; "
-       "p read > =pong; p close > yes; p write ping > !WriteBuffer; p connect > yes",
-       "", "create 0; wait -1; read; write pong; disconnect; wait -1; close",
-       "yes; yes; =ping; yes; yes; yes; yes; "},
-      {"s bare > yes; s create 0 > yes; c bare > yes; c connect > yes; s wait 0 > yes; "
-       "s shutdown 0 > yes; s create 0 > shut down; s wait -1 > shut down; s read > shut down; "
-       "s readbytes > shut down; s write > shut down; s writebytes 0 > shut down; "
-       "s disconnect > yes; s disconnect > !DisconnectClient; s close > yes; s create 0 > yes",
-       "ERROR Cannot open server pipe! Error = 231"},
-      {"s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes; d timeout 60 > yes; "
-       "d connect > no; d connect > !CreateServerPipe; d close > yes; d create 0 > no",
-       "ERROR Cannot open server pipe! Error = 231 | WARNING " + kBusy +
-           " | ERROR CreateServerPipe: could not create pipe"},
-      {"s create 0 > yes; s wait -1 > yes; s timeout 50 > yes; s read > no; s pump 1 > yes; "
-       "s read > no; s timeout 30000 > yes; s write ask > yes; s read > =on",
-       slow + unread + " | " + slow + unread, "exists 20000; connect; read; write on",
-       "yes; yes; =ask; yes; "},
-      {"s create 0 > yes; c connect > yes; c close > yes; s wait 0 > no; "
-       "s wait 0 > no, timed out; c connect > yes; s wait 0 > yes; s timeout 50 > yes; "
-       "s writebytes 3000000 > no; c close > yes; s read > no",
-       slow + " | ERROR ReadFile failed (109) | ERROR ReadBuffer failed"},
-  };
+  const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
+  const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
+  ASSERT_EQ(conversations.size(), 7u);
   std::size_t before = 0;
   for (int pass = 0; pass < 2; ++pass) {  // the first one warms up
     before = OpenHandles();
-    for (const auto& row : cases) {
+    for (const std::string& conversation : conversations) {
+      const Texts lines = Split(conversation, "\n");
+      SCOPED_TRACE(lines[0]);
+      std::string told, answers;
+      Texts log;
+      for (const std::string& line : lines) {
+        if (line.starts_with("log ")) log.push_back(line.substr(4));
+        if (!line.starts_with("peer ")) continue;
+        told += line.substr(5, line.find(" > ") - 5) + "; ";
+        answers += line.substr(line.find(" > ") + 3) + "; ";
+      }
       LogCapture::Reset();
-      Peer peer(row.peer);
-      Expect("p to " + std::to_string(peer.Id()) + " > yes; " + row.script);
-      EXPECT_EQ(Log(), Split(row.log, " | ")) << row.script;
+      Peer peer(told);
+      Expect("p to " + std::to_string(peer.Id()) + " > yes");
+      for (const std::string& line : lines) {
+        if (line[1] == ' ' && line[0] != '#') Expect(line);
+      }
+      EXPECT_EQ(Log(), log);
       ends.clear();
-      EXPECT_EQ(peer.ReadToEnd(), row.answers) << row.script;
+      EXPECT_EQ(peer.ReadToEnd(), answers);
     }
   }
   EXPECT_EQ(OpenHandles(), before);

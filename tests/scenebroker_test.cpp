@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "TesselHost.h"
+#include "support/Text.h"
 #include "support/Tools.h"
 #include "tools/scenebroker/SceneMap.h"
 #include "tools/scenebroker/SceneReader.h"
@@ -15,8 +17,6 @@
 namespace {
 
 using testing::HasSubstr;
-using tools::Narrow;
-using tools::Wide;
 
 // Each line of the file is a scene and what is wrong with it; here are those of several lines or of
 // ill-formed text.
@@ -26,15 +26,14 @@ TEST(SceneFileTest, RefusesWithPlaceAndCure) {
       {"{\n  \"version\": 1,\n  \"ä\" 2}", "line 3, column 7: syntax error"},
       {"{\"title\": \"a\xff\"}", "line 1, column 13: "},
   };
-  std::ifstream list(TESSEL_TRANSCRIPTS "/refused-scenes.txt");
-  for (std::string line; std::getline(list, line);) {
-    const std::size_t arrow = line.find(" -> ");
-    cases.emplace_back(line.substr(0, arrow), line.substr(arrow + 4));
+  for (const std::string& line : Split(FileText(TESSEL_TRANSCRIPTS "/refused-scenes.txt"), "\n")) {
+    const Texts row = Split(line, " -> ");
+    cases.emplace_back(row.at(0), row.at(1));
   }
   ASSERT_EQ(cases.size(), 19u);
   for (const auto& [text, message] : cases) {
     const SceneFile file(text);
-    const auto place = HasSubstr(Narrow(file.path.wstring()) + ": " + message);
+    const auto place = HasSubstr(tools::Narrow(file.path.wstring()) + ": " + message);
     EXPECT_THAT([&] { ReadSceneFile(file.path.wstring()); },
                 testing::ThrowsMessage<std::exception>(testing::AllOf(place, HasSubstr("; "))))
         << text;
@@ -107,32 +106,24 @@ TEST(SceneBrokerTest, FollowsItsTranscripts) {
   }
 }
 
+// An index of this process's own is in nobody's way.
 TEST(SceneBrokerTest, TakesPostsOfOtherProcesses) {
   SceneBroker broker(TESSEL_SCENES "/login.json", L" --additional-windows 2");
   const std::string second = broker.Fact("additional window", 1);
   ASSERT_TRUE(second.starts_with("#1 ")) << second;
+  const HWND window = tools::HandleFromText(second.substr(3));
+  wchar_t name[100] = {};
+  ::GetClassNameW(window, name, 100);
+  EXPECT_EQ(name, L"SL_Additional_Wnd_Class_pid" + tools::Wide(broker.Fact("process")) + L"_");
+  ASSERT_NE(AdditionalWindow_Create(1), nullptr);
+  EXPECT_TRUE(AdditionalWindow_PostMessage(1, WM_APP + 5, 0, 0));
   // What is no WM_APP message is none of the broker's.
   for (const UINT message : {WM_APP - 1u, WM_APP + 7u, 0xC000u, WM_APP + 0x3FFFu}) {
-    ::PostMessageW(tools::HandleFromText(second.substr(3)), message, 0, 0);
+    ::PostMessageW(window, message, 0, 0);
   }
   EXPECT_EQ(broker.ReadLine(), "notified: #1 command 7");
   EXPECT_EQ(broker.ReadLine(), "notified: #1 command 16383");
-}
-
-// Some clients leave without their answers: those objects are nobody's.
-TEST(SceneBrokerTest, CountsWhatNobodyGot) {
-  SceneBroker broker(TESSEL_SCENES "/login.json", L" --scheme http");
-  const std::string selector = broker.Request(R"([8,?,"user"])");
-  for (int i = 0; i < 2; ++i) {
-    RawClient client(Wide(broker.Fact("pipe")));
-    client.Send(Wide(selector));
-    EXPECT_EQ(broker.ReadLine(), "served: " + selector + R"( -> [0,3,"page","form","user"])");
-    client.Leave();
-  }
-  EXPECT_EQ(broker.Ask(R"([3,?,"user"])"), "[0,false]");
-  EXPECT_EQ(broker.Ask(R"([6,?,"user"])"), R"([0,"form"])");
-  EXPECT_EQ(broker.CloseAndReadSummary(),
-            "handed out: 7\nundelivered: 6\nreleased: 0\nstill held: 1\nheld: 1 x form\n");
+  EXPECT_TRUE(AdditionalWindow_Destroy(1));
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include <future>
+#include <thread>
 
+#include "SafeObject.h"
 #include "TesselSLB/BrokerInjection.h"
 #include "TesselSLB/BrokerStartup.h"
 #include "TesselSLB/NudgeWindow.h"
@@ -10,21 +12,19 @@
 #include "support/LogCapture.h"
 #include "support/StandIn.h"
 #include "support/TestWindow.h"
+#include "support/Text.h"
 
 namespace {
 
 using testing::_;
 using testing::ElementsAre;
-using Texts = std::vector<std::string>;
 using Outcome = std::pair<int, Texts>;  // result and log lines
 
 const LogCapture capture;
-const std::wstring kMutex = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
-const std::wstring kHold = TestFolder() + L"test_parts.exe hold " + kMutex + L' ';
+constexpr wchar_t kMutex[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
 const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
-std::string Narrow(const std::wstring& ascii) { return {ascii.begin(), ascii.end()}; }
-const std::string kFolder = Narrow(TestFolder());
+const std::string kFolder = Narrow(TestFolder().c_str());
 
 // A call on a thread of its own that takes that many milliseconds at least.
 template <class Call>
@@ -39,25 +39,21 @@ std::future<Outcome> Start(std::uint64_t least, Call call) {
 
 TEST(Injection, TakesOverAnAbandonedMutexAndGivesItBack) {
   const TestWindow window;
-  const HANDLE mutex = ::CreateMutexW(nullptr, FALSE, kMutex.c_str());
-  ChildProcess holder(kHold + L'0');
-  ASSERT_EQ(holder.ReadLine(), "held");
-  ASSERT_EQ(holder.Wait(), 0u);
+  const SafeHandle mutex(::CreateMutexW(nullptr, FALSE /*owned*/, kMutex));
+  std::thread([&] { EXPECT_EQ(::WaitForSingleObject(mutex.Get(), 0), WAIT_OBJECT_0); }).join();
   LogCapture::Reset();
   EXPECT_EQ(InjectBroker(window.Child()), -10) << "there is no injector";
-  EXPECT_FALSE(::ReleaseMutex(mutex)) << "this thread has given it back";
-  ::CloseHandle(mutex);
-  EXPECT_THAT(
-      LogCapture::Messages(),
-      ElementsAre("ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" + Narrow(kProcess)));
+  EXPECT_FALSE(::ReleaseMutex(mutex.Get())) << "this thread has given it back";
+  EXPECT_THAT(LogCapture::Messages(),
+              ElementsAre("ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
+                          Narrow(kProcess.c_str())));
 }
 
 // Side by side: launchers that bring no broker or bring it too late, an injector that takes its
-// time, an injection that another process holds up for too long.
+// time, an injection that somebody else, here this thread, holds up for too long.
 TEST(Waits, EndWhenTheirTimeIsOver) {
   const StandIn launcher(L"sllauncher"), injector(L"slinject");
-  ChildProcess holder(kHold + L"45000");
-  ASSERT_EQ(holder.ReadLine(), "held");
+  const SafeHandle mutex(::CreateMutexW(nullptr, TRUE /*owned*/, kMutex));
   const TestWindow window;
   injector.Prepare(-15, 12000, 0);  // no process: an id for the stand-in
   auto slow = Start(10000, [&] { return RunInjector(window.Child(), static_cast<DWORD>(-15)); });
@@ -75,7 +71,7 @@ TEST(Waits, EndWhenTheirTimeIsOver) {
   for (std::size_t i = 0; i < launched.size(); ++i) {
     const auto& [scheme, id, origin] = kLaunches[i];
     const std::string line = "sllauncher.exe /overwrite /emulate:\"" + kFolder +
-                             "SLBroker.xap\" /origin:\"" + Narrow(origin) + '"';
+                             "SLBroker.xap\" /origin:\"" + Narrow(origin.c_str()) + '"';
     const Outcome outcome = launched[i].get();
     const Texts record = launcher.Record(id);
     EXPECT_THAT(record, ElementsAre(line, kFolder.substr(0, kFolder.size() - 1), "1 0", _));

@@ -2,12 +2,8 @@
 
 #include "StringW.h"
 #include "TesselSilverlight.h"
-#include "VectorGrowth.h"
-#include "support/LogCapture.h"
 
 namespace {
-
-const LogCapture capture;
 
 wchar_t*& Units(CStringW& text) { return reinterpret_cast<wchar_t*&>(text); }
 auto* HeaderOf(CStringW& text) { return reinterpret_cast<ATL::StringHeader*>(Units(text)) - 1; }
@@ -62,36 +58,6 @@ TEST(HeapAllocator, RefusesWhatWrapsAround) {
   for (std::size_t count : {SIZE_MAX / 4 + 2, SIZE_MAX / 4}) {
     EXPECT_THROW((void)HeapAllocator<long>().allocate(count), std::bad_alloc) << count;
   }
-}
-
-TEST(VectorGrowth, GrowsByHalf) {
-  std::vector<long, HeapAllocator<long>> items;
-  std::vector<std::size_t> capacities;
-  for (long item = 0; item < 10; ++item) {
-    AppendGrowing(items, std::move(item));
-    capacities.push_back(items.capacity());
-  }
-  EXPECT_THAT(capacities, testing::ElementsAre(1, 2, 3, 4, 6, 6, 9, 9, 9, 13));
-}
-
-TEST(ElementRecord, MovesAndIsNeverCopied) {
-  static_assert(!std::is_copy_constructible_v<SLElemData> &&
-                !std::is_copy_assignable_v<SLElemData>);
-  LogCapture::Reset();
-  {
-    SLElemData record, target;
-    const BSTR id = record.objectId = ::SysAllocString(L"id");
-    record.rect = {1, 2, 3, 4};
-    record.sourceUri = L"http://a";
-    target = std::move(record);
-    EXPECT_EQ(LogCapture::Count("Invalid SL object"), 1u) << "the one that was replaced";
-    EXPECT_TRUE(target.objectId == id && target.rect.bottom == 4);
-    EXPECT_STREQ(target.sourceUri, L"http://a");
-    EXPECT_TRUE(record.objectId == nullptr && record.sourceUri.IsEmpty());
-    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client
-    reinterpret_cast<SLElemData&>(zeroed).~SLElemData();
-  }
-  EXPECT_EQ(LogCapture::Count("Invalid SL object"), 4u) << "one line a destroyed record";
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 # the common one every suite sets VERBOSE.
 set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
+add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
+  TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
+
 tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
 
 tessel_test(archive LIBRARIES tessel_utility)
@@ -24,24 +27,19 @@ tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK
 add_dependencies(search_test test_parts tessel)
 
 foreach(tool scenebroker inspector)
-  tessel_test(${tool} LIBRARIES tessel_scene PROPERTIES RESOURCE_LOCK "launcher;scenes")
-  target_compile_definitions(${tool}_test PRIVATE TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
-    TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
+  tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
-add_test(NAME ctrl_c COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/ctrl_c_test.sh)
-set_tests_properties(ctrl_c PROPERTIES TIMEOUT 60 RESOURCE_LOCK scenes
-  ENVIRONMENT "BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-
 tessel_test(windows LIBRARIES TesselSLB)
 # Its content without an address has the pipe of all those without a known prefix.
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 
-# Clients that know the module from outside: of the installed tree, and of Microsoft's compiler.
-foreach(client install msabi)
-  add_test(NAME ${client} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${client}/run.sh ${PROJECT_BINARY_DIR})
-  set_tests_properties(${client} PROPERTIES TIMEOUT 200)
+# Scripts around a broker: Ctrl-C, and clients that know the module from outside, of the installed
+# tree and of Microsoft's compiler.
+foreach(script ctrl_c install msabi)
+  add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
+  set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
 
 add_subdirectory(${PROJECT_SOURCE_DIR}/soak ${PROJECT_BINARY_DIR}/soak)

@@ -1,12 +1,11 @@
-// The additional windows: real windows, message loops, threads and processes.
+// The additional windows: real windows, message loops and threads. Two processes of them meet in
+// the scene broker's suite.
 #include <gmock/gmock.h>
 
-#include <iostream>
 #include <thread>
 #include <vector>
 
 #include "TesselHost.h"
-#include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -93,31 +92,6 @@ TEST(AdditionalWindow, IsOneOfTen) {
   EXPECT_THAT(LogCapture::Messages(),
               ElementsAre("ERROR Too much windows added", "ERROR Index out of bounds",
                           "ERROR Window #9 not registered"));
-}
-
-// Run by the test below in a process of its own.
-TEST(OtherProcess, DISABLED_ReceivesThePostsToItsWindowAlone) {
-  const HWND window = AdditionalWindow_Create(0);
-  AdditionalWindow_RegisterCallback(0, &Receive);
-  std::cout << reinterpret_cast<ULONG_PTR>(window) << std::endl;
-  for (MSG message; ::GetMessageW(&message, nullptr, 0, 0) > 0;) ::DispatchMessageW(&message);
-  EXPECT_THAT(received, ElementsAre(Received(window, WM_APP, 5, -6, ::GetCurrentThreadId())));
-}
-
-TEST(AdditionalWindow, OfTwoProcessesNeverClash) {
-  ChildProcess other(TestFolder() +
-                     L"windows_test.exe --gtest_brief --gtest_filter=OtherProcess.*" +
-                     L" --gtest_also_run_disabled_tests");
-  other.ReadLine();  // the test framework's
-  const auto window = reinterpret_cast<HWND>(std::stoull(other.ReadLine()));
-  wchar_t name[100] = {};
-  ::GetClassNameW(window, name, 100);
-  EXPECT_EQ(name, L"SL_Additional_Wnd_Class_pid" + std::to_wstring(other.Id()) + L"_");
-  ASSERT_NE(AdditionalWindow_Create(0), nullptr) << "the same index";
-  ::PostMessageW(window, WM_APP, 5, -6);
-  EXPECT_TRUE(AdditionalWindow_PostMessage(0, WM_APP, 0, 0));
-  ::PostMessageW(window, WM_QUIT, 0, 0);
-  EXPECT_EQ(other.Wait(), 0u) << other.ReadToEnd();
 }
 
 }  // namespace

@@ -22,8 +22,9 @@ class ChildProcess {
     const BOOL ok =
         ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
                          CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
+    const DWORD error = ::GetLastError();
     ::CloseHandle(childOutput);
-    if (!ok) throw std::runtime_error("cannot start a child process");
+    if (!ok) throw std::runtime_error("cannot start a child process: " + std::to_string(error));
   }
   ~ChildProcess() {
     Kill();

@@ -11,21 +11,14 @@
 #include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
+#include "support/Text.h"
 
-using Texts = std::vector<std::string>;
 using Items = std::vector<CComBSTR, HeapAllocator<CComBSTR>>;
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 using Numbers = std::vector<long, HeapAllocator<long>>;
 
 inline const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 inline const std::string kOwnId = std::to_string(::GetCurrentProcessId());
-
-inline std::string Narrow(const wchar_t* text) {
-  char buffer[300] = {};
-  ::WideCharToMultiByte(CP_UTF8, 0, text == nullptr ? L"(null)" : text, -1, buffer, 300, nullptr,
-                        nullptr);
-  return buffer;
-}
 
 inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
 

@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "support/ChildProcess.h"
+#include "support/Text.h"
 
 class StandIn {
  public:
@@ -23,7 +23,8 @@ class StandIn {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
       const std::wstring name = entry.path().filename().wstring();
-      if (name.starts_with(kind_ + L"-serve")) End(std::stoul(Lines(entry.path()).at(3)));
+      if (name.starts_with(kind_ + L"-serve"))
+        End(std::stoul(Split(FileText(entry.path()), "\n").at(3)));
       if (name.starts_with(kind_ + L"-")) std::filesystem::remove(entry.path(), ignored);
     }
     std::filesystem::remove(Program(), ignored);
@@ -33,8 +34,8 @@ class StandIn {
   std::filesystem::path Program() const { return folder_ / (kind_ + L".exe"); }
 
   // Command line, directory, "flags show-command", process; an injector adds "end".
-  std::vector<std::string> Record(const std::wstring& id) const {
-    return Lines(folder_ / (kind_ + L"-" + id + L".txt"));
+  Texts Record(const std::wstring& id) const {
+    return Split(FileText(folder_ / (kind_ + L"-" + id + L".txt")), "\n");
   }
 
   // For an injector: how long it takes, its exit code, and the broker that it starts.
@@ -45,12 +46,6 @@ class StandIn {
   }
 
  private:
-  static std::vector<std::string> Lines(const std::filesystem::path& file) {
-    std::vector<std::string> lines;
-    std::ifstream in(file);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-  }
   static void End(DWORD id) {
     const HANDLE process = ::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
     ::TerminateProcess(process, 0);

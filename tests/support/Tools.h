@@ -78,11 +78,10 @@ class SceneBroker : public ChildProcess {
     return tools::Narrow(client.Receive());
   }
 
-  void Inspect(const std::string& command, DWORD code, const std::string& output,
-               const std::string& window = "") const {
-    RunTool(L"tessel.exe " + tools::Wide(command) + L" --address" + Quoted(Fact("address")) +
-                L" --window" + Quoted(window.empty() ? Fact("window") : window),
-            code, output);
+  // Runs the inspector's command on its window, or on another one.
+  std::wstring InspectorLine(const std::string& command, const std::string& window = "") const {
+    return L"tessel.exe " + tools::Wide(command) + L" --address" + Quoted(Fact("address")) +
+           L" --window" + Quoted(window.empty() ? Fact("window") : window);
   }
 
   // The lines behind the served ones, after its window was closed.

@@ -1,8 +1,7 @@
 # Sourced by the tests that are shell scripts: a SceneBroker that serves the sign-in form under an
 # address of the test's own. The test sets `work`, a folder of its own.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-broker=
-trap '[ -z "$broker" ] || kill -KILL "$broker" 2>/dev/null || true' EXIT
+trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
@@ -15,10 +14,17 @@ start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
     "$root/tools/scenes/login.json" >"$work/scene.json"
+  # Here, not only by the job, which may come after the first look into it.
+  : >"$work/broker.txt"
   "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$work/scene.json" >"$work/broker.txt" &
   broker=$!
-  until grep -q '^ready' "$work/broker.txt"; do
-    kill -0 "$broker" || fail "the broker did not start"
+  wait_for ready
+}
+
+# wait_for LINE: until the broker has printed one that begins so.
+wait_for() {
+  until grep -q "^$1" "$work/broker.txt"; do
+    kill -0 "$broker" || fail "the broker ended before '$1'"
     sleep 0.1
   done
 }
@@ -26,11 +32,12 @@ start_broker() {
 # fact KEY: what the broker prints behind it.
 fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$work/broker.txt"; }
 
-# stop_broker COUNT: it must have handed out so many objects and hold none.
+summary() { tr -d '\r' <"$work/broker.txt" | sed -n '/^handed out/,$p' | paste -sd ,; }
+
+# stop_broker COUNT: it must have handed out so many objects and have got each of them back.
 stop_broker() {
   kill -INT "$broker"
   wait "$broker" || fail "the broker ended with $?"
-  broker=
-  local counts="$(fact 'handed out') handed out, $(fact 'still held') still held"
-  [ "$counts" = "$1 handed out, 0 still held" ] || fail "$counts, not $1 and 0"
+  local expected="handed out: $1,undelivered: 0,released: $1,still held: 0"
+  [ "$(summary)" = "$expected" ] || fail "$(summary), not $expected"
 }

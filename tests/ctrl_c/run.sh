@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# run.sh BUILD: Ctrl-C, which Wine delivers on SIGINT: the broker ends by itself, waiting or
+# just having served, with its summary; while it waits for a client that does not read, the next
+# Ctrl-C ends it at once.
+set -eu
+work=$1/ctrl-c-test
+. "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
+mkdir -p "$work"
+bin=$1/bin
+wine=$root/cmake/run-wine.sh
+address=http://ctrl-c.example/
+
+start_broker "$bin" $address
+stop_broker 0
+
+start_broker "$bin" $address
+"$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address
+stop_broker 1
+
+start_broker "$bin" $address
+"$wine" "$bin/test_parts.exe" mute "$(fact pipe)" &
+wait_for served
+signals=0
+while kill -INT "$broker" 2>/dev/null; do
+  signals=$((signals + 1))
+  sleep 0.2
+done
+[ "$signals" -gt 1 ] || fail "the broker did not wait for its client"
+[ -z "$(summary)" ] || fail "the broker outlived $signals times Ctrl-C: $(summary)"
