@@ -39,6 +39,29 @@ TEST(Archive, WritesACompactArrayThatItsCopiesShare) {
       << "what is loaded is not shared";
 }
 
+TEST(Archive, IsTextUntilItIsRead) {
+  JArchive archive;
+  std::wstring buffer;
+  EXPECT_EQ(archive.toString(buffer), L"[]");
+  archive << 7 << true;
+  EXPECT_THAT([&] { archive << static_cast<const wchar_t*>(nullptr); }, Fails("Invald string"));
+  EXPECT_EQ(archive.toString(buffer), L"[7,true]");
+  archive << L"x" << L"\xFFFF" << L"y";
+  EXPECT_EQ(archive.toString(), L"[7,true,\"x\",\"\xFFFD\",\"y\"]");
+  EXPECT_TRUE(Read<int>(archive) == 7 && Read<bool>(archive));
+  EXPECT_STREQ(Read<CComBSTR>(archive), L"x");
+  EXPECT_STREQ(Read<CComBSTR>(archive), L"\xFFFF") << "as it was written";
+  JArchive shared = archive, fresh;
+  for (JArchive* target : {&archive, &fresh}) {
+    EXPECT_THAT([&] { target->fromString(L"[1"); }, Fails("Cannot parse json_array"));
+    EXPECT_THAT([&] { target->fromString(L"1"); }, Fails("json array expected"));
+  }
+  EXPECT_STREQ(Read<CComBSTR>(archive), L"y");
+  EXPECT_EQ(fresh.toString(), L"[]");
+  archive.fromString(L"[8]");
+  EXPECT_EQ((archive << 9).toString() + shared.toString(), L"[8,9][7,true,\"x\",\"\xFFFD\",\"y\"]");
+}
+
 TEST(Archive, ReadsEachTypeAndStaysAtAnother) {
   JArchive archive;
   archive.fromString(L"[true,\"\u00e9\U0001F600\",\"a\\u0000b\",\"a\\u0000b\",1.5]");

@@ -69,3 +69,7 @@ template <class T, class U>
 bool operator==(const HeapAllocator<T>&, const HeapAllocator<U>&) noexcept {
   return true;
 }
+template <class T, class U>  // which C++17 does not derive
+bool operator!=(const HeapAllocator<T>&, const HeapAllocator<U>&) noexcept {
+  return false;
+}

@@ -7,6 +7,10 @@
 
 int main(int, char** arguments) {
   if (UninitComm() != SL_CHANNEL_NOT_INITIALIZED) return 1;
+  const std::vector<long, HeapAllocator<long>> numbers = {1};
+  std::vector<long, HeapAllocator<long>> copy;
+  copy = numbers;  // what calls hand out can be copied
+  if (copy != numbers) return 1;
   SLElemData window;
   window.hwnd = reinterpret_cast<HWND>(std::strtoull(arguments[1], nullptr, 16));
   window.sourceUri = L"http://install.example/";
