@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "json/Utf.h"
@@ -109,7 +110,9 @@ inline __m128i LoadHalfAsUnits(const char* from) {
   return _mm_unpacklo_epi8(LoadHalf(from), _mm_setzero_si128());
 }
 inline __m128i LoadQuarterAsUnits(const char* from) {
-  return _mm_unpacklo_epi8(_mm_loadu_si32(from), _mm_setzero_si128());
+  std::int32_t bytes;
+  std::memcpy(&bytes, from, sizeof(bytes));
+  return _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), _mm_setzero_si128());
 }
 inline __m128i LoadHalfAsUnits(const Utf16Unit* from) { return LoadVector(from); }
 inline void StoreBytes(char* to, __m128i bytes) { StoreVector(to, bytes); }
