@@ -16,14 +16,26 @@ namespace base {
 // A bit each for the digits and for the commas among the next 32 units: so the ends of several
 // numbers are found at once, and none waits for the digits of the one before.
 struct NumberBits {
-  std::uint32_t digits;
-  std::uint32_t commas;
+  static constexpr int kUnits = 32;
+  static constexpr int kMaxDigits = 7;
+
+  // How many digits stand before the next comma; 0 if none, too many, or something else as well.
+  int CountShort() const {
+    const int count = std::countr_one(digits);
+    return count <= kMaxDigits && (commas >> count & 1) != 0 ? count : 0;
+  }
+  void Skip(int units) {
+    digits >>= units;
+    commas >>= units;
+  }
+
+  std::uint32_t digits = 0;
+  std::uint32_t commas = 0;
 };
-constexpr std::ptrdiff_t kNumberBits = 32;
 template <class Unit>
 inline NumberBits FindNumbers(const Unit* text) {
-  NumberBits bits = {0, 0};
-  for (int place = 0; place < kNumberBits; place += 16) {
+  NumberBits bits;
+  for (int place = 0; place < NumberBits::kUnits; place += 16) {
     const __m128i bytes = LoadAsBytes(text + place);
     const __m128i values = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
     const __m128i digits = _mm_cmpeq_epi8(_mm_min_epu8(values, _mm_set1_epi8(9)), values);
@@ -35,7 +47,6 @@ inline NumberBits FindNumbers(const Unit* text) {
 }
 
 // The number of one to seven digits that the text starts with; eight units can be read.
-constexpr int kMaxShortDigits = 7;
 template <class Unit>
 inline std::int32_t ReadShortNumber(const Unit* text, int count) {
   const __m128i values = _mm_sub_epi16(LoadHalfAsUnits(text), _mm_set1_epi16('0'));

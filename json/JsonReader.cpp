@@ -1,6 +1,5 @@
 #include "json/JsonReader.h"
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -307,17 +306,15 @@ void Reader<Unit>::ReadShortInts() {
 #ifdef JSON_HAS_SSE2
   const Unit* at = at_;
   char* to = to_;
-  for (const Unit* last = nullptr; at != last && end_ - at >= kNumberBits + 8 && IsDigit(*at);) {
-    last = at;
-    NumberBits bits = FindNumbers(at);
-    for (;;) {
-      const int count = std::countr_one(bits.digits);
-      if (count == 0 || count > kMaxShortDigits || (bits.commas >> count & 1) == 0 ||
-          (*at == '0' && count > 1))
-        break;
+  const Unit* block = nullptr;
+  while (at != block && end_ - at >= NumberBits::kUnits + 8 && IsDigit(*at)) {
+    block = at;
+    NumberBits bits = FindNumbers(block);
+    while (const int count = bits.CountShort()) {
+      if (count > 1 && *at == '0') break;
       to = packed::Put(to, ValueType::kInteger, ReadShortNumber(at, count));
       at += count + 1;
-      bits = {bits.digits >> (count + 1), bits.commas >> (count + 1)};
+      bits.Skip(count + 1);
     }
   }
   at_ = at;

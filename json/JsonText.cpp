@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t kMaxEscape = 6;
 constexpr std::size_t kPiece = 512;  // of a string: is put without a check for room
-constexpr std::size_t kMaxPieceText = kPiece * kMaxEscape + kCopySlack;
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;

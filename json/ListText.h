@@ -14,15 +14,15 @@ class ListText {
   // Compact; good until the next append.
   Utf16View View() const { return text_.ViewWith(']'); }
 
-  void AppendInt(std::int32_t value) { Finish(PutInt(Start(kMaxIntUnits), value)); }
-  void AppendBool(bool value) { Finish(PutAscii(Start(5), value ? "true" : "false")); }
+  void AppendInt(std::int32_t value) { text_.Finish(PutInt(Start(kMaxIntUnits), value)); }
+  void AppendBool(bool value) { text_.Finish(PutAscii(Start(5), value ? "true" : "false")); }
 
   // An unpaired surrogate becomes U+FFFD. False, and nothing appended, for what would not read back
   // as the same (a text with a noncharacter) and what a writer may refuse.
   bool AppendString(Utf16View text) {
     if (MayBeTooLong(text.size())) return false;
     const JsonText::PutText put = text_.PutString(Start(0), text);
-    if (put.exact) Finish(text_.RoomBehind(put.end, 1));
+    if (put.exact) text_.Finish(text_.RoomBehind(put.end, 1));
     return put.exact;
   }
 
@@ -33,7 +33,6 @@ class ListText {
     *end = ',';
     return end + (text_.View().size() > 1);
   }
-  void Finish(const Utf16Unit* end) { text_.Finish(end); }
 
   JsonText text_;
 };
