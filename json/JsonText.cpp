@@ -63,7 +63,7 @@ JsonText::PutText JsonText::PutAnyString(Utf16Unit* end, std::basic_string_view<
   *put.end++ = '"';
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), kPiece);
-    if (size < text.size() && IsLowSurrogate(text[size])) --size;  // a pair stays together
+    if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // a pair stays together
     put.end = RoomBehind(put.end, size * kMaxEscape + kCopySlack);
     const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
     put = {piece.end, put.exact && piece.exact};

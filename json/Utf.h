@@ -17,7 +17,7 @@ constexpr char32_t kReplacement = 0xFFFD;
 inline bool IsAscii(char byte) { return static_cast<signed char>(byte) >= 0; }
 inline bool IsAscii(Utf16Unit unit) { return unit < 0x80; }
 inline bool IsSurrogate(Utf16Unit unit) { return (unit & 0xF800) == 0xD800; }
-inline bool IsLowSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xDC00; }
+inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; }
 
 struct CodePoint {
   char32_t code;

@@ -166,9 +166,12 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
 
 TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
   const std::string pairs = Repeated("\U0001F600", 5);
+  const Utf16Text halves = {0xD83D, 0xD83D, 0xDE00, 0xDE00, 0xDE00, 0xD83D};
   for (std::size_t before = 0; before < 1100; ++before) {
     const std::string text = std::string(before, 'a') + pairs;
     EXPECT_EQ(Written(convert.from_bytes(text)), '"' + text + '"') << before;
+    EXPECT_EQ(Written(Utf16Text(before, 'a') + halves),
+              '"' + std::string(before, 'a') + "\uFFFD\U0001F600\uFFFD\uFFFD\uFFFD\"");
   }
 }
 
