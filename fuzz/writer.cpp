@@ -113,8 +113,11 @@ void Builder::AddString(std::size_t size, std::size_t times) {
   do text += units;
   while (times-- > 1 && text.size() < kMaxString);
   values.AppendString(text);
-  allAsText = asText.AppendString(text) && allAsText;
   std::u32string codes = plain::Decode(base::Utf16View(text));
+  const bool taken = asText.AppendString(text);
+  Require(taken == std::none_of(codes.begin(), codes.end(), plain::IsNoncharacter),
+          "a list that stands as text takes what reads back the same, nothing else");
+  allAsText = taken && allAsText;
   std::replace_if(codes.begin(), codes.end(), plain::IsNoncharacter, 0xFFFD);
   expected.AppendString(plain::ToUtf16(codes));
 }

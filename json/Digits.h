@@ -17,7 +17,7 @@ namespace base {
 // numbers are found at once, and none waits for the digits of the one before.
 struct NumberBits {
   static constexpr int kUnits = 32;
-  static constexpr int kMaxDigits = 7;
+  static constexpr int kMaxDigits = 8;
 
   // How many digits stand before the next comma; 0 if none, too many, or something else as well.
   int CountShort() const {
@@ -46,7 +46,7 @@ inline NumberBits FindNumbers(const Unit* text) {
   return bits;
 }
 
-// The number of one to seven digits that the text starts with; eight units can be read.
+// The number of one to eight digits that the text starts with; eight units can be read.
 template <class Unit>
 inline std::int32_t ReadShortNumber(const Unit* text, int count) {
   const __m128i values = _mm_sub_epi16(LoadHalfAsUnits(text), _mm_set1_epi16('0'));
