@@ -1,7 +1,5 @@
 #include "json/JsonText.h"
 
-#include <new>
-
 #include "json/TextCopy.h"
 
 namespace base {
@@ -32,7 +30,7 @@ Utf16Unit* PutEscape(char32_t code, Utf16Unit* to) {
 }
 
 template <class Unit>
-JsonText::PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
+PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
   for (bool exact = true;;) {
     if constexpr (sizeof(Unit) == 1) {
       text = CopyPaddedAscii<Stop::kEscapes>(text, end, to);
@@ -53,47 +51,33 @@ JsonText::PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
   }
 }
 
-}  // namespace
-
 template <class Unit>
-JsonText::PutText JsonText::PutAnyString(Utf16Unit* end, std::basic_string_view<Unit> text) {
+PutText PutAnyString(TextBlock& block, Utf16Unit* end, std::basic_string_view<Unit> text) {
   // A long text gets its room at once, as if nothing in it were escaped.
-  PutText put = {RoomBehind(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape),
-                 true};
+  end = block.RoomBehind(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape);
+  PutText put = {end, true};
   *put.end++ = '"';
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), kPiece);
     if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // a pair stays together
-    put.end = RoomBehind(put.end, size * kMaxEscape + kCopySlack);
+    put.end = block.RoomBehind(put.end, size * kMaxEscape + kCopySlack);
     const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
     put = {piece.end, put.exact && piece.exact};
     text.remove_prefix(size);
   }
-  put.end = RoomBehind(put.end, 1);
+  put.end = block.RoomBehind(put.end, 1);
   *put.end++ = '"';
   return put;
 }
 
-JsonText::PutText JsonText::PutString(Utf16Unit* end, Utf16View text) {
-  return PutAnyString(end, text);
+}  // namespace
+
+PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text) {
+  return PutAnyString(block, end, text);
 }
 
-JsonText::PutText JsonText::PutString(Utf16Unit* end, std::string_view ascii) {
-  return PutAnyString(end, ascii);
-}
-
-// Room that is never written costs address space only, copies cost time: small blocks grow fast.
-Utf16Unit* JsonText::Grow(const Utf16Unit* end, std::size_t units) {
-  constexpr std::size_t kLarge = 0x40000;
-  const std::size_t used = end - begin_;
-  const std::size_t capacity = std::max(capacity_ * (capacity_ < kLarge ? 8 : 2), used + units);
-  Utf16Unit* const old = begin_ == small_ ? nullptr : begin_;
-  void* const block = std::realloc(old, capacity * sizeof(Utf16Unit));
-  if (block == nullptr) throw std::bad_alloc();
-  begin_ = static_cast<Utf16Unit*>(block);
-  if (old == nullptr) std::copy_n(small_, used, begin_);
-  capacity_ = capacity;
-  return begin_ + used;
+PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii) {
+  return PutAnyString(block, end, ascii);
 }
 
 }  // namespace base

@@ -20,7 +20,7 @@ class Writer {
 
   // These write what stands at at_ and leave it behind that.
   bool WriteList() { return WriteItems<&Writer::WriteValue>('[', ']'); }
-  Utf16View Text() const { return text_.View(); }
+  Utf16View Text() const { return {text_.begin(), text_.size()}; }
 
  private:
   bool WriteValue();
@@ -36,7 +36,7 @@ class Writer {
 
   const char* at_;
   const char* const end_;
-  JsonText text_;
+  TextBlock text_;
 };
 
 bool Writer::WriteValue() {
@@ -99,7 +99,8 @@ bool Writer::WriteString(const StringView& text) {
   }
   Utf16Unit* const end = text_.Room(0);
   text_.Finish(
-      (text.wide.empty() ? text_.PutString(end, text.ascii) : text_.PutString(end, text.wide)).end);
+      (text.wide.empty() ? PutString(text_, end, text.ascii) : PutString(text_, end, text.wide))
+          .end);
   return true;
 }
 

@@ -10,9 +10,13 @@ class ListText {
  public:
   ListText() { text_.Finish(PutAscii(text_.Room(2), "[")); }
 
-  bool IsEmpty() const { return text_.View().size() == 1; }
-  // Compact; good until the next append.
-  Utf16View View() const { return text_.ViewWith(']'); }
+  bool IsEmpty() const { return text_.size() == 1; }
+  // Compact; good until the next append. The bracket belongs to the view alone, so that an append
+  // which fails has nothing to mend.
+  Utf16View View() const {
+    *text_.end() = ']';
+    return {text_.begin(), text_.size() + 1};
+  }
 
   void AppendInt(std::int32_t value) { text_.Finish(PutInt(Start(kMaxIntUnits), value)); }
   void AppendBool(bool value) { text_.Finish(PutAscii(Start(5), value ? "true" : "false")); }
@@ -21,7 +25,7 @@ class ListText {
   // as the same (a text with a noncharacter) and what a writer may refuse.
   bool AppendString(Utf16View text) {
     if (MayBeTooLong(text.size())) return false;
-    const JsonText::PutText put = text_.PutString(Start(0), text);
+    const PutText put = PutString(text_, Start(0), text);
     if (put.exact) text_.Finish(text_.RoomBehind(put.end, 1));
     return put.exact;
   }
@@ -31,10 +35,10 @@ class ListText {
   Utf16Unit* Start(std::size_t units) {
     Utf16Unit* const end = text_.Room(units + 2);
     *end = ',';
-    return end + (text_.View().size() > 1);
+    return end + (IsEmpty() ? 0 : 1);
   }
 
-  JsonText text_;
+  TextBlock text_;
 };
 
 }  // namespace base

@@ -1,7 +1,6 @@
 #include "json/ListValue.h"
 
 #include <algorithm>
-#include <new>
 
 namespace base {
 
@@ -73,26 +72,6 @@ void ListValue::AppendBinary(std::string_view bytes) {
   char* const start = Room(packed::kTextHead + packed::Even(bytes.size()));
   char* const end = std::copy(bytes.begin(), bytes.end(), start + packed::kTextHead);
   Finish(packed::PutTextHead(start, ValueType::kBinary, end));
-}
-
-void ListValue::Grow(std::size_t bytes) {
-  // Room that is never written costs address space only, so the block doubles.
-  const std::size_t capacity = std::max(2 * capacity_, size_ + bytes);
-  char* const old = block_ == small_ ? nullptr : block_;
-  char* const block = static_cast<char*>(std::realloc(old, capacity + packed::kSlack));
-  if (block == nullptr) throw std::bad_alloc();
-  if (old == nullptr) std::copy_n(small_, size_, block);
-  block_ = block;
-  capacity_ = capacity;
-}
-
-void ListValue::Trim() {
-  constexpr std::size_t kWorthIt = 4096;
-  if (block_ == small_ || capacity_ < kWorthIt) return;
-  if (void* const block = std::realloc(block_, size_ + packed::kSlack)) {
-    block_ = static_cast<char*>(block);
-    capacity_ = size_;
-  }
 }
 
 }  // namespace base

@@ -5,12 +5,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "json/GrowingBlock.h"
 #include "json/TextCopy.h"
 
 namespace base {
@@ -137,51 +137,34 @@ std::string ToUtf8(const StringView& text);
 
 class ListValue {
  public:
-  ListValue() {}  // "= default" would let it be filled with zeros first
-  ListValue(const ListValue&) = delete;
-  ListValue& operator=(const ListValue&) = delete;
-  ~ListValue() {
-    if (block_ != small_) std::free(block_);
-  }
-
   void AppendBool(bool value) { AppendFixed(ValueType::kBoolean, packed::Flag{value}); }
   void AppendInt(std::int32_t value) { AppendFixed(ValueType::kInteger, value); }
   void AppendDouble(double value) { AppendFixed(ValueType::kDouble, value); }
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
+  void Clear() { block_.Finish(block_.begin()); }
 
   // Elements are found by where they start, in bytes from the first.
-  bool IsEmpty() const { return size_ == 0; }
-  void Clear() { size_ = 0; }
-  std::size_t ByteSize() const { return size_; }
-  ValueView At(std::size_t start) const { return ValueView(block_ + start); }
-  std::size_t StartBehind(ValueView element) const { return element.End() - block_; }
-  const char* begin() const { return block_; }
-  const char* end() const { return block_ + size_; }  // kSlack bytes can be read behind it
+  bool IsEmpty() const { return block_.size() == 0; }
+  std::size_t ByteSize() const { return block_.size(); }
+  ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
+  std::size_t StartBehind(ValueView element) const { return element.End() - block_.begin(); }
+  const char* begin() const { return block_.begin(); }
+  const char* end() const { return block_.end(); }
 
-  // For who writes packed elements himself: room for so many bytes behind the last element, and the
-  // new end. Trim gives back what a large block has too much.
-  char* Room(std::size_t bytes) {
-    if (capacity_ - size_ < bytes) Grow(bytes);
-    return block_ + size_;
-  }
-  void Finish(const char* end) { size_ = end - block_; }
-  void Trim();
+  // For who writes packed elements himself.
+  char* Room(std::size_t bytes) { return block_.Room(bytes); }
+  void Finish(const char* end) { block_.Finish(end); }
+  void Trim() { block_.Trim(); }
 
  private:
-  // Most requests and answers fit.
-  static constexpr std::size_t kSmallCapacity = 184;
-
-  void Grow(std::size_t bytes);
   template <class T>
   void AppendFixed(ValueType type, T value) {
     Finish(packed::Put(Room(packed::kMaxFixedSize), type, value));
   }
 
-  char* block_ = small_;
-  std::size_t size_ = 0;
-  std::size_t capacity_ = kSmallCapacity;
-  alignas(Utf16Unit) char small_[kSmallCapacity + packed::kSlack];
+  // Most answers fit the object. A copy may need kSlack bytes behind a text.
+  GrowingBlock<char, 184, packed::kSlack> block_;
 };
 
 }  // namespace base

@@ -1,0 +1,70 @@
+// Memory that grows at its end; small contents stand within the object, without an allocation.
+// Used in every process that loads the module.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <type_traits>
+
+namespace base {
+
+// kSlack units can be read and written behind all that there is room for.
+template <class Unit, std::size_t kSmallCapacity, std::size_t kSlack>
+class GrowingBlock {
+  static_assert(std::is_trivially_copyable_v<Unit>);
+
+ public:
+  GrowingBlock() {}  // "= default" would let it be filled with zeros first
+  GrowingBlock(const GrowingBlock&) = delete;
+  GrowingBlock& operator=(const GrowingBlock&) = delete;
+  ~GrowingBlock() {
+    if (begin_ != small_) std::free(begin_);
+  }
+
+  std::size_t size() const { return size_; }
+  Unit* begin() const { return begin_; }
+  Unit* end() const { return begin_ + size_; }
+
+  // Content is put where there is room, by pointer, and belongs to the block from Finish on. Room
+  // gives the end with room for so many units behind it, RoomBehind the same for an end that is not
+  // finished yet: both may move the block. When they throw std::bad_alloc, it is as it was.
+  Unit* Room(std::size_t units) { return RoomBehind(end(), units); }
+  Unit* RoomBehind(Unit* end, std::size_t units) {
+    return static_cast<std::size_t>(begin_ + capacity_ - end) >= units ? end : Grow(end, units);
+  }
+  void Finish(const Unit* end) { size_ = end - begin_; }
+
+  // Gives back what a large block has too much.
+  void Trim() {
+    constexpr std::size_t kWorthIt = 4096;
+    if (begin_ != small_ && capacity_ - size_ >= kWorthIt / sizeof(Unit)) Resize(begin_, size_);
+  }
+
+ private:
+  // Room that is never written costs address space only, copies cost time: small blocks grow fast.
+  Unit* Grow(const Unit* end, std::size_t units) {
+    constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);
+    const std::size_t used = end - begin_;
+    const std::size_t capacity = std::max(capacity_ * (capacity_ < kLarge ? 8 : 2), used + units);
+    const bool isSmall = begin_ == small_;
+    if (!Resize(isSmall ? nullptr : begin_, capacity)) throw std::bad_alloc();
+    if (isSmall) std::copy_n(small_, used, begin_);
+    return begin_ + used;
+  }
+  bool Resize(Unit* block, std::size_t capacity) {
+    void* const resized = std::realloc(block, (capacity + kSlack) * sizeof(Unit));
+    if (resized == nullptr) return false;
+    begin_ = static_cast<Unit*>(resized);
+    capacity_ = capacity;
+    return true;
+  }
+
+  Unit* begin_ = small_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = kSmallCapacity;
+  alignas(std::max_align_t) Unit small_[kSmallCapacity + kSlack];
+};
+
+}  // namespace base
