@@ -44,10 +44,12 @@ class GrowingBlock {
 
  private:
   // Room that is never written costs address space only, copies cost time: small blocks grow fast.
+  // The first content may be the only one, and gets what it asks for.
   Unit* Grow(const Unit* end, std::size_t units) {
     constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);
     const std::size_t used = end - begin_;
-    const std::size_t capacity = std::max(capacity_ * (capacity_ < kLarge ? 8 : 2), used + units);
+    const std::size_t fast = used == 0 ? 0 : capacity_ * (capacity_ < kLarge ? 8 : 2);
+    const std::size_t capacity = std::max(fast, used + units);
     const bool isSmall = begin_ == small_;
     if (!Resize(isSmall ? nullptr : begin_, capacity)) throw std::bad_alloc();
     if (isSmall) std::copy_n(small_, used, begin_);
