@@ -1,8 +1,15 @@
 #include "Program.h"
 
+// winternl.h needs windows.h before it
+#include <winternl.h>
+
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+// Exported by the system, declared nowhere.
+extern "C" NTSYSAPI NTSTATUS NTAPI NtSuspendProcess(HANDLE process);
+extern "C" NTSYSAPI NTSTATUS NTAPI NtResumeProcess(HANDLE process);
 
 namespace soak {
 
@@ -44,6 +51,10 @@ DWORD Program::Wait(DWORD milliseconds) const {
 }
 
 void Program::Kill() const { ::TerminateProcess(process_.hProcess, 99); }
+
+void Program::Suspend() const { ::NtSuspendProcess(process_.hProcess); }
+
+void Program::Resume() const { ::NtResumeProcess(process_.hProcess); }
 
 std::string Program::Output() const {
   std::ifstream file(output_, std::ios::binary);
