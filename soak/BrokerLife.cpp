@@ -1,5 +1,7 @@
 #include "BrokerLife.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <stdexcept>
 

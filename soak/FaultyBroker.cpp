@@ -1,6 +1,6 @@
 #include "FaultyBroker.h"
 
-#include <cstdio>
+#include <stdexcept>
 
 #include "Nonsense.h"
 
@@ -34,13 +34,9 @@ void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
       Told().Enter(PhaseKind::kServing, life_->Facts().process);
       return;
     }
-    case Fault::kNonsense: {
-      Kill();
-      auto impostor = std::make_unique<Impostor>(pipeName_);
-      TellNonsense(*impostor, kNonsenseKinds, random);
-      End(std::move(impostor));
+    case Fault::kNonsense:
+      TellNonsense(kNonsenseKinds, random);
       break;
-    }
     case Fault::kVanish:
       Impersonate(PhaseKind::kVanishing, 300 + random() % 1000, random);
       break;
@@ -58,10 +54,7 @@ void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
 }
 
 void FaultyBroker::TellAllNonsense(std::minstd_rand& random) {
-  Kill();
-  auto impostor = std::make_unique<Impostor>(pipeName_);
-  TellNonsense(*impostor, static_cast<int>(AllNonsense().size()), random);
-  End(std::move(impostor));
+  TellNonsense(static_cast<int>(AllNonsense().size()), random);
   Start();
 }
 
@@ -104,13 +97,16 @@ void FaultyBroker::Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_r
   End(std::move(impostor));
 }
 
-void FaultyBroker::TellNonsense(Impostor& impostor, int kinds, std::minstd_rand& random) {
+void FaultyBroker::TellNonsense(int kinds, std::minstd_rand& random) {
+  Kill();
+  auto impostor = std::make_unique<Impostor>(pipeName_);
   for (int i = 0; i < kinds; ++i) {
     const Phase phase = {PhaseKind::kNonsense, static_cast<DWORD>(nextNonsense_)};
     nextNonsense_ = (nextNonsense_ + 1) % AllNonsense().size();
     Told().Enter(phase.kind, phase.detail);
-    impostor.Serve(phase, kNonsenseMilliseconds, random);
+    impostor->Serve(phase, kNonsenseMilliseconds, random);
   }
+  End(std::move(impostor));
 }
 
 void FaultyBroker::End(std::unique_ptr<Impostor> impostor) {

@@ -1,4 +1,4 @@
-// A broker that fails in every way, and tells the clients beforehand.
+// A broker that fails in every way, each told to the clients beforehand.
 #pragma once
 
 #include <memory>
@@ -9,12 +9,11 @@
 
 namespace soak {
 
-// `nonsense` goes through all of it, from where it stopped the last time.
 enum class Fault {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,
+  kNonsense,  // some kinds of it, from where it stopped the last time
   kVanish,
   kHangUp,
   kSlow,
@@ -35,7 +34,7 @@ class FaultyBroker {
   // Serves again afterwards.
   void Suffer(Fault fault, std::minstd_rand& random);
   void TellAllNonsense(std::minstd_rand& random);
-  // The last thing. Clients have ended, or are calm.
+  // For good. Clients hold nothing.
   void EndInOrder();
 
   // Lives that ended in order, and those of them that were not in balance.
@@ -48,7 +47,7 @@ class FaultyBroker {
   void Kill();
   void AwaitCalm();
   void Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_rand& random);
-  void TellNonsense(Impostor& impostor, int kinds, std::minstd_rand& random);
+  void TellNonsense(int kinds, std::minstd_rand& random);
   void End(std::unique_ptr<Impostor> impostor);
 
   SharedState& state_;

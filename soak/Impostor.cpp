@@ -41,8 +41,7 @@ void Impostor::Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& r
       if (phase.kind == PhaseKind::kSilent) AwaitLeave(end);
       if (phase.kind == PhaseKind::kSlow) {
         ::Sleep(random() % 300);
-        static_assert(kSlowStatus == 78);
-        Answer({"[\0007\0008\0]\0", 8});
+        Answer(MessageOf(L"[" + std::to_wstring(kSlowStatus) + L"]"));
       }
     }
     ::DisconnectNamedPipe(pipe_);

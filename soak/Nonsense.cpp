@@ -7,11 +7,8 @@ namespace soak {
 
 namespace {
 
-constexpr int kLargestCount = 2147483647;  // of records, 120 GB
-
-std::string Utf16(const std::wstring& text) {
-  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
-}
+// Of records, 120 GB: a machine that has them is not for this run.
+constexpr int kLargestCount = 2147483647;
 
 // No text in it names an element of a scene.
 std::vector<Nonsense> MakeNonsense() {
@@ -21,51 +18,51 @@ std::vector<Nonsense> MakeNonsense() {
       // No message, no text, no array.
       {"", {}},
       {"[", {}},
-      {Utf16(L"nonsense"), {}},
-      {Utf16(L"{}"), {}},
-      {Utf16(L"77"), {}},
-      {Utf16(L"\xFEFF"), {}},
-      {Utf16(L"[0,\"fre"), {}},
-      {Utf16(L"[0]x") + "y", {}},
-      {Utf16(L"[77]]]"), {}},
-      {Utf16(L"[77,]"), {}},
-      {Utf16(L"[0 0]"), {}},
-      {Utf16(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
-      {Utf16(std::wstring(1 << 20, L'[')), {}},
-      {Utf16(many + many), {}},
+      {MessageOf(L"nonsense"), {}},
+      {MessageOf(L"{}"), {}},
+      {MessageOf(L"77"), {}},
+      {MessageOf(L"\xFEFF"), {}},
+      {MessageOf(L"[0,\"fre"), {}},
+      {MessageOf(L"[0]x") + "y", {}},
+      {MessageOf(L"[77]]]"), {}},
+      {MessageOf(L"[77,]"), {}},
+      {MessageOf(L"[0 0]"), {}},
+      {MessageOf(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
+      {MessageOf(std::wstring(1 << 20, L'[')), {}},
+      {MessageOf(many + many), {}},
       // An array that is none of theirs.
-      {Utf16(L"[]"), {}},
-      {Utf16(L"[null]"), {{'?'}}},
-      {Utf16(L"[\"0\"]"), {{'s'}}},
-      {Utf16(L"[0.0]"), {{'?'}}},
-      {Utf16(L"[4294967296]"), {{'?'}}},
-      {Utf16(L"[[0]]"), {{'?'}}},
+      {MessageOf(L"[]"), {}},
+      {MessageOf(L"[null]"), {{'?'}}},
+      {MessageOf(L"[\"0\"]"), {{'s'}}},
+      {MessageOf(L"[0.0]"), {{'?'}}},
+      {MessageOf(L"[4294967296]"), {{'?'}}},
+      {MessageOf(L"[[0]]"), {{'?'}}},
       // A status of its own, however it is dressed.
-      {Utf16(L"[77]"), other},
-      {Utf16(L"[77") + "]", other},
-      {Utf16(L"[77]]"), other},  // one unit too many is let pass
-      {Utf16(std::wstring(L"[77]\0[0]", 8)), other},
-      {Utf16(L"/**/ [77, null]"), other},
-      {Utf16(L"[77," + deep + deepEnd + L"]"), other},
-      {Utf16(L"[77,\"" + many + many + L"\"]"), other},
+      {MessageOf(L"[77]"), other},
+      {MessageOf(L"[77") + "]", other},
+      {MessageOf(L"[77]]"), other},  // one unit too many is let pass
+      {MessageOf(std::wstring(L"[77]\0[0]", 8)), other},
+      {MessageOf(L"/**/ [77, null]"), other},
+      {MessageOf(L"[77," + deep + deepEnd + L"]"), other},
+      {MessageOf(L"[77,\"" + many + many + L"\"]"), other},
       // Success, with what suits few of them.
-      {Utf16(L"[0]"), {{'i', 0}}},
-      {Utf16(L"[0,0]"), {{'i', 0}, {'i', 0}}},
-      {Utf16(L"[0,null]"), {{'i', 0}, {'?'}}},
-      {Utf16(L"[0,true]"), {{'i', 0}, {'b', 1}}},
-      {Utf16(L"[0,false]"), {{'i', 0}, {'b', 0}}},
-      {Utf16(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
-      {Utf16(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
-      {Utf16(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
-      {Utf16(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
-      {Utf16(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
-      {Utf16(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
-      {Utf16(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
+      {MessageOf(L"[0]"), {{'i', 0}}},
+      {MessageOf(L"[0,0]"), {{'i', 0}, {'i', 0}}},
+      {MessageOf(L"[0,null]"), {{'i', 0}, {'?'}}},
+      {MessageOf(L"[0,true]"), {{'i', 0}, {'b', 1}}},
+      {MessageOf(L"[0,false]"), {{'i', 0}, {'b', 0}}},
+      {MessageOf(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
+      {MessageOf(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
+      {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
+      {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
+      {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
       // Counts that no memory holds.
-      {Utf16(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
-      {Utf16(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
-      {Utf16(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
-      {Utf16(L"[0,2147483647,\"fremd\"]"), {{'i', 0}, {'i', kLargestCount}, {'s'}}},
+      {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
+      {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
+      {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
+      {MessageOf(L"[0,2147483647,\"fremd\"]"), {{'i', 0}, {'i', kLargestCount}, {'s'}}},
   };
 }
 
@@ -86,6 +83,10 @@ class Reader {
 };
 
 }  // namespace
+
+std::string MessageOf(const std::wstring& text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
 
 const std::vector<Nonsense>& AllNonsense() {
   static const std::vector<Nonsense> all = MakeNonsense();

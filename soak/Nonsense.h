@@ -19,6 +19,9 @@ struct Nonsense {
 
 const std::vector<Nonsense>& AllNonsense();
 
+// The bytes of a text as a message.
+std::string MessageOf(const std::wstring& text);
+
 // The values of an answer behind its status: 'i', 'b' and 's' as above; behind '*' stands what a
 // count says how often to read, one after the other; behind '#' what is read into a vector made for
 // that count at once. Each of the two reaches up to the next of them.

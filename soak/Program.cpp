@@ -13,6 +13,12 @@ extern "C" NTSYSAPI NTSTATUS NTAPI NtResumeProcess(HANDLE process);
 
 namespace soak {
 
+namespace {
+
+constexpr int kMostStarts = 3;
+
+}  // namespace
+
 Program::Program(std::wstring commandLine, std::filesystem::path output)
     : output_(std::move(output)) {
   SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
@@ -24,10 +30,14 @@ Program::Program(std::wstring commandLine, std::filesystem::path output)
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdOutput = startup.hStdError = file;
-  const BOOL started =
-      ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
-                       CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
-  const DWORD error = ::GetLastError();
+  BOOL started = FALSE;
+  DWORD error = ERROR_INTERNAL_ERROR;
+  // Wine says this once in some hundred starts, when the machine is busy.
+  for (int i = 0; i < kMostStarts && !started && error == ERROR_INTERNAL_ERROR; ++i) {
+    started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
+                               CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
+    error = ::GetLastError();
+  }
   ::CloseHandle(file);
   if (!started) throw std::runtime_error("cannot start a program: " + std::to_string(error));
 }

@@ -67,9 +67,8 @@ class Conductor {
   }
 
   void DisturbAtRandom() {
-    static std::discrete_distribution<int> faults(std::begin(kWeights), std::end(kWeights));
     ::Sleep(300 + random_() % 1500);
-    Disturb(*brokers_[random_() % kBrokers], static_cast<Fault>(faults(random_)));
+    Disturb(*brokers_[random_() % kBrokers], static_cast<Fault>(anyFault_(random_)));
   }
 
   void Disturb(FaultyBroker& broker, Fault fault) {
@@ -120,6 +119,7 @@ class Conductor {
   const SharedMemory state_{run_};
   const unsigned seed_;
   std::minstd_rand random_;
+  std::discrete_distribution<int> anyFault_{std::begin(kWeights), std::end(kWeights)};
   const ULONGLONG duration_;
   Progress progress_{*state_};
   std::unique_ptr<FaultyBroker> brokers_[kBrokers];
