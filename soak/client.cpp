@@ -10,6 +10,9 @@
 #include "Caller.h"
 #include "ProcessCounters.h"
 
+// Exported by the system, not declared by MinGW.
+extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
+
 namespace {
 
 using namespace soak;
@@ -54,7 +57,8 @@ int main(int count, char** arguments) {
   const int index = std::atoi(arguments[2]);
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
-  AllNonsense();
+  ::SetOaNoCache();  // the system keeps freed texts for later, now more of them, now fewer
+  AllNonsense();     // a block that is there from now on
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
