@@ -85,8 +85,8 @@ bool Judge(SharedState& state, const Timeline& timeline, const Call& call, long 
     ++state.undeserved;
     char phases[120] = {};
     Describe(timeline, began, ended, phases);
-    Report(state, "%s ended with %d instead of %d, %s", call.operation.name, code, call.status,
-           phases);
+    Report(state, "%s (undisturbed: %d) ended with %d: broker %s", call.operation.name, call.status,
+           code, phases);
   }
   return code == SL_SUCCESS && deserved && !byImpostor;
 }
