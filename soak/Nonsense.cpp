@@ -53,6 +53,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0,false]"), {{'i', 0}, {'b', 0}}},
       {MessageOf(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
       {MessageOf(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,\"fre\\u0000md\"]"), {{'i', 0}, {'s'}}},
       {MessageOf(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
       {MessageOf(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
       {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},

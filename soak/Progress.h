@@ -13,7 +13,7 @@ class Progress {
  public:
   explicit Progress(const SharedState& state) : state_(state) {}
 
-  // From now on, the way to this tick; 0 while that is not known.
+  // A line that is renewed each second until it is hidden; a warm-up as long as no end is set.
   void Show();
   void SetEnd(ULONGLONG tick) { end_ = tick; }
   void Hide();
