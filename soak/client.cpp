@@ -64,14 +64,18 @@ int main(int count, char** arguments) {
     return 1;
   }
   RunThreads(*state, run, index, seed, [&](int) { return state->warm == 0; });
-  const ProcessCounters before = CountWhenSettled([&](int round) {
+  const auto before = CountWhenSettled([&](int round) {
     RunThreads(*state, run, index, seed + static_cast<unsigned>(round),
                [](int step) { return step < kWarmUpSteps; });
   });
+  if (!before) {
+    std::printf("client %d: holds more and more: %s\n", index, ToText(CountProcess()).c_str());
+    return 1;
+  }
   ++state->ready;
   RunThreads(*state, run, index, ~seed, [](int) { return true; });
   const ProcessCounters after = CountProcess();
-  std::printf("client %d: before: %s; after: %s\n", index, ToText(before).c_str(),
+  std::printf("client %d: before: %s; after: %s\n", index, ToText(*before).c_str(),
               ToText(after).c_str());
-  return after == before ? 0 : 1;
+  return after == *before ? 0 : 1;
 }
