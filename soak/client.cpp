@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <new>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Caller.h"
@@ -18,6 +20,36 @@ namespace {
 using namespace soak;
 
 constexpr int kWarmUpSteps = 100;
+
+// The runtimes of the program and of the module keep a handle for each of their locks from when two
+// threads first meet at it: here they start, throw and end together until they must have met.
+void MeetAtLocks() {
+  constexpr int kMany = 8, kRounds = 50, kThrows = 100;
+  for (int round = 0; round < kRounds; ++round) {
+    std::atomic<int> here = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kMany; ++i) {
+      threads.emplace_back([&here] {
+        SLElemData element;
+        element.processId = 1;
+        element.hwnd = ::GetDesktopWindow();
+        element.uriScheme = SL_TAILORED_URI;
+        element.objectId = ::SysAllocString(L"none");
+        element.sourceUri = L"http://none.example/";
+        for (++here; here < kMany;) ::Sleep(0);
+        for (int j = 0; j < kThrows; ++j) {
+          TesselSilverlight::SelectItem(element, CComBSTR());  // throws and catches within
+          try {
+            throw std::bad_alloc();
+          } catch (const std::bad_alloc&) {
+          }
+        }
+        ::SysFreeString(std::exchange(element.objectId, nullptr));  // it is no broker's
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+}
 
 // As long as there is `more` to do behind so many steps; shows what the process holds meanwhile.
 void RunThreads(SharedState& state, DWORD run, int index, unsigned seed,
@@ -63,6 +95,7 @@ int main(int count, char** arguments) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
   }
+  MeetAtLocks();
   RunThreads(*state, run, index, seed, [&](int) { return state->warm == 0; });
   const auto before = CountWhenSettled([&](int round) {
     RunThreads(*state, run, index, seed + static_cast<unsigned>(round),
