@@ -8,12 +8,15 @@ usage() {
 usage: ./soak.sh [--seed N] [MINUTES]
 
 Installs what is missing, builds, and runs under Wine: two client processes with
-four threads each against two brokers that are killed, restarted, slowed, made to
-talk nonsense and to vanish; and a host whose channel raw clients misuse and
-another thread closes at every moment. Ends with a verdict, and a code other than
-0 when something was lost.
+four threads each against two brokers that are killed, suspended, ended in order
+and started again, and whose place others take that talk nonsense, vanish, hang up,
+are slow or never answer; and a host whose channel raw clients misuse and another
+thread closes at every moment. Each call may end only with what its broker's doings
+deserve that it ran through; while a broker serves undisturbed, that is one code.
+Ends with a verdict, and a code other than 0 when something was lost.
 
-  MINUTES   of the clients' run, 5 if absent; the host has 5000 rounds
+  MINUTES   of the clients' run, 5 if absent, behind a warm-up of one or two; the host
+            has 5000 rounds
   --seed N  what the faults follow; printed by every run
   --help    this text
 TEXT

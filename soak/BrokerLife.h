@@ -1,8 +1,6 @@
-// One life of a scene broker, and what takes its place on the pipe between two lives.
+// One life of a scene broker.
 #pragma once
 
-#include <memory>
-#include <random>
 #include <string>
 
 #include "Program.h"
@@ -12,28 +10,24 @@ namespace soak {
 
 class BrokerLife {
  public:
-  // Waits until it serves, then tells the clients its process and window.
-  BrokerLife(SharedState& state, DWORD run, int broker);
+  // Waits until it serves.
+  BrokerLife(DWORD run, int broker);
 
-  void Kill() const { program_.Kill(); }
-  // Closes it in order; false if it did not end well or objects were not released. While it ends no
-  // client may hold one.
-  bool CloseInOrder() const;
   const std::wstring& PipeName() const { return pipeName_; }
+  Life Facts() const { return life_; }
+
+  void Kill() const;
+  void Suspend() const { program_.Suspend(); }
+  void Resume() const { program_.Resume(); }
+  // False if it did not end well or objects were not released. No client may hold one.
+  bool CloseInOrder() const;
 
  private:
   std::string Fact(const std::string& output, const std::string& key) const;
 
   Program program_;
   std::wstring pipeName_;
-  HWND window_ = nullptr;
+  Life life_ = {};
 };
-
-enum class Misbehaviour { kNonsense, kVanishes, kIsSlow };
-constexpr int kMisbehaviours = 3;
-
-// Serves the pipe badly for so long.
-void Misbehave(const std::wstring& pipeName, Misbehaviour how, DWORD milliseconds,
-               std::minstd_rand& random);
 
 }  // namespace soak

@@ -81,16 +81,17 @@ ProcessCounters CountProcess() {
   return {CountHandles(), CountBlocks(), CountThreads(), CountWindows()};
 }
 
-ProcessCounters CountWhenSettled(const std::function<void(int)>& round) {
-  constexpr int kSameRounds = 5, kMostRounds = 100;
+std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round) {
+  constexpr int kSameRounds = 5, kMostRounds = 40;
   ProcessCounters last = CountProcess();
-  for (int i = 0, same = 0; i < kMostRounds && same < kSameRounds; ++i) {
+  for (int i = 0, same = 0; i < kMostRounds; ++i) {
     round(i);
     const ProcessCounters now = CountProcess();
     same = now == last ? same + 1 : 0;
     last = now;
+    if (same == kSameRounds) return now;
   }
-  return last;
+  return std::nullopt;
 }
 
 bool CountersSeeLeaks() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace soak {
@@ -15,8 +16,9 @@ struct ProcessCounters {
 ProcessCounters CountProcess();
 
 // What this process holds once it has stayed the same over some runs of `round`: the system keeps
-// things of the first calls and failures of each kind, and of as many threads as run at once.
-ProcessCounters CountWhenSettled(const std::function<void(int)>& round);
+// things of the first calls and failures of each kind, and of as many threads as run at once. None
+// when it grows on and on.
+std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round);
 
 // Plants a leak of each kind in turn; false if its counter does not see it.
 bool CountersSeeLeaks();

@@ -1,10 +1,23 @@
 #include "Program.h"
 
+// winternl.h needs windows.h before it
+#include <winternl.h>
+
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 
+// Exported by the system, declared nowhere.
+extern "C" NTSYSAPI NTSTATUS NTAPI NtSuspendProcess(HANDLE process);
+extern "C" NTSYSAPI NTSTATUS NTAPI NtResumeProcess(HANDLE process);
+
 namespace soak {
+
+namespace {
+
+constexpr int kMostStarts = 3;
+
+}  // namespace
 
 Program::Program(std::wstring commandLine, std::filesystem::path output)
     : output_(std::move(output)) {
@@ -17,10 +30,14 @@ Program::Program(std::wstring commandLine, std::filesystem::path output)
   startup.cb = sizeof(startup);
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdOutput = startup.hStdError = file;
-  const BOOL started =
-      ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
-                       CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
-  const DWORD error = ::GetLastError();
+  BOOL started = FALSE;
+  DWORD error = ERROR_INTERNAL_ERROR;
+  // Wine says this once in some hundred starts, when the machine is busy.
+  for (int i = 0; i < kMostStarts && !started && error == ERROR_INTERNAL_ERROR; ++i) {
+    started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
+                               CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);
+    error = ::GetLastError();
+  }
   ::CloseHandle(file);
   if (!started) throw std::runtime_error("cannot start a program: " + std::to_string(error));
 }
@@ -44,6 +61,10 @@ DWORD Program::Wait(DWORD milliseconds) const {
 }
 
 void Program::Kill() const { ::TerminateProcess(process_.hProcess, 99); }
+
+void Program::Suspend() const { ::NtSuspendProcess(process_.hProcess); }
+
+void Program::Resume() const { ::NtResumeProcess(process_.hProcess); }
 
 std::string Program::Output() const {
   std::ifstream file(output_, std::ios::binary);

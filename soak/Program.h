@@ -20,6 +20,8 @@ class Program {
   // Its exit code; STILL_ACTIVE when it does not end in time.
   DWORD Wait(DWORD milliseconds) const;
   void Kill() const;
+  void Suspend() const;
+  void Resume() const;
   std::string Output() const;
 
  private:

@@ -7,43 +7,47 @@
 #include <atomic>
 #include <string>
 
+#include "Timeline.h"
+
 namespace soak {
 
 constexpr int kBrokers = 2;
 constexpr int kClients = 2;
 constexpr int kThreads = 4;  // of each client
 
-// The scene of a broker: everything in it bears the broker's letter, so that an answer which
-// reaches the wrong caller shows.
-constexpr int kElements = 6;
-inline std::wstring Letter(int broker) {
-  return std::wstring(1, static_cast<wchar_t>(L'A' + broker));
-}
-inline std::wstring SceneAddress(int broker, DWORD run) {
-  return L"http://" + Letter(broker) + std::to_wstring(run) + L".example/";
-}
-inline std::wstring ElementId(int broker, int element) {
-  return Letter(broker) + L"-" + std::to_wstring(element);
-}
-inline std::wstring ElementName(int broker, int element) {
-  return L"Größe 東京 " + ElementId(broker, element);
-}
-inline RECT ElementRect(int element) {
-  return {element * 50, 0, element * 50 + 40, 30};  // element 0 is the page behind all
-}
-
-// Codes of calls, from -20 to 119; what is beyond counts as a wrong answer.
+// How a call may end: codes from -20 to 119, and exceptions.
 constexpr int kLowestCode = -20;
-constexpr int kCodes = 140;
+constexpr int kBadAlloc = 120;
+constexpr int kLengthError = 121;
+constexpr int kCodes = 142;
+
+// A broker's present life as the clients know it. Both change at once: a window is of 32 bits.
+struct Life {
+  DWORD process, window;
+};
 
 struct SharedState {
-  std::atomic<long> ready{0}, stop{0}, pause{0}, parked{0};
-  std::atomic<long long> calls{0}, wrong{0}, exceptions{0};
-  std::atomic<long> codes[kCodes] = {};
+  std::atomic<long> warm{0};   // every fault has been once
+  std::atomic<long> ready{0};  // clients that have begun to count
+  std::atomic<long> stop{0};
+  std::atomic<long> wantCalm{0};     // clients are to hold nothing
+  std::atomic<long> calmThreads{0};  // those that hold nothing until it is over
+
   struct Broker {
-    std::atomic<DWORD> process{0};
-    std::atomic<HWND> window{nullptr};
+    std::atomic<Life> life{};
+    Timeline timeline;
   } brokers[kBrokers];
+
+  struct Client {
+    std::atomic<long> handles{0}, blocks{0};
+  } clients[kClients];
+
+  // By the phase that a call lay in; the last row is of those that ran through several.
+  std::atomic<long> codes[kPhaseKinds + 1][kCodes] = {};
+  std::atomic<long long> wrong{0}, undeserved{0};
+  static constexpr long kReports = 10;  // the first ones
+  std::atomic<long> reports{0};
+  char report[kReports][200] = {};
 };
 
 // The state of the run with this number, made by who comes first.

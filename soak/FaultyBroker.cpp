@@ -1,0 +1,118 @@
+#include "FaultyBroker.h"
+
+#include <stdexcept>
+
+#include "Nonsense.h"
+
+namespace soak {
+
+namespace {
+
+constexpr DWORD kNonsenseMilliseconds = 150;  // of each kind
+constexpr int kNonsenseKinds = 8;             // at a time
+// Longer than a call waits for a connection, or for an answer.
+constexpr DWORD kSilentMilliseconds = 20000;
+
+}  // namespace
+
+void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
+  switch (fault) {
+    case Fault::kEndInOrder:
+      AwaitCalm();
+      EndInOrder();
+      state_.wantCalm = 0;
+      break;
+    case Fault::kKill:
+      Kill();
+      ::Sleep(random() % 500);
+      break;
+    case Fault::kSuspend: {
+      Told().Enter(PhaseKind::kSuspended, life_->Facts().process);
+      life_->Suspend();
+      ::Sleep(random() % 1500);
+      life_->Resume();
+      Told().Enter(PhaseKind::kServing, life_->Facts().process);
+      return;
+    }
+    case Fault::kNonsense:
+      TellNonsense(kNonsenseKinds, random);
+      break;
+    case Fault::kVanish:
+      Impersonate(PhaseKind::kVanishing, 300 + random() % 1000, random);
+      break;
+    case Fault::kHangUp:
+      Impersonate(PhaseKind::kHangingUp, 300 + random() % 1000, random);
+      break;
+    case Fault::kSlow:
+      Impersonate(PhaseKind::kSlow, 1000 + random() % 1000, random);
+      break;
+    case Fault::kSilent:
+      Impersonate(PhaseKind::kSilent, kSilentMilliseconds, random);
+      break;
+  }
+  Start();
+}
+
+void FaultyBroker::TellAllNonsense(std::minstd_rand& random) {
+  TellNonsense(static_cast<int>(AllNonsense().size()), random);
+  Start();
+}
+
+void FaultyBroker::EndInOrder() {
+  Told().Enter(PhaseKind::kEnding, life_->Facts().process);
+  ++ended_;
+  if (!life_->CloseInOrder()) ++unbalanced_;
+  AwaitNoPipe(pipeName_);
+  Told().Enter(PhaseKind::kAbsent);
+}
+
+void FaultyBroker::Start() {
+  Told().Enter(PhaseKind::kStarting);
+  life_.reset();
+  life_ = std::make_unique<BrokerLife>(run_, broker_);
+  pipeName_ = life_->PipeName();
+  Told().Enter(PhaseKind::kServing, life_->Facts().process);
+  state_.brokers[broker_].life = life_->Facts();
+}
+
+void FaultyBroker::Kill() {
+  Told().Enter(PhaseKind::kEnding, life_->Facts().process);
+  life_->Kill();
+  AwaitNoPipe(pipeName_);
+  Told().Enter(PhaseKind::kAbsent);
+}
+
+// Calls go on, but for those that are handed out something: a life's balance is asked for.
+void FaultyBroker::AwaitCalm() {
+  state_.wantCalm = 1;
+  for (int i = 0; i < 6000 && state_.calmThreads < kClients * kThreads; ++i) ::Sleep(10);
+  if (state_.calmThreads < kClients * kThreads) throw std::runtime_error("a call does not end");
+}
+
+void FaultyBroker::Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_rand& random) {
+  Kill();
+  auto impostor = std::make_unique<Impostor>(pipeName_);
+  Told().Enter(kind);
+  impostor->Serve({kind, 0}, milliseconds, random);
+  End(std::move(impostor));
+}
+
+void FaultyBroker::TellNonsense(int kinds, std::minstd_rand& random) {
+  Kill();
+  auto impostor = std::make_unique<Impostor>(pipeName_);
+  for (int i = 0; i < kinds; ++i) {
+    const Phase phase = {PhaseKind::kNonsense, static_cast<DWORD>(nextNonsense_)};
+    nextNonsense_ = (nextNonsense_ + 1) % AllNonsense().size();
+    Told().Enter(phase.kind, phase.detail);
+    impostor->Serve(phase, kNonsenseMilliseconds, random);
+  }
+  End(std::move(impostor));
+}
+
+void FaultyBroker::End(std::unique_ptr<Impostor> impostor) {
+  Told().Enter(PhaseKind::kClosing);
+  impostor.reset();
+  AwaitNoPipe(pipeName_);
+}
+
+}  // namespace soak

@@ -1,0 +1,126 @@
+#include "Nonsense.h"
+
+#include "SharedState.h"
+#include "TesselSilverlight.h"
+
+namespace soak {
+
+namespace {
+
+// Of records, 120 GB: a machine that has them is not for this run.
+constexpr int kLargestCount = 2147483647;
+
+// No text in it names an element of a scene.
+std::vector<Nonsense> MakeNonsense() {
+  const std::wstring many(1 << 20, L'x'), deep(100, L'['), deepEnd(100, L']');
+  const std::vector<Value> other = {{'i', 77}};
+  return {
+      // No message, no text, no array.
+      {"", {}},
+      {"[", {}},
+      {MessageOf(L"nonsense"), {}},
+      {MessageOf(L"{}"), {}},
+      {MessageOf(L"77"), {}},
+      {MessageOf(L"\xFEFF"), {}},
+      {MessageOf(L"[0,\"fre"), {}},
+      {MessageOf(L"[0]x") + "y", {}},
+      {MessageOf(L"[77]]]"), {}},
+      {MessageOf(L"[77,]"), {}},
+      {MessageOf(L"[0 0]"), {}},
+      {MessageOf(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
+      {MessageOf(std::wstring(1 << 20, L'[')), {}},
+      {MessageOf(many + many), {}},
+      // An array that is none of theirs.
+      {MessageOf(L"[]"), {}},
+      {MessageOf(L"[null]"), {{'?'}}},
+      {MessageOf(L"[\"0\"]"), {{'s'}}},
+      {MessageOf(L"[0.0]"), {{'?'}}},
+      {MessageOf(L"[4294967296]"), {{'?'}}},
+      {MessageOf(L"[[0]]"), {{'?'}}},
+      // A status of its own, however it is dressed.
+      {MessageOf(L"[77]"), other},
+      {MessageOf(L"[77") + "]", other},
+      {MessageOf(L"[77]]"), other},  // one unit too many is let pass
+      {MessageOf(std::wstring(L"[77]\0[0]", 8)), other},
+      {MessageOf(L"/**/ [77, null]"), other},
+      {MessageOf(L"[77," + deep + deepEnd + L"]"), other},
+      {MessageOf(L"[77,\"" + many + many + L"\"]"), other},
+      // Success, with what suits few of them.
+      {MessageOf(L"[0]"), {{'i', 0}}},
+      {MessageOf(L"[0,0]"), {{'i', 0}, {'i', 0}}},
+      {MessageOf(L"[0,null]"), {{'i', 0}, {'?'}}},
+      {MessageOf(L"[0,true]"), {{'i', 0}, {'b', 1}}},
+      {MessageOf(L"[0,false]"), {{'i', 0}, {'b', 0}}},
+      {MessageOf(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,\"fre\\u0000md\"]"), {{'i', 0}, {'s'}}},
+      {MessageOf(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
+      {MessageOf(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
+      {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
+      {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
+      {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
+      // Counts that no memory holds.
+      {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
+      {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
+      {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
+      {MessageOf(L"[0,2147483647,\"fremd\"]"), {{'i', 0}, {'i', kLargestCount}, {'s'}}},
+  };
+}
+
+// Takes the values one by one, as a call does.
+class Reader {
+ public:
+  explicit Reader(const std::vector<Value>& values) : values_(values) {}
+
+  // Null: the array ends, or has something else there.
+  const Value* Next(char type) {
+    if (next_ == values_.size() || values_[next_].type != type) return nullptr;
+    return &values_[next_++];
+  }
+
+ private:
+  const std::vector<Value>& values_;
+  std::size_t next_ = 0;
+};
+
+}  // namespace
+
+std::string MessageOf(const std::wstring& text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+const std::vector<Nonsense>& AllNonsense() {
+  static const std::vector<Nonsense> all = MakeNonsense();
+  return all;
+}
+
+int OutcomeOf(const Nonsense& nonsense, Layout layout) {
+  Reader reader(nonsense.values);
+  const Value* const status = reader.Next('i');
+  if (status == nullptr) return SL_ARCHIVE_FAILURE;
+  if (status->number != SL_SUCCESS) return status->number;
+  while (*layout != '\0') {
+    int times = 1;
+    if (*layout == '*' || *layout == '#') {
+      const Value* const count = reader.Next('i');
+      if (count == nullptr) return SL_ARCHIVE_FAILURE;
+      times = count->number;
+      if (*layout == '#' && times < 0) return kLengthError;
+      if (*layout == '#' && times == kLargestCount) return kBadAlloc;
+      ++layout;
+    }
+    Layout end = layout;
+    while (*end != '\0' && *end != '*' && *end != '#') ++end;
+    for (int i = 0; i < times; ++i) {
+      for (Layout type = layout; type != end; ++type) {
+        const Value* const value = reader.Next(*type);
+        if (value == nullptr) return SL_ARCHIVE_FAILURE;
+        if (*type == 'b' && value->number == 0) return SL_FAILURE;  // a release that was refused
+      }
+    }
+    layout = end;
+  }
+  return SL_SUCCESS;
+}
+
+}  // namespace soak
