@@ -175,6 +175,32 @@ TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
   }
 }
 
+// With each kind of last element where a block ends, with and without room for what follows.
+TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
+  const Utf16Text noncharacterFirst = u'\uFFFF' + Utf16Text(600, 'a');
+  const Utf16Text texts[] = {{}, {'b'}, Utf16Text(130, u'\u20AC'), Utf16Text(3300, 1)};
+  for (std::size_t flags = 0; flags < 200; ++flags) {
+    for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // so that the text takes every size
+      for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
+        const auto append = [&](auto& list) {
+          for (std::size_t i = 0; i < flags; ++i) list.AppendBool(true);
+          for (std::size_t i = 0; i < blanks; ++i) list.AppendString(Utf16Text());
+          if (last < std::size(texts)) return void(list.AppendString(texts[last]));
+          last == std::size(texts) ? list.AppendBool(false) : list.AppendInt(INT_MIN);
+        };
+        base::ListText asText;
+        ListValue values;
+        append(asText);
+        append(values);
+        const std::string expected = '[' + Written(values) + ']';
+        ASSERT_EQ(TextOf(asText), expected) << flags << ' ' << blanks << ' ' << last;
+        EXPECT_FALSE(asText.AppendString(noncharacterFirst));
+        ASSERT_EQ(TextOf(asText), expected) << "as before";
+      }
+    }
+  }
+}
+
 TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   ListValue list;
   std::vector<Utf16Text> texts;
