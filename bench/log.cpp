@@ -1,5 +1,5 @@
-// A log line that nobody wants, beside the least that its level test needs: one tick count and two
-// atomic loads.
+// A log line that nobody wants, beside what a level with a limited age needs if it is kept plainly:
+// one tick count and two atomic loads.
 #include <windows.h>
 
 #include <atomic>

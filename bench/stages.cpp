@@ -39,7 +39,7 @@ void OwnCall(const ResidentServer& server, const wchar_t* object, Samples& sampl
   Steps steps(samples);
   if (!BrokerPipeExists(SL_TAILORED_URI, server.Address(), 0 /*wait*/)) Fail("no pipe");
   steps.Mark();
-  std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
+  auto pipe = std::make_unique<CJbPipe>();
   pipe->SetTimeout(18000);
   pipe->SetPipeName(GetBrokerPipeName(SL_TAILORED_URI, server.Address()));
   pipe->SetAppendProcessId(false);

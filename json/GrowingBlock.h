@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 namespace base {
 
@@ -17,6 +18,15 @@ class GrowingBlock {
 
  public:
   GrowingBlock() {}  // "= default" would let it be filled with zeros first
+  GrowingBlock(GrowingBlock&& other) noexcept : size_(other.size_) {  // leaves the other empty
+    if (other.begin_ == other.small_) {
+      std::copy_n(other.small_, size_, small_);
+    } else {
+      begin_ = std::exchange(other.begin_, other.small_);
+      capacity_ = std::exchange(other.capacity_, kSmallCapacity);
+    }
+    other.size_ = 0;
+  }
   GrowingBlock(const GrowingBlock&) = delete;
   GrowingBlock& operator=(const GrowingBlock&) = delete;
   ~GrowingBlock() {
@@ -43,7 +53,7 @@ class GrowingBlock {
   }
 
  private:
-  // Room that is never written costs address space only, copies cost time: small blocks grow fast.
+  // Copies cost time, room that is never written no more than its promise: small blocks grow fast.
   // The first content may be the only one, and gets what it asks for.
   Unit* Grow(const Unit* end, std::size_t units) {
     constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);

@@ -13,7 +13,7 @@ namespace base {
 // dictionaries nest at most 199 deep. Any error gives no value, and so does ill-formed UTF-8; an
 // unpaired surrogate is read as U+FFFD.
 // Gives the type of the root value. `values`, which must be empty, receives the elements of a list,
-// else the value as its only element; after an error it is as empty as before.
+// else the value as its only element; after an error it is to be thrown away.
 std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values);
 std::optional<ValueType> ReadJson(Utf16View text, ListValue& values);
 

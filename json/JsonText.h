@@ -20,7 +20,7 @@ inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {
   return std::copy(text.begin(), text.end(), to);
 }
 
-constexpr std::size_t kMaxIntUnits = 11 + 3;  // the last digits are put by fours
+constexpr std::size_t kMaxIntUnits = 11;  // digits are put by fours, which takes no more than that
 inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   auto magnitude = static_cast<std::uint32_t>(value);
   if (value < 0) {
@@ -40,9 +40,8 @@ struct PutText {
   bool exact;  // false if a noncharacter became U+FFFD
 };
 // A string with its quotes, behind an end of the block that is not finished yet. An unpaired
-// surrogate becomes U+FFFD.
+// surrogate becomes U+FFFD. Behind ASCII, kCopySlack bytes can be read.
 PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text);
-PutText PutString(TextBlock& block, Utf16Unit* end,
-                  std::string_view ascii);  // kCopySlack behind it
+PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii);
 
 }  // namespace base

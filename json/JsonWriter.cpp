@@ -97,7 +97,7 @@ bool Writer::WriteString(const StringView& text) {
     ReportCheckFailed("utf8.size() <= 2147483647");
     return false;
   }
-  Utf16Unit* const end = text_.Room(0);
+  Utf16Unit* const end = text_.end();
   text_.Finish(
       (text.wide.empty() ? PutString(text_, end, text.ascii) : PutString(text_, end, text.wide))
           .end);

@@ -10,7 +10,6 @@ class ListText {
  public:
   ListText() { text_.Finish(PutAscii(text_.Room(2), "[")); }
 
-  bool IsEmpty() const { return text_.size() == 1; }
   // Compact; good until the next append. The bracket belongs to the view alone, so that an append
   // which fails has nothing to mend.
   Utf16View View() const {
@@ -35,7 +34,7 @@ class ListText {
   Utf16Unit* Start(std::size_t units) {
     Utf16Unit* const end = text_.Room(units + 2);
     *end = ',';
-    return end + (IsEmpty() ? 0 : 1);
+    return end + (text_.size() > 1 ? 1 : 0);
   }
 
   TextBlock text_;

@@ -142,10 +142,8 @@ class ListValue {
   void AppendDouble(double value) { AppendFixed(ValueType::kDouble, value); }
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
-  void Clear() { block_.Finish(block_.begin()); }
 
   // Elements are found by where they start, in bytes from the first.
-  bool IsEmpty() const { return block_.size() == 0; }
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
   std::size_t StartBehind(ValueView element) const { return element.End() - block_.begin(); }

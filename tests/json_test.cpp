@@ -177,7 +177,7 @@ TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
 
 // With each kind of last element where a block ends, with and without room for what follows.
 TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
-  const Utf16Text noncharacterFirst = u'\uFFFF' + Utf16Text(600, 'a');
+  const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(130, u'\u20AC'), Utf16Text(3300, 1)};
   for (std::size_t flags = 0; flags < 200; ++flags) {
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // so that the text takes every size

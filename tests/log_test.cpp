@@ -174,7 +174,7 @@ TEST_F(VerboseLog, SessionDecidesWhatIsTraced) {
   AwaitLevel("none", logging::kFatal);
   EXPECT_GE(::GetTickCount64(), asked + 3000) << "the level is not read at each call";
   logging::SetTraceLevel(2);
-  const std::pair<UCHAR, std::size_t> rows[] = {{0, 0}, {1, 1}, {3, 3}, {7, 5}};
+  const std::pair<UCHAR, std::size_t> rows[] = {{0, 0}, {1, 1}, {3, 3}, {7, 5}, {255, 5}};
   for (const auto& [level, events] : rows) {
     session.events.clear();
     session.level = level;
@@ -182,7 +182,7 @@ TEST_F(VerboseLog, SessionDecidesWhatIsTraced) {
     for (int line = -1; line < 4; ++line) logging::WriteLog({"Log.cpp", 1, line}, "text");
     EXPECT_EQ(session.events.size(), events) << +level;
   }
-  EXPECT_EQ(LogCapture::Lines().size(), 4u) << "the fatal ones";
+  EXPECT_EQ(LogCapture::Lines().size(), 5u) << "the fatal ones";
   session.events.clear();
   for (const ULONG flags : {1, 2}) {
     session.flags = flags;

@@ -1,6 +1,5 @@
 #include "TesselSLB/BrokerRoundTrip.h"
 
-#include <memory>
 #include <vector>
 
 #include "TesselSLB/BrokerAddress.h"
@@ -61,22 +60,22 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
     return SL_FAILURE;
   }
   // One connection carries one request and one answer; it ends with this function.
-  const std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
-  pipe->SetTimeout(kPipeTimeoutMilliseconds);
-  pipe->SetPipeName(pipeName);
-  pipe->SetAppendProcessId(false);
-  if (!pipe->ConnectToServerPipe(0 /*process id*/)) {
+  CJbPipe pipe;
+  pipe.SetTimeout(kPipeTimeoutMilliseconds);
+  pipe.SetPipeName(pipeName);
+  pipe.SetAppendProcessId(false);
+  if (!pipe.ConnectToServerPipe(0 /*process id*/)) {
     LOG_ERROR("Cannot connect to SL server pipe");
     return SL_CANNOT_CONNECT;
   }
   std::wstring buffer;
-  if (!pipe->WriteString(request.toString(buffer))) {
+  if (!pipe.WriteString(request.toString(buffer))) {
     LOG_ERROR("Cannot write to SL server pipe");
     return SL_CANNOT_CONNECT;
   }
   PipeMessage message;
   std::wstring_view text;
-  if (!pipe->ReadString(message, text)) {
+  if (!pipe.ReadString(message, text)) {
     LOG_ERROR("Cannot read from SL server pipe");
     return SL_CANNOT_READ;
   }

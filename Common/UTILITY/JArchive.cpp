@@ -27,7 +27,8 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-JArchive::JArchive() : content_(std::make_shared<Content>()) {}
+// Without the type, all of the content would be filled with zeros first.
+JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {
   std::wstring text;
@@ -43,17 +44,15 @@ std::wstring_view JArchive::toString(std::wstring& buffer) const {
 }
 
 void JArchive::fromString(std::wstring_view text) {
-  // A new archive, as answers are read into, needs no second content: it is empty after a failure,
-  // too.
-  const bool isNew = content_.use_count() == 1 && IsEmpty();
-  std::shared_ptr<Content> content = isNew ? content_ : std::make_shared<Content>();
-  auto& values = content->emplace<base::ListValue>();
+  base::ListValue values;
   const std::optional<base::ValueType> type = base::ReadJson(text, values);
-  if (type != base::ValueType::kList) {
-    values.Clear();
-    throw ArchiveException(type ? "json array expected" : "Cannot parse json_array");
+  if (!type) throw ArchiveException("Cannot parse json_array");
+  if (*type != base::ValueType::kList) throw ArchiveException("json array expected");
+  if (content_.use_count() == 1) {
+    content_->emplace<base::ListValue>(std::move(values));
+  } else {
+    content_ = std::make_shared<Content>(std::move(values));
   }
-  content_ = std::move(content);
   cursor_ = 0;
 }
 
@@ -122,14 +121,11 @@ JArchive& JArchive::operator>>(CComBSTR& text) {
   return MoveBehind(current);
 }
 
-bool JArchive::IsEmpty() const {
-  return std::visit([](const auto& list) { return list.IsEmpty(); }, *content_);
-}
-
 base::ListValue& JArchive::Values() const {
   if (const auto* text = std::get_if<base::ListText>(content_.get())) {
-    const std::wstring written(text->View());
-    base::ReadJson(written, content_->emplace<base::ListValue>());
+    base::ListValue values;
+    base::ReadJson(text->View(), values);
+    content_->emplace<base::ListValue>(std::move(values));
   }
   return std::get<base::ListValue>(*content_);
 }

@@ -54,8 +54,6 @@ class IJbPipe {
   virtual void SetPipeName(const std::wstring& baseName) = 0;
   virtual void SetAppendProcessId(bool append) = 0;
   virtual bool ReadString(std::wstring& text) = 0;
-  // The same without a copy: the text stands in `message`.
-  virtual bool ReadString(PipeMessage& message, std::wstring_view& text) = 0;
   virtual bool WriteString(std::wstring_view text) = 0;
   virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
   virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
@@ -87,7 +85,8 @@ class CJbPipe final : public IJbPipe {
   void SetPipeName(const std::wstring& baseName) override { baseName_ = baseName; }
   void SetAppendProcessId(bool append) override { appendProcessId_ = append; }
   bool ReadString(std::wstring& text) override;
-  bool ReadString(PipeMessage& message, std::wstring_view& text) override;
+  // The same without a copy: the text stands in `message`.
+  bool ReadString(PipeMessage& message, std::wstring_view& text);
   bool WriteString(std::wstring_view text) override;
   bool ReadBuffer(std::vector<BYTE>& bytes) override;
   bool WriteBuffer(const BYTE* data, std::size_t length) override;

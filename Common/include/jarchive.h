@@ -81,7 +81,6 @@ class JArchive {
   // for a string that would change as text.
   using Content = std::variant<base::ListText, base::ListValue>;
 
-  bool IsEmpty() const;
   base::ListValue& Values() const;
   base::ValueView Current() const;
   JArchive& MoveBehind(base::ValueView element);
