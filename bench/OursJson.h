@@ -23,7 +23,7 @@ class OursDocument {
  private:
   base::ValueView Next() {
     const base::ValueView value = values_.At(next_);
-    next_ = values_.StartBehind(value);
+    next_ += value.ByteSize();
     return value;
   }
 

@@ -12,6 +12,7 @@ namespace {
 using namespace bench;
 
 double PeakOf(const Workload& workload, const Text& text) {
+  DropSpareBlock();
   const std::size_t before = CurrentHeap().bytes;
   ResetHeapPeak();
   ReadOut<OursDocument>(text, workload.kinds);

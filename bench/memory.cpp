@@ -22,6 +22,7 @@ class TightInSituDocument : public RapidUtf8Document {
 
 template <class Document>
 HeapUse Kept(const Text& text) {
+  DropSpareBlock();
   const HeapUse before = CurrentHeap();
   const Document document(text);
   const HeapUse after = CurrentHeap();

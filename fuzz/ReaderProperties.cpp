@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <memory>
+#include <numeric>
 
 #include "fuzz/Require.h"
 #include "json/JsonWriter.h"
@@ -73,6 +74,10 @@ std::unique_ptr<Document> Checked(Text text) {
   // Far below a MiB, so that short texts show what long ones would take.
   const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
   Require(most <= allowed, "reading takes at most 40 times the text");
+  // The text chooses where steps end.
+  const std::size_t step = 1 + std::accumulate(text.begin(), text.end(), text.size()) % 97;
+  Require(SameDocument(read, Read(Text(exact.get(), text.size()), step)),
+          "a text read by small steps reads the same");
   if (!read) return read;
 
   const std::unique_ptr<Document> again = WrittenAndRead(*read);

@@ -14,9 +14,9 @@ struct Document {
 
 // Null for a text that is refused.
 template <class Text>
-std::unique_ptr<Document> Read(Text text) {
+std::unique_ptr<Document> Read(Text text, std::size_t step = base::kReadStep) {
   auto document = std::make_unique<Document>();
-  const auto type = base::ReadJson(text, document->values);
+  const auto type = base::ReadJson(text, document->values, step);
   if (!type) return nullptr;
   document->type = *type;
   return document;

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "json/SpareBlock.h"
+
 namespace base {
 
 // kSlack units can be read and written behind all that there is room for.
@@ -29,9 +31,7 @@ class GrowingBlock {
   }
   GrowingBlock(const GrowingBlock&) = delete;
   GrowingBlock& operator=(const GrowingBlock&) = delete;
-  ~GrowingBlock() {
-    if (begin_ != small_) std::free(begin_);
-  }
+  ~GrowingBlock() { FreeBlock(Allocated()); }
 
   std::size_t size() const { return size_; }
   Unit* begin() const { return begin_; }
@@ -42,35 +42,49 @@ class GrowingBlock {
   // finished yet: both may move the block. When they throw std::bad_alloc, it is as it was.
   Unit* Room(std::size_t units) { return RoomBehind(end(), units); }
   Unit* RoomBehind(Unit* end, std::size_t units) {
-    return static_cast<std::size_t>(begin_ + capacity_ - end) >= units ? end : Grow(end, units);
+    return HasRoom(end, units) ? end : Grow(end, units);
+  }
+  bool HasRoom(const Unit* end, std::size_t units) const {
+    return static_cast<std::size_t>(begin_ + capacity_ - end) >= units;
   }
   void Finish(const Unit* end) { size_ = end - begin_; }
 
   // Gives back what a large block has too much.
   void Trim() {
-    constexpr std::size_t kWorthIt = 4096;
-    if (begin_ != small_ && capacity_ - size_ >= kWorthIt / sizeof(Unit)) Resize(begin_, size_);
+    const std::size_t surplus = (capacity_ - size_) * sizeof(Unit);
+    if (begin_ == small_ || surplus < std::max(kWorthIt, size_ * sizeof(Unit) / kShare)) return;
+    void* const trimmed = std::realloc(begin_, BytesOf(size_));
+    if (trimmed != nullptr) Use({trimmed, BytesOf(size_)});
   }
 
  private:
+  // What too much is worth to be given back: less would cost more than it frees, and leave no block
+  // that fits the next message of the kind.
+  static constexpr std::size_t kWorthIt = 4096;
+  static constexpr std::size_t kShare = 8;
+
   // Copies cost time, room that is never written no more than its promise: small blocks grow fast.
   // The first content may be the only one, and gets what it asks for.
   Unit* Grow(const Unit* end, std::size_t units) {
     constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);
     const std::size_t used = end - begin_;
     const std::size_t fast = used == 0 ? 0 : capacity_ * (capacity_ < kLarge ? 8 : 2);
-    const std::size_t capacity = std::max(fast, used + units);
     const bool isSmall = begin_ == small_;
-    if (!Resize(isSmall ? nullptr : begin_, capacity)) throw std::bad_alloc();
+    const MemoryBlock grown = GrowBlock(Allocated(), isSmall ? 0 : used * sizeof(Unit),
+                                        BytesOf(std::max(fast, used + units)));
+    if (grown.at == nullptr) throw std::bad_alloc();
+    Use(grown);
     if (isSmall) std::copy_n(small_, used, begin_);
     return begin_ + used;
   }
-  bool Resize(Unit* block, std::size_t capacity) {
-    void* const resized = std::realloc(block, (capacity + kSlack) * sizeof(Unit));
-    if (resized == nullptr) return false;
-    begin_ = static_cast<Unit*>(resized);
-    capacity_ = capacity;
-    return true;
+
+  static std::size_t BytesOf(std::size_t capacity) { return (capacity + kSlack) * sizeof(Unit); }
+  MemoryBlock Allocated() const {
+    return begin_ == small_ ? MemoryBlock{} : MemoryBlock{begin_, BytesOf(capacity_)};
+  }
+  void Use(MemoryBlock block) {
+    begin_ = static_cast<Unit*>(block.at);
+    capacity_ = block.bytes / sizeof(Unit) - kSlack;
   }
 
   Unit* begin_ = small_;

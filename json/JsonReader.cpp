@@ -1,5 +1,6 @@
 #include "json/JsonReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -14,6 +15,7 @@ namespace base {
 
 namespace {
 
+constexpr std::size_t kFirstSteps = 4;  // tell what the others will need
 constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
@@ -35,26 +37,30 @@ int HexDigit(char32_t c) {
   return lower >= 'a' && lower <= 'f' ? static_cast<int>(lower - 'a' + 10) : -1;
 }
 
-// Reads units straight into a block that has room for all that the text can hold, so that nothing
-// is copied, converted or measured in between.
+// Reads units straight into a block that has room for all that the text up to end_ can hold, so
+// that nothing is copied, converted or measured in between.
 template <class Unit>
 class Reader {
  public:
   using Text = std::basic_string_view<Unit>;
 
-  Reader(Text text, ListValue& values)
-      : at_(text.data()),
-        end_(at_ + text.size()),
+  Reader(Text text, ListValue& values, std::size_t step)
+      : start_(text.data()),
+        at_(start_),
+        limit_(start_ + text.size()),
+        end_(limit_),
+        step_(step),
         values_(values),
-        to_(values.Room(MostPacked(text.size()))) {}
+        to_(values.Room(MostPacked(std::min(text.size(), kFirstSteps * step)))) {}
 
   std::optional<ValueType> ReadDocument() {
     SkipByteOrderMark();
     SkipGap();
     ValueType type = ValueType::kList;
     if (Peek() == '[') {
-      if (!ReadItems<&Reader::ReadListItems>(']')) return std::nullopt;
+      if (!ReadElements()) return std::nullopt;
     } else {
+      MakeRoom(MostPacked(end_ - at_));
       const char* const root = to_;
       if (!ReadValue()) return std::nullopt;
       type = ValueView(root).type();
@@ -67,8 +73,12 @@ class Reader {
   }
 
  private:
+  bool ReadElements();
+  bool ReadElement();
+  bool MakeStep();
+
   // These append one value at to_ (a member two, list items one or more) and leave at_ behind it,
-  // or return false.
+  // or return false. A gap may stand before items.
   bool ReadValue();
   bool ReadListItems();
   bool ReadList();
@@ -107,6 +117,9 @@ class Reader {
   static bool IsAsciiOrByte(char) { return true; }
   static bool IsAsciiOrByte(Utf16Unit unit) { return IsAscii(unit); }
 
+  void MakeRoom(std::size_t bytes) { to_ = values_.RoomBehind(to_, bytes); }
+  std::size_t ExpectedSize(std::size_t units) const;
+
   // Zero at the end: no token has that unit, so most callers need no test of their own.
   Unit Peek() const { return at_ != end_ ? *at_ : Unit{}; }
   bool Accept(char c) {
@@ -120,8 +133,11 @@ class Reader {
     to_ = packed::Put(to_, type, value);
   }
 
+  const Unit* const start_;
   const Unit* at_;
-  const Unit* const end_;
+  const Unit* const limit_;  // where the text ends
+  const Unit* end_;          // where the step ends
+  const std::size_t step_;
   int depth_ = 0;
   ListValue& values_;
   char* to_;                    // in the room behind values_
@@ -167,7 +183,6 @@ bool Reader<Unit>::ReadItems(char close) {
   SkipGap();
   if (!Accept(close)) {
     do {
-      SkipGap();
       if (!(this->*ReadItem)()) return false;
       SkipGap();
     } while (Accept(','));
@@ -175,6 +190,61 @@ bool Reader<Unit>::ReadItems(char close) {
   }
   --depth_;
   return true;
+}
+
+// The list that is the document. Room for all that a large text might hold would cost more than
+// its reading: its elements are read in steps for which there is room.
+template <class Unit>
+bool Reader<Unit>::ReadElements() {
+  ++depth_;
+  ++at_;
+  SkipGap();
+  if (Accept(']')) return true;
+  end_ = at_ + std::min<std::size_t>(kFirstSteps * step_, limit_ - at_);
+  do {
+    while (!ReadElement()) {
+      if (!MakeStep()) return false;
+    }
+  } while (Accept(','));
+  end_ = limit_;
+  return Accept(']');
+}
+
+// List items and the gaps around them; false, and as it was, unless all ends before the step does.
+template <class Unit>
+bool Reader<Unit>::ReadElement() {
+  const Unit* const start = at_;
+  char* const to = to_;
+  if (ReadListItems()) {
+    SkipGap();
+    if (Peek() == ',' || Peek() == ']') return true;
+  }
+  at_ = start;
+  to_ = to;
+  depth_ = 1;
+  members_.clear();
+  return false;
+}
+
+// A step that starts at at_, or all the rest if a step was not enough. False if that was read.
+template <class Unit>
+bool Reader<Unit>::MakeStep() {
+  if (end_ == limit_) return false;
+  const std::size_t rest = limit_ - at_;
+  const bool enough = static_cast<std::size_t>(end_ - at_) < step_;
+  const std::size_t units = enough ? std::min(step_, rest) : rest;
+  const std::size_t room = MostPacked(units);
+  if (!values_.HasRoom(to_, room)) MakeRoom(enough ? ExpectedSize(rest) + room : room);
+  end_ = at_ + units;
+  return true;
+}
+
+// What so many units take if they are like those before.
+template <class Unit>
+std::size_t Reader<Unit>::ExpectedSize(std::size_t units) const {
+  const auto size = static_cast<double>(to_ - values_.end());
+  return static_cast<std::size_t>(size / static_cast<double>(at_ - start_) *
+                                  static_cast<double>(units));
 }
 
 template <class Unit>
@@ -205,6 +275,7 @@ bool Reader<Unit>::ReadDictionary() {
 
 template <class Unit>
 bool Reader<Unit>::ReadMember() {
+  SkipGap();
   members_.push_back(to_);
   if (Peek() != '"' || !ReadString()) return false;
   SkipGap();
@@ -407,12 +478,12 @@ bool Reader<Unit>::SkipComment() {
 
 }  // namespace
 
-std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values) {
-  return Reader<char>(utf8, values).ReadDocument();
+std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values, std::size_t step) {
+  return Reader<char>(utf8, values, step).ReadDocument();
 }
 
-std::optional<ValueType> ReadJson(Utf16View text, ListValue& values) {
-  return Reader<Utf16Unit>(text, values).ReadDocument();
+std::optional<ValueType> ReadJson(Utf16View text, ListValue& values, std::size_t step) {
+  return Reader<Utf16Unit>(text, values, step).ReadDocument();
 }
 
 }  // namespace base

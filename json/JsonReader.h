@@ -1,6 +1,7 @@
 // Reads JSON text. Runs in every process that loads the module.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -14,7 +15,10 @@ namespace base {
 // unpaired surrogate is read as U+FFFD.
 // Gives the type of the root value. `values`, which must be empty, receives the elements of a list,
 // else the value as its only element; after an error it is to be thrown away.
-std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values);
-std::optional<ValueType> ReadJson(Utf16View text, ListValue& values);
+// `step` is for how much of a large text room is made at a time: less only costs more.
+constexpr std::size_t kReadStep = 4096;
+std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values,
+                                  std::size_t step = kReadStep);
+std::optional<ValueType> ReadJson(Utf16View text, ListValue& values, std::size_t step = kReadStep);
 
 }  // namespace base

@@ -30,11 +30,6 @@ StringView UpToZero(const StringView& text) {
   return {{ascii, length(ascii, text.ascii.size())}, {wide, length(wide, text.wide.size())}};
 }
 
-void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
-  std::copy(text.wide.begin(), text.wide.end(), to);
-  CopyExactAscii(text.ascii, to);
-}
-
 std::size_t Utf8Length(const StringView& text) {
   std::size_t length = text.ascii.size();
   // Each surrogate stands for two of four bytes.

@@ -3,6 +3,7 @@
 // Used in every process that loads the module.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -90,6 +91,7 @@ class ValueView {
   std::optional<StringView> GetIfString() const;
   // Where the next element starts.
   const char* End() const;
+  std::size_t ByteSize() const { return End() - at_; }
 
  private:
   template <typename T>
@@ -131,7 +133,13 @@ StringView UpToZero(const StringView& text);
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }
-void CopyAsUtf16(const StringView& text, Utf16Unit* to);  // no unit more than that
+inline void CopyAsUtf16(const StringView& text, Utf16Unit* to) {  // no unit more than that
+  if (text.wide.empty()) {
+    CopyExactAscii(text.ascii, to);
+  } else {
+    std::copy(text.wide.begin(), text.wide.end(), to);
+  }
+}
 std::size_t Utf8Length(const StringView& text);
 std::string ToUtf8(const StringView& text);
 
@@ -146,12 +154,13 @@ class ListValue {
   // Elements are found by where they start, in bytes from the first.
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
-  std::size_t StartBehind(ValueView element) const { return element.End() - block_.begin(); }
   const char* begin() const { return block_.begin(); }
   const char* end() const { return block_.end(); }
 
   // For who writes packed elements himself.
   char* Room(std::size_t bytes) { return block_.Room(bytes); }
+  char* RoomBehind(char* end, std::size_t bytes) { return block_.RoomBehind(end, bytes); }
+  bool HasRoom(const char* end, std::size_t bytes) const { return block_.HasRoom(end, bytes); }
   void Finish(const char* end) { block_.Finish(end); }
   void Trim() { block_.Trim(); }
 

@@ -9,11 +9,14 @@
 #include <fstream>
 #include <iterator>
 #include <locale>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
 #include "json/ListText.h"
+#include "json/SpareBlock.h"
 
 namespace {
 
@@ -45,10 +48,11 @@ std::string Written(base::Utf16View text) {
 
 // In memory of its exact size, so that the sanitizer sees a read beyond it.
 template <class Text>
-std::string Rewritten(const Text& text) {
+std::string Rewritten(const Text& text, std::size_t step = base::kReadStep) {
   const std::vector<typename Text::value_type> exact(text.begin(), text.end());
   ListValue values;
-  const auto type = base::ReadJson(std::basic_string_view(exact.data(), exact.size()), values);
+  const auto type =
+      base::ReadJson(std::basic_string_view(exact.data(), exact.size()), values, step);
   if (!type) return "\"no value\"";
   return *type == base::ValueType::kList ? '[' + Written(values) + ']' : Written(values);
 }
@@ -75,6 +79,9 @@ TEST(JsonReader, AcceptsAndRefuses) {
     if (!name.starts_with("refused-utf8")) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
+    // So that a step ends at each place of the text.
+    for (std::size_t step = 1; step <= text.size() && step <= 100; ++step)
+      ASSERT_EQ(Rewritten(text, step), expected) << name << ", step " << step;
     for (std::size_t size = 0; size < text.size(); ++size) Rewritten(text.substr(0, size));
   }
 }
@@ -218,11 +225,50 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
     base::CopyAsUtf16(kept, copy.data());
     EXPECT_EQ(Utf16Text(copy.begin(), copy.end()), text);
     EXPECT_EQ(base::ToUtf8(kept), convert.to_bytes(text));
-    start = list.StartBehind(list.At(start));
+    start += list.At(start).ByteSize();
     EXPECT_EQ(list.At(start).GetIfBool(), (text.size() - 1) % 2 == 0);
-    start = list.StartBehind(list.At(start));
+    start += list.At(start).ByteSize();
   }
   EXPECT_EQ(start, list.ByteSize());
+}
+
+TEST(SpareBlock, IsHandedOutOnceForWhatItFits) {
+  using base::GrowBlock, base::FreeBlock;
+  const base::MemoryBlock spare = GrowBlock({}, 0, 200000);
+  FreeBlock(spare);
+  for (const std::size_t unfit : {200001, 100000}) {
+    const base::MemoryBlock other = GrowBlock({}, 0, unfit);
+    EXPECT_NE(other.at, spare.at);
+    EXPECT_EQ(other.bytes, unfit);
+    std::free(other.at);
+  }
+  base::MemoryBlock small = GrowBlock({}, 0, 3);
+  std::memcpy(small.at, "abc", 3);
+  const base::MemoryBlock grown = GrowBlock(small, 3, 100001);
+  EXPECT_EQ(grown.at, spare.at);
+  EXPECT_EQ(grown.bytes, 200000u);
+  EXPECT_EQ(std::string(static_cast<char*>(grown.at), 3), "abc");
+  const base::MemoryBlock second = GrowBlock({}, 0, 200000);
+  EXPECT_NE(second.at, spare.at);
+  FreeBlock(second);
+  FreeBlock(grown);
+}
+
+TEST(SpareBlock, IsNeverSharedByThreads) {
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([thread] {
+      for (int i = 0; i < 20000; ++i) {
+        const base::MemoryBlock block = base::GrowBlock({}, 0, 70000);
+        auto* const owner = static_cast<volatile int*>(block.at);
+        *owner = thread;
+        std::this_thread::yield();
+        ASSERT_EQ(*owner, thread);
+        base::FreeBlock(block);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(TextCopy, FindsTheZeroAtEveryPlaceOfABlock) {

@@ -137,6 +137,6 @@ base::ValueView JArchive::Current() const {
 }
 
 JArchive& JArchive::MoveBehind(base::ValueView element) {
-  cursor_ = Values().StartBehind(element);
+  cursor_ += element.ByteSize();
   return *this;
 }

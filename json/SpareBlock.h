@@ -1,0 +1,20 @@
+// Large blocks of memory, one of which is kept while nobody uses it: what comes fresh from the
+// system costs a fault for each page, which together is more than to read or write a message.
+// Used in every process that loads the module.
+#pragma once
+
+#include <cstddef>
+
+namespace base {
+
+struct MemoryBlock {
+  void* at = nullptr;
+  std::size_t bytes = 0;
+};
+
+// The block, or another in its place, with room for at least so many bytes; the first `used` are
+// kept. None, and the block stays as it is, when there is no memory. Any thread may call.
+MemoryBlock GrowBlock(MemoryBlock block, std::size_t used, std::size_t bytes);
+void FreeBlock(MemoryBlock block);
+
+}  // namespace base
