@@ -42,10 +42,12 @@ class GrowingBlock {
   // finished yet: both may move the block. When they throw std::bad_alloc, it is as it was.
   Unit* Room(std::size_t units) { return RoomBehind(end(), units); }
   Unit* RoomBehind(Unit* end, std::size_t units) {
-    return HasRoom(end, units) ? end : Grow(end, units);
+    return RoomLeft(end) >= units ? end : Grow(end, units, FastCapacity(end));
   }
-  bool HasRoom(const Unit* end, std::size_t units) const {
-    return static_cast<std::size_t>(begin_ + capacity_ - end) >= units;
+  std::size_t RoomLeft(const Unit* end) const { return begin_ + capacity_ - end; }
+  // As RoomBehind, for who knows how much will come.
+  Unit* ExpectBehind(Unit* end, std::size_t units) {
+    return RoomLeft(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
   }
   void Finish(const Unit* end) { size_ = end - begin_; }
 
@@ -65,13 +67,15 @@ class GrowingBlock {
 
   // Copies cost time, room that is never written no more than its promise: small blocks grow fast.
   // The first content may be the only one, and gets what it asks for.
-  Unit* Grow(const Unit* end, std::size_t units) {
+  std::size_t FastCapacity(const Unit* end) const {
     constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);
+    return end == begin_ ? 0 : capacity_ * (capacity_ < kLarge ? 8 : 2);
+  }
+  Unit* Grow(const Unit* end, std::size_t units, std::size_t least_capacity) {
     const std::size_t used = end - begin_;
-    const std::size_t fast = used == 0 ? 0 : capacity_ * (capacity_ < kLarge ? 8 : 2);
     const bool isSmall = begin_ == small_;
     const MemoryBlock grown = GrowBlock(Allocated(), isSmall ? 0 : used * sizeof(Unit),
-                                        BytesOf(std::max(fast, used + units)));
+                                        BytesOf(std::max(least_capacity, used + units)));
     if (grown.at == nullptr) throw std::bad_alloc();
     Use(grown);
     if (isSmall) std::copy_n(small_, used, begin_);

@@ -15,7 +15,7 @@ namespace base {
 
 namespace {
 
-constexpr std::size_t kFirstSteps = 4;  // tell what the others will need
+constexpr std::size_t kSampled = 64;  // what a text needs is told by this part of it
 constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
@@ -24,6 +24,11 @@ constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 // last element of all has no comma.
 std::size_t MostPacked(std::size_t units) {
   return units / 3 * packed::kTextHead + 2 * packed::kTextHead;
+}
+
+// The most of which none needs more than that.
+std::size_t UnitsThatFit(std::size_t room) {
+  return (room - 2 * packed::kTextHead) / packed::kTextHead * 3 + 2;
 }
 
 bool IsDigit(char32_t c) { return c >= '0' && c <= '9'; }
@@ -51,7 +56,7 @@ class Reader {
         end_(limit_),
         step_(step),
         values_(values),
-        to_(values.Room(MostPacked(std::min(text.size(), kFirstSteps * step)))) {}
+        to_(values.Room(MostPacked(std::min(text.size(), step)))) {}
 
   std::optional<ValueType> ReadDocument() {
     SkipByteOrderMark();
@@ -60,7 +65,7 @@ class Reader {
     if (Peek() == '[') {
       if (!ReadElements()) return std::nullopt;
     } else {
-      MakeRoom(MostPacked(end_ - at_));
+      to_ = values_.Room(MostPacked(end_ - at_));
       const char* const root = to_;
       if (!ReadValue()) return std::nullopt;
       type = ValueView(root).type();
@@ -117,7 +122,9 @@ class Reader {
   static bool IsAsciiOrByte(char) { return true; }
   static bool IsAsciiOrByte(Utf16Unit unit) { return IsAscii(unit); }
 
-  void MakeRoom(std::size_t bytes) { to_ = values_.RoomBehind(to_, bytes); }
+  void StartStep() {
+    end_ = at_ + std::min<std::size_t>(limit_ - at_, UnitsThatFit(values_.RoomLeft(to_)));
+  }
   std::size_t ExpectedSize(std::size_t units) const;
 
   // Zero at the end: no token has that unit, so most callers need no test of their own.
@@ -137,7 +144,7 @@ class Reader {
   const Unit* at_;
   const Unit* const limit_;  // where the text ends
   const Unit* end_;          // where the step ends
-  const std::size_t step_;
+  std::size_t step_;
   int depth_ = 0;
   ListValue& values_;
   char* to_;                    // in the room behind values_
@@ -200,7 +207,7 @@ bool Reader<Unit>::ReadElements() {
   ++at_;
   SkipGap();
   if (Accept(']')) return true;
-  end_ = at_ + std::min<std::size_t>(kFirstSteps * step_, limit_ - at_);
+  StartStep();
   do {
     while (!ReadElement()) {
       if (!MakeStep()) return false;
@@ -226,16 +233,19 @@ bool Reader<Unit>::ReadElement() {
   return false;
 }
 
-// A step that starts at at_, or all the rest if a step was not enough. False if that was read.
+// A step that starts at at_, and holds all the rest if one was not enough. False if that was the
+// last one.
 template <class Unit>
 bool Reader<Unit>::MakeStep() {
   if (end_ == limit_) return false;
   const std::size_t rest = limit_ - at_;
-  const bool enough = static_cast<std::size_t>(end_ - at_) < step_;
-  const std::size_t units = enough ? std::min(step_, rest) : rest;
-  const std::size_t room = MostPacked(units);
-  if (!values_.HasRoom(to_, room)) MakeRoom(enough ? ExpectedSize(rest) + room : room);
-  end_ = at_ + units;
+  if (static_cast<std::size_t>(end_ - at_) >= step_) step_ = rest;
+  const std::size_t room = MostPacked(std::min(step_, rest));
+  if (values_.RoomLeft(to_) < room) {
+    const std::size_t units = std::min<std::size_t>(rest, kSampled * (at_ - start_));
+    to_ = values_.ExpectBehind(to_, room + ExpectedSize(units));
+  }
+  StartStep();
   return true;
 }
 

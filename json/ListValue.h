@@ -159,8 +159,8 @@ class ListValue {
 
   // For who writes packed elements himself.
   char* Room(std::size_t bytes) { return block_.Room(bytes); }
-  char* RoomBehind(char* end, std::size_t bytes) { return block_.RoomBehind(end, bytes); }
-  bool HasRoom(const char* end, std::size_t bytes) const { return block_.HasRoom(end, bytes); }
+  char* ExpectBehind(char* end, std::size_t bytes) { return block_.ExpectBehind(end, bytes); }
+  std::size_t RoomLeft(const char* end) const { return block_.RoomLeft(end); }
   void Finish(const char* end) { block_.Finish(end); }
   void Trim() { block_.Trim(); }
 
