@@ -15,7 +15,7 @@ namespace base {
 
 namespace {
 
-constexpr std::size_t kSampled = 64;  // what a text needs is told by this part of it
+constexpr std::size_t kSampled = 512;  // what a text needs is told by this part of it
 constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
