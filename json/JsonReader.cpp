@@ -243,7 +243,7 @@ bool Reader<Unit>::MakeStep() {
   const std::size_t room = MostPacked(std::min(step_, rest));
   if (values_.RoomLeft(to_) < room) {
     const std::size_t units = std::min<std::size_t>(rest, kSampled * (at_ - start_));
-    to_ = values_.ExpectBehind(to_, room + ExpectedSize(units));
+    to_ = values_.ExpectBehind(to_, room + ExpectedSize(units + units / 32));
   }
   StartStep();
   return true;

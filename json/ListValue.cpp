@@ -21,15 +21,6 @@ char* CopyWellFormed(Utf16View text, char* to) {
 
 }  // namespace
 
-StringView UpToZero(const StringView& text) {
-  const char* const ascii = text.ascii.data();
-  const Utf16Unit* const wide = text.wide.data();
-  const auto length = [](const auto* begin, std::size_t size) {
-    return static_cast<std::size_t>(FindZero(begin, begin + size) - begin);
-  };
-  return {{ascii, length(ascii, text.ascii.size())}, {wide, length(wide, text.wide.size())}};
-}
-
 std::size_t Utf8Length(const StringView& text) {
   std::size_t length = text.ascii.size();
   // Each surrogate stands for two of four bytes.

@@ -129,7 +129,14 @@ inline const char* ValueView::End() const {
   }
 }
 
-StringView UpToZero(const StringView& text);
+inline StringView UpToZero(const StringView& text) {
+  const auto cut = [](auto view) {
+    const auto* const end = view.data() + view.size();
+    return view.substr(0, FindZero(view.data(), end) - view.data());
+  };
+  if (text.wide.empty()) return {cut(text.ascii), {}};
+  return {{}, cut(text.wide)};
+}
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }
