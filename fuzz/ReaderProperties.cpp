@@ -59,6 +59,18 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
+// A list's first step goes 50 units far: what stands before the text chooses where in it.
+template <class Text>
+void CheckSteps(Text text) {
+  std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);
+  padded += '0';
+  padded.append(std::accumulate(text.begin(), text.end(), text.size()) % 50, ' ');
+  padded += ',';
+  padded += text.substr(1);
+  Require(SameDocument(Read(Text(padded), 1), Read(Text(padded), padded.size())),
+          "a text read by small steps reads the same");
+}
+
 template <class Text>
 std::unique_ptr<Document> Checked(Text text) {
   using Unit = typename Text::value_type;
@@ -74,10 +86,7 @@ std::unique_ptr<Document> Checked(Text text) {
   // Far below a MiB, so that short texts show what long ones would take.
   const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
   Require(most <= allowed, "reading takes at most 40 times the text");
-  // The text chooses where steps end.
-  const std::size_t step = 1 + std::accumulate(text.begin(), text.end(), text.size()) % 97;
-  Require(SameDocument(read, Read(Text(exact.get(), text.size()), step)),
-          "a text read by small steps reads the same");
+  if (!text.empty() && text.front() == '[') CheckSteps(text);
   if (!read) return read;
 
   const std::unique_ptr<Document> again = WrittenAndRead(*read);

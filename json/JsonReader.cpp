@@ -15,7 +15,7 @@ namespace base {
 
 namespace {
 
-constexpr std::size_t kSampled = 512;  // what a text needs is told by this part of it
+constexpr std::size_t kSampled = 512;  // what is read tells what so many times as much will need
 constexpr int kMaxDepth = 199;
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
@@ -26,7 +26,7 @@ std::size_t MostPacked(std::size_t units) {
   return units / 3 * packed::kTextHead + 2 * packed::kTextHead;
 }
 
-// The most of which none needs more than that.
+// The inverse, for room for two heads at least.
 std::size_t UnitsThatFit(std::size_t room) {
   return (room - 2 * packed::kTextHead) / packed::kTextHead * 3 + 2;
 }
@@ -240,9 +240,10 @@ bool Reader<Unit>::MakeStep() {
   if (end_ == limit_) return false;
   const std::size_t rest = limit_ - at_;
   if (static_cast<std::size_t>(end_ - at_) >= step_) step_ = rest;
-  const std::size_t room = MostPacked(std::min(step_, rest));
+  const std::size_t step = std::min(step_, rest);
+  const std::size_t room = MostPacked(step);
   if (values_.RoomLeft(to_) < room) {
-    const std::size_t units = std::min<std::size_t>(rest, kSampled * (at_ - start_));
+    const std::size_t units = std::min<std::size_t>(rest - step, kSampled * (at_ - start_));
     to_ = values_.ExpectBehind(to_, room + ExpectedSize(units + units / 32));
   }
   StartStep();

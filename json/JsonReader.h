@@ -15,7 +15,7 @@ namespace base {
 // unpaired surrogate is read as U+FFFD.
 // Gives the type of the root value. `values`, which must be empty, receives the elements of a list,
 // else the value as its only element; after an error it is to be thrown away.
-// `step` is for how much of the text room is made at first: another only costs more.
+// `step` (1 or more) is for how much of the text room is made at least: another only costs more.
 constexpr std::size_t kReadStep = 512;
 std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values,
                                   std::size_t step = kReadStep);

@@ -17,9 +17,9 @@ bool IsKept(std::size_t bytes) { return bytes >= kLeast && bytes <= kMost; }
 
 class Slot {
  public:
-  ~Slot() { std::free(head_.load()); }
+  ~Slot() { std::free(head_.exchange(nullptr)); }
 
-  // Null in exchange for null when there is none.
+  // Puts the block, or none, and gives what was there.
   MemoryBlock Exchange(MemoryBlock block) {
     Head* const given = block.at == nullptr ? nullptr : new (block.at) Head{block.bytes};
     Head* const taken = head_.exchange(given);
