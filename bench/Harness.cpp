@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -158,7 +159,10 @@ void Report::Print(const Grid& grid) {
     json += (&line == &grid.lines[0] ? "{\"name\": " : ", {\"name\": ") + Quoted(line.name);
     for (std::size_t i = 0; i < line.values.size(); ++i) {
       std::printf(" %15s", Format(line.values[i] < 1000 ? "%.4g" : "%.0f", line.values[i]).c_str());
-      json += ", " + Quoted(grid.columns[i + 1]) + Format(": %.6g", line.values[i]);
+      // JSON has no word for a ratio to nothing.
+      const bool isNumber = std::isfinite(line.values[i]);
+      json += ", " + Quoted(grid.columns[i + 1]) +
+              (isNumber ? Format(": %.6g", line.values[i]) : ": null");
     }
     json += "}";
   }
