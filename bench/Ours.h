@@ -16,8 +16,7 @@ namespace bench {
 // What the module keeps for its next message must not count as free for that message: another
 // block, which fits next to nothing, takes its place.
 inline void DropSpareBlock() {
-  constexpr std::size_t kSmallestKept = 0x10000;
-  base::FreeBlock({std::malloc(kSmallestKept), kSmallestKept});
+  base::FreeBlock({std::malloc(base::kLeastSpareBytes), base::kLeastSpareBytes});
 }
 
 }  // namespace bench

@@ -9,11 +9,7 @@ namespace base {
 
 namespace {
 
-// Heaps keep smaller blocks themselves; larger ones are not worth what the process would hold.
-constexpr std::size_t kLeast = 0x10000;
-constexpr std::size_t kMost = 0x800000;
-
-bool IsKept(std::size_t bytes) { return bytes >= kLeast && bytes <= kMost; }
+bool IsKept(std::size_t bytes) { return bytes >= kLeastSpareBytes && bytes <= kMostSpareBytes; }
 
 class Slot {
  public:

@@ -7,6 +7,11 @@
 
 namespace base {
 
+// Of other sizes no block is kept: heaps do so themselves with smaller ones, and larger ones are
+// not worth what the process would hold.
+constexpr std::size_t kLeastSpareBytes = 0x10000;
+constexpr std::size_t kMostSpareBytes = 0x800000;
+
 struct MemoryBlock {
   void* at = nullptr;
   std::size_t bytes = 0;

@@ -238,7 +238,8 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
 
 TEST(SpareBlock, IsHandedOutOnceForWhatItFits) {
   using base::GrowBlock, base::FreeBlock;
-  FreeBlock({std::malloc(0x10000), 0x10000});  // so that the spare is none of another test's
+  // So that the spare is none of another test's.
+  FreeBlock(GrowBlock({}, 0, base::kLeastSpareBytes));
   const base::MemoryBlock spare = GrowBlock({}, 0, 200000);
   FreeBlock(spare);
   for (const std::size_t unfit : {200001, 100000}) {
