@@ -60,20 +60,27 @@ prepare_wine() {
   "$ROOT/cmake/run-wine.sh" || exit 1
 }
 
-# hold_wine PREFIX...: keeps each prefix and its desktop awake until release_wine. The first program in
-# an idle one starts Wine's services, the first with a window its desktop, and these inherit the
-# program's output: whoever reads that would wait for them too.
-holders=()
+# hold_wine PREFIX...: keeps each prefix, its services and its desktop awake until release_wine, which
+# ends all programs in it. Else the server goes with the last program, and takes with it, with code 0,
+# who came meanwhile. And the first program in an idle prefix starts Wine's services, the first with a
+# window its desktop, and these inherit the program's output: whoever reads that would wait for them too.
+held=()
 hold_wine() {
   local prefix
   for prefix in "$@"; do
-    export TESSEL_WINEPREFIX=$prefix
     [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
-    "$ROOT/cmake/run-wine.sh" </dev/null || exit 1
-    "$ROOT/cmake/run-wine.sh" notepad </dev/null >/dev/null 2>&1 &
-    holders+=($!)
-    "$ROOT/cmake/run-wine.sh" rundll32 user32.dll,MessageBeep </dev/null >/dev/null 2>&1 || true
+    in_prefix "$prefix" || exit 1
+    in_prefix "$prefix" --server -p 2>/dev/null || true  # runs already
+    held+=("$prefix")
+    # One after the other: two that start a desktop at the same time may wait ten seconds for it.
+    in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
+    in_prefix "$prefix" notepad >/dev/null 2>&1 &
+    in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
+    kill -0 $! 2>/dev/null || die "the desktop of the Wine prefix $prefix did not start"
   done
-  unset TESSEL_WINEPREFIX
 }
-release_wine() { kill -KILL "${holders[@]}" 2>/dev/null || true; }
+release_wine() {
+  local prefix
+  for prefix in "${held[@]}"; do in_prefix "$prefix" --server -k || true; done
+}
+in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null; }
