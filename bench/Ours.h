@@ -13,9 +13,12 @@
 
 namespace bench {
 
-// What the module keeps for its next message must not count as free for that message: another
-// block, which fits next to nothing, takes its place.
-inline void DropSpareBlock() {
+// What the module keeps for its next message must not count as free for that message. Another
+// large block, which fits next to nothing, takes the place of the one kept.
+inline void DropSpares() {
+#ifdef _WIN32
+  TakeSpareContent();
+#endif
   base::FreeBlock({std::malloc(base::kLeastSpareBytes), base::kLeastSpareBytes});
 }
 

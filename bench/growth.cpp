@@ -12,7 +12,7 @@ namespace {
 using namespace bench;
 
 double PeakOf(const Workload& workload, const Text& text) {
-  DropSpareBlock();
+  DropSpares();
   const std::size_t before = CurrentHeap().bytes;
   ResetHeapPeak();
   ReadOut<OursDocument>(text, workload.kinds);

@@ -22,7 +22,7 @@ class TightInSituDocument : public RapidUtf8Document {
 
 template <class Document>
 HeapUse Kept(const Text& text) {
-  DropSpareBlock();
+  DropSpares();
   const HeapUse before = CurrentHeap();
   const Document document(text);
   const HeapUse after = CurrentHeap();

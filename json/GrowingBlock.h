@@ -31,7 +31,9 @@ class GrowingBlock {
   }
   GrowingBlock(const GrowingBlock&) = delete;
   GrowingBlock& operator=(const GrowingBlock&) = delete;
-  ~GrowingBlock() { FreeBlock(Allocated()); }
+  ~GrowingBlock() {
+    if (begin_ != small_) FreeBlock(Allocated());  // a call saved for most
+  }
 
   std::size_t size() const { return size_; }
   Unit* begin() const { return begin_; }

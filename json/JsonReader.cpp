@@ -108,6 +108,7 @@ class Reader {
   char32_t ReadEscape();
   char32_t ReadHexEscape(int digits);
   int ReadHex(int digits);
+  bool SkipFractionAndExponent();
   bool SkipDigits();
   bool AtDelimiter() const;
   void SkipByteOrderMark();
@@ -417,19 +418,25 @@ bool Reader<Unit>::ReadNumber() {
   const auto count = at_ - digits;
   if (count == 0 || (count > 1 && *digits == '0')) return false;
 
-  const bool fraction = Accept('.');
-  if (fraction && !SkipDigits()) return false;
-  const bool exponent = Accept('e') || Accept('E');
-  if (exponent && !Accept('-')) Accept('+');
-  if (exponent && !SkipDigits()) return false;
-  if (!AtDelimiter()) return false;
-
-  if (!fraction && !exponent && count <= 10 && magnitude <= 0x7FFFFFFFu + negative) {
+  const bool whole = AtDelimiter();
+  if (whole && count <= 10 && magnitude <= 0x7FFFFFFFu + negative) {
     const auto value = static_cast<std::int64_t>(magnitude);
     Put(ValueType::kInteger, static_cast<std::int32_t>(negative ? -value : value));
     return true;
   }
+  if (!whole && !SkipFractionAndExponent()) return false;
   return ReadDouble(Text(start, at_ - start));
+}
+
+// False unless a delimiter stands behind them.
+template <class Unit>
+bool Reader<Unit>::SkipFractionAndExponent() {
+  if (Accept('.') && !SkipDigits()) return false;
+  if (Accept('e') || Accept('E')) {
+    if (!Accept('-')) Accept('+');
+    if (!SkipDigits()) return false;
+  }
+  return AtDelimiter();
 }
 
 template <class Unit>

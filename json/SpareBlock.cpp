@@ -1,9 +1,7 @@
 #include "json/SpareBlock.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace base {
 
@@ -11,25 +9,7 @@ namespace {
 
 bool IsKept(std::size_t bytes) { return bytes >= kLeastSpareBytes && bytes <= kMostSpareBytes; }
 
-class Slot {
- public:
-  ~Slot() { std::free(head_.exchange(nullptr)); }
-
-  // Puts the block, or none, and gives what was there.
-  MemoryBlock Exchange(MemoryBlock block) {
-    Head* const given = block.at == nullptr ? nullptr : new (block.at) Head{block.bytes};
-    Head* const taken = head_.exchange(given);
-    return taken == nullptr ? MemoryBlock{} : MemoryBlock{taken, taken->bytes};
-  }
-
- private:
-  struct Head {  // stands where the block starts
-    std::size_t bytes;
-  };
-  std::atomic<Head*> head_ = nullptr;
-};
-
-constinit Slot spare;
+constinit SpareSlot spare;
 
 // Enough, but not twice as much.
 MemoryBlock TakeSpare(std::size_t bytes) {
@@ -40,6 +20,8 @@ MemoryBlock TakeSpare(std::size_t bytes) {
 }
 
 }  // namespace
+
+SpareSlot::~SpareSlot() { std::free(head_.exchange(nullptr)); }
 
 MemoryBlock GrowBlock(MemoryBlock block, std::size_t used, std::size_t bytes) {
   if (IsKept(bytes)) {

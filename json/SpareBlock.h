@@ -3,7 +3,9 @@
 // Used in every process that loads the module.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <new>
 
 namespace base {
 
@@ -15,6 +17,24 @@ constexpr std::size_t kMostSpareBytes = 0x800000;
 struct MemoryBlock {
   void* at = nullptr;
   std::size_t bytes = 0;
+};
+
+// A place for one block of malloc's that nobody uses. Any thread may call.
+class SpareSlot {
+ public:
+  ~SpareSlot();
+  // Puts the block, or none, and gives what was there.
+  MemoryBlock Exchange(MemoryBlock block) {
+    Head* const given = block.at == nullptr ? nullptr : new (block.at) Head{block.bytes};
+    Head* const taken = head_.exchange(given);
+    return taken == nullptr ? MemoryBlock{} : MemoryBlock{taken, taken->bytes};
+  }
+
+ private:
+  struct Head {  // stands where the block starts
+    std::size_t bytes;
+  };
+  std::atomic<Head*> head_ = nullptr;
 };
 
 // The block, or another in its place, with room for at least so many bytes; the first `used` are

@@ -1,11 +1,13 @@
 #include "jarchive.h"
 
 #include <climits>
+#include <new>
 #include <utility>
 
 #include "json/Check.h"
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
+#include "json/SpareBlock.h"
 
 using Tessel::ArchiveException;
 
@@ -19,6 +21,38 @@ const struct CheckReporter {
   }
 } checkReporter;
 
+// The memory of the content that went last is the next one's: most messages need no other, and
+// under Wine a heap takes as long for it as a short message takes to be read.
+template <class T>
+class ContentAllocator {
+ public:
+  using value_type = T;
+  ContentAllocator() = default;
+  template <class Other>
+  explicit ContentAllocator(const ContentAllocator<Other>&) {}
+
+  T* allocate(std::size_t count) {
+    base::MemoryBlock block = spare_.Exchange({});
+    if (block.at == nullptr) block = base::GrowBlock({}, 0, count * sizeof(T));
+    if (block.at == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(block.at);
+  }
+  void deallocate(T* at, std::size_t count) {
+    const base::MemoryBlock surplus = spare_.Exchange({at, count * sizeof(T)});
+    if (surplus.at != nullptr) base::FreeBlock(surplus);
+  }
+  bool operator==(const ContentAllocator&) const { return true; }
+
+ private:
+  static inline constinit base::SpareSlot spare_;
+};
+
+template <class Content, class... Arguments>
+std::shared_ptr<Content> MakeContent(Arguments&&... arguments) {
+  return std::allocate_shared<Content>(ContentAllocator<Content>(),
+                                       std::forward<Arguments>(arguments)...);
+}
+
 base::StringView StringOf(base::ValueView element) {
   const std::optional<base::StringView> text = element.GetIfString();
   if (!text) throw ArchiveException("string expected");
@@ -28,7 +62,7 @@ base::StringView StringOf(base::ValueView element) {
 }  // namespace
 
 // Without the type, all of the content would be filled with zeros first.
-JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
+JArchive::JArchive() : content_(MakeContent<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {
   std::wstring text;
@@ -51,7 +85,7 @@ void JArchive::fromString(std::wstring_view text) {
   if (content_.use_count() == 1) {
     content_->emplace<base::ListValue>(std::move(values));
   } else {
-    content_ = std::make_shared<Content>(std::move(values));
+    content_ = MakeContent<Content>(std::move(values));
   }
   cursor_ = 0;
 }
