@@ -54,7 +54,6 @@ require_packages g++ rapidjson-dev libsimdjson-dev
 build bench bench
 build mingw bench
 # A prefix of its own: the tests' one has its log switched on.
-trap release_wine EXIT
 hold_wine "$ROOT/build/wine-bench"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-bench
 

@@ -36,7 +36,6 @@ if $list; then
 fi
 build native
 build mingw
-trap release_wine EXIT
 hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"

@@ -1,4 +1,4 @@
-# Sourced by demo.sh and test.sh: what both need before they can start.
+# Sourced by the scripts: what several of them need.
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 BIN=$ROOT/build/mingw/bin
@@ -60,13 +60,15 @@ prepare_wine() {
   "$ROOT/cmake/run-wine.sh" || exit 1
 }
 
-# hold_wine PREFIX...: keeps each prefix, its services and its desktop awake until release_wine, which
-# ends all programs in it. Else the server goes with the last program, and takes with it, with code 0,
+# hold_wine PREFIX...: keeps each prefix, its services and its desktop awake until the script ends, and
+# then ends all programs in it. Else the server goes with the last program, and takes with it, with code 0,
 # who came meanwhile. And the first program in an idle prefix starts Wine's services, the first with a
 # window its desktop, and these inherit the program's output: whoever reads that would wait for them too.
 held=()
 hold_wine() {
   local prefix
+  trap release_wine EXIT
+  trap 'exit 130' INT TERM HUP
   for prefix in "$@"; do
     [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
     in_prefix "$prefix" || exit 1
@@ -84,3 +86,10 @@ release_wine() {
   for prefix in "${held[@]}"; do in_prefix "$prefix" --server -k || true; done
 }
 in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null; }
+
+# ends_with_word PATTERN COMMAND...: its code, but 1 unless it has printed a line of that pattern. A
+# program whose Wine ends under it leaves 0.
+ends_with_word() (
+  set -o pipefail
+  { "${@:2}" | tee -a /dev/fd/3 | grep -c "$1" >/dev/null; } 3>&1
+)

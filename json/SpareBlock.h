@@ -1,6 +1,6 @@
-// Large blocks of memory, one of which is kept while nobody uses it: what comes fresh from the
-// system costs a fault for each page, which together is more than to read or write a message.
-// Used in every process that loads the module.
+// Blocks of memory that are kept while nobody uses them. Of large ones one is: what comes fresh
+// from the system costs a fault for each page, which together is more than to read or write a
+// message. Used in every process that loads the module.
 #pragma once
 
 #include <atomic>
@@ -9,8 +9,8 @@
 
 namespace base {
 
-// Of other sizes no block is kept: heaps do so themselves with smaller ones, and larger ones are
-// not worth what the process would hold.
+// GrowBlock and FreeBlock keep none of other sizes: heaps do so themselves with smaller ones, and
+// larger ones are not worth what the process would hold.
 constexpr std::size_t kLeastSpareBytes = 0x10000;
 constexpr std::size_t kMostSpareBytes = 0x800000;
 

@@ -22,7 +22,7 @@ const struct CheckReporter {
 } checkReporter;
 
 // The memory of the content that went last is the next one's: most messages need no other, and
-// under Wine a heap takes as long for it as a short message takes to be read.
+// under Wine a heap takes as long for it as a short message takes to be read. It is always one.
 template <class T>
 class ContentAllocator {
  public:
