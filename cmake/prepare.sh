@@ -91,5 +91,5 @@ in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null
 # program whose Wine ends under it leaves 0.
 ends_with_word() (
   set -o pipefail
-  { "${@:2}" | tee -a /dev/fd/3 | grep -c "$1" >/dev/null; } 3>&1
+  { "${@:2}" | tee /dev/fd/4 4>&1 >&3 | grep -c "$1" >/dev/null; } 3>&1
 )
