@@ -1,5 +1,4 @@
-# Cross-builds for 64-bit Windows with Debian's MinGW-w64 GCC (posix threads) and runs the results
-# under Wine, in a prefix that lives inside the build folder.
+# Cross-builds for 64-bit Windows with Debian's MinGW-w64 GCC (posix threads).
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

@@ -22,7 +22,8 @@ const struct CheckReporter {
 } checkReporter;
 
 // The memory of the content that went last is the next one's: most messages need no other, and
-// under Wine a heap takes as long for it as a short message takes to be read. It is always one.
+// under Wine a heap takes as long for it as a short message takes to be read. Only for one object
+// at a time.
 template <class T>
 class ContentAllocator {
  public:
