@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Workloads.h"
-#include "jarchive.h"
+#include "internal/jarchive.h"
 
 namespace bench {
 

@@ -9,7 +9,7 @@
 #include "TesselSLB/BrokerAddress.h"
 #include "TesselSLB/BrokerStartup.h"
 #include "UTILITY/JbPipe.h"
-#include "jarchive.h"
+#include "internal/jarchive.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "json/Digits.h"
-#include "json/GrowingBlock.h"
+#include "memory/GrowingBlock.h"
 
 namespace base {
 

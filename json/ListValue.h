@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "json/GrowingBlock.h"
+#include "memory/GrowingBlock.h"
 #include "json/TextCopy.h"
 
 namespace base {

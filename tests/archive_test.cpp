@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "HeapAllocator.h"
-#include "jarchive.h"
+#include "internal/jarchive.h"
 #include "support/LogCapture.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <regex>
 #include <stdexcept>
 
-#include "VectorGrowth.h"
+#include "internal/VectorGrowth.h"
 #include "support/Elements.h"
 
 namespace {

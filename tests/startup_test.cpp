@@ -4,7 +4,7 @@
 #include <future>
 #include <thread>
 
-#include "SafeObject.h"
+#include "internal/SafeObject.h"
 #include "TesselSLB/BrokerInjection.h"
 #include "TesselSLB/BrokerStartup.h"
 #include "TesselSLB/NudgeWindow.h"

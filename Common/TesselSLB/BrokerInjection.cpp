@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "SafeObject.h"
+#include "internal/SafeObject.h"
 #include "TesselSLB/HiddenProcess.h"
 #include "TesselSLB/ModuleDirectory.h"
 #include "TesselSLB/NudgeWindow.h"

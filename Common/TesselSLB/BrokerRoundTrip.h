@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "TesselSilverlight.h"
-#include "jarchive.h"
+#include "internal/jarchive.h"
 
 // The first value of every request.
 enum class Command : int {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "SafeObject.h"
+#include "internal/SafeObject.h"
 
 struct HiddenProcess {
   SafeHandle process;

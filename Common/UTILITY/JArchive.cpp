@@ -1,4 +1,4 @@
-#include "jarchive.h"
+#include "internal/jarchive.h"
 
 #include <climits>
 #include <new>

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "SafeObject.h"
+#include "internal/SafeObject.h"
 
 // Misuse of an endpoint: wrong state, wrong role. Derives from nothing.
 class PipeException {

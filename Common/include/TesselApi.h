@@ -10,3 +10,12 @@
 #else
 #define TESSELSLB_API
 #endif
+
+// The underlying type of an enumeration. It is part of the interface in C++; C11 cannot name one.
+#ifdef __cplusplus
+#define TESSELSLB_AS_INT : int
+#define TESSELSLB_AS_ULONG : unsigned long
+#else
+#define TESSELSLB_AS_INT
+#define TESSELSLB_AS_ULONG
+#endif

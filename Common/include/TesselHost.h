@@ -13,8 +13,9 @@
 #include <windows.h>
 
 #include "TesselApi.h"
+#include "TesselCodes.h"
 
-enum SLChannelResult : int {
+enum SLChannelResult TESSELSLB_AS_INT {
   SL_CHANNEL_SUCCESS = 0,
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
@@ -26,7 +27,9 @@ enum SLChannelResult : int {
   SL_CHANNEL_NO_CLIENT = -15,    // none came in time; go on with ReadMessage
 };
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 // Creates the pipe on which clients look for the broker of a scheme (an SLUriScheme value) and, for
 // the tailored scheme, of a content address. `connectTimeout` is what each ReadMessage waits for a
@@ -49,7 +52,7 @@ TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 
 // Closes the channel. A ReadMessage that waits returns -3; one that is busy with a client ends
 // first in its own time. Result: 0; -1 when there is none; -3 when its pipe was never created.
-TESSELSLB_API int __stdcall UninitComm();
+TESSELSLB_API int __stdcall UninitComm(void);
 
 // Additional windows: up to ten, indexed 0 to 9, hidden and without a parent. A message posted to
 // one is dispatched by the message loop of the thread that created the window (the module has no
@@ -61,7 +64,7 @@ TESSELSLB_API int __stdcall UninitComm();
 
 // What handles a window's messages, those of its destruction included. The lower 32 bits of the
 // result count: not 0 says that the message is handled, 0 leaves it to the system's default.
-using SLWindowCallback = LONG_PTR(__stdcall*)(HWND window, UINT message, WPARAM wparam,
+typedef LONG_PTR(__stdcall* SLWindowCallback)(HWND window, UINT message, WPARAM wparam,
                                               LPARAM lparam);
 
 // Creates the window of an index, without a callback. Null when the index is out of bounds or has a
@@ -82,4 +85,6 @@ TESSELSLB_API BOOL __stdcall AdditionalWindow_PostMessage(unsigned long index, U
 TESSELSLB_API BOOL __stdcall AdditionalWindow_RegisterCallback(unsigned long index,
                                                                SLWindowCallback callback);
 
-}  // extern "C"
+#ifdef __cplusplus
+}
+#endif

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "AtlTypes.h"
-#include "VectorGrowth.h"
+#include "internal/VectorGrowth.h"
 #include "json/ListText.h"
 #include "json/ListValue.h"
 #include "logging/Log.h"
