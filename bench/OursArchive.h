@@ -1,8 +1,6 @@
 // This module's archive, as calls use it under Windows.
 #pragma once
 
-#include <vector>
-
 #include "Workloads.h"
 #include "internal/jarchive.h"
 
@@ -25,12 +23,6 @@ class OursDocument {
  private:
   JArchive archive_;
 };
-
-// An archive that stays takes the memory that the last one left.
-inline void TakeSpareContent() {
-  static std::vector<JArchive> takers;
-  takers.emplace_back();
-}
 
 // The text stays where the archive has it, as on a request's way to the pipe.
 inline TextView ViewOf(const JArchive& archive) {

@@ -12,7 +12,6 @@ namespace {
 using namespace bench;
 
 double PeakOf(const Workload& workload, const Text& text) {
-  DropSpares();
   const std::size_t before = CurrentHeap().bytes;
   ResetHeapPeak();
   ReadOut<OursDocument>(text, workload.kinds);

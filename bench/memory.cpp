@@ -22,7 +22,6 @@ class TightInSituDocument : public RapidUtf8Document {
 
 template <class Document>
 HeapUse Kept(const Text& text) {
-  DropSpares();
   const HeapUse before = CurrentHeap();
   const Document document(text);
   const HeapUse after = CurrentHeap();

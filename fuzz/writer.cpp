@@ -48,7 +48,7 @@ class Builder {
   void AddType(base::ValueType type) {
     allAsText = false;
     for (base::ListValue* list : {&values, &expected})
-      list->Finish(base::packed::PutType(list->Room(base::packed::kTypeSize), type));
+      list->Finish(base::packed::PutType(list->Reserve(base::packed::kTypeSize), type));
   }
 
   void AddValue(int depth);

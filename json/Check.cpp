@@ -6,14 +6,14 @@ namespace base {
 
 namespace {
 
-std::atomic<CheckFailedHook> check_failed_hook{nullptr};
+std::atomic<CheckFailedHook> checkFailedHook{nullptr};
 
 }  // namespace
 
-void SetCheckFailedHook(CheckFailedHook hook) { check_failed_hook = hook; }
+void SetCheckFailedHook(CheckFailedHook hook) { checkFailedHook = hook; }
 
 void ReportCheckFailed(const char* condition) {
-  if (const CheckFailedHook hook = check_failed_hook) hook(condition);
+  if (const CheckFailedHook hook = checkFailedHook) hook(condition);
 }
 
 }  // namespace base

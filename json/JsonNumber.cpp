@@ -11,8 +11,8 @@ namespace base {
 
 namespace {
 
-// Whether a number that is known to be beyond a double's range is too small rather than too large:
-// std::from_chars has one code for both.
+// Whether a number outside the range of doubles is too small, not too large. std::from_chars has
+// the same code for both.
 bool IsTiny(std::string_view number) {
   const std::size_t exponent_at = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, exponent_at);

@@ -6,8 +6,8 @@
 
 namespace base {
 
-// `number` follows JSON's grammar. One too small for a double gives a zero of its sign, one too
-// large nothing.
+// `number` follows JSON's grammar. Returns a zero of the same sign if it is too small for a double,
+// nothing if it is too large.
 std::optional<double> ParseDouble(std::string_view number);
 
 }  // namespace base

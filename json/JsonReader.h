@@ -9,13 +9,17 @@
 
 namespace base {
 
-// Beyond plain JSON: a leading byte order mark, comments, the escapes \v and \xHH, control
-// characters inside strings, and one surplus byte after the root value are accepted. Lists and
-// dictionaries nest at most 199 deep. Any error gives no value, and so does ill-formed UTF-8; an
-// unpaired surrogate is read as U+FFFD.
-// Gives the type of the root value. `values`, which must be empty, receives the elements of a list,
-// else the value as its only element; after an error it is to be thrown away.
-// `step` (1 or more) is for how much of the text room is made at least: another only costs more.
+// Accepts more than plain JSON: a leading byte order mark, comments, the escapes \v and \xHH,
+// control characters inside strings, and one byte of UTF-8 after the root value (in UTF-16 one
+// ASCII unit). Lists and dictionaries nest at most 199 deep. Ill-formed UTF-8 in the text is an
+// error; an unpaired surrogate is read as U+FFFD.
+//
+// Returns the type of the root value, or nothing on any error. `values` must be empty. It receives
+// the elements of a list, or any other value as its only element. After an error, its content is
+// undefined. Throws std::bad_alloc.
+//
+// `step`, at least 1, is the number of text units for which room is reserved at a time. It changes
+// the speed, not the result.
 constexpr std::size_t kReadStep = 512;
 std::optional<ValueType> ReadJson(std::string_view utf8, ListValue& values,
                                   std::size_t step = kReadStep);

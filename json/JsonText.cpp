@@ -7,7 +7,7 @@ namespace base {
 namespace {
 
 constexpr std::size_t kMaxEscape = 6;
-constexpr std::size_t kPiece = 512;  // of a string: is put without a check for room
+constexpr std::size_t kPiece = 512;  // units of a string that are written per check for room
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
@@ -33,7 +33,7 @@ template <class Unit>
 PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
   for (bool exact = true;;) {
     if constexpr (sizeof(Unit) == 1) {
-      text = CopyPaddedAscii<Stop::kEscapes>(text, end, to);
+      text = CopyAscii<Stop::kEscapes>(text, end, to);
     } else {
       text = CopyWide<Stop::kEscapes>(text, end, to);
     }
@@ -53,19 +53,19 @@ PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
 
 template <class Unit>
 PutText PutAnyString(TextBlock& block, Utf16Unit* end, std::basic_string_view<Unit> text) {
-  // A long text gets its room at once, as if nothing in it were escaped.
-  end = block.RoomBehind(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape);
+  // Reserves a long text at once, as if it had no escapes.
+  end = block.ReserveAfter(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape);
   PutText put = {end, true};
   *put.end++ = '"';
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), kPiece);
-    if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // a pair stays together
-    put.end = block.RoomBehind(put.end, size * kMaxEscape + kCopySlack);
+    if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // keep pairs together
+    put.end = block.ReserveAfter(put.end, size * kMaxEscape + kCopySlack);
     const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
     put = {piece.end, put.exact && piece.exact};
     text.remove_prefix(size);
   }
-  put.end = block.RoomBehind(put.end, 1);
+  put.end = block.ReserveAfter(put.end, 1);
   *put.end++ = '"';
   return put;
 }

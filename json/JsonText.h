@@ -1,4 +1,4 @@
-// How numbers and strings stand in JSON text, in UTF-16.
+// Numbers and strings as JSON text in UTF-16.
 // Used in every process that loads the module.
 #pragma once
 
@@ -12,15 +12,15 @@
 
 namespace base {
 
-// Text as it grows. Most requests fit the object.
+// Growing text. Most requests fit the object itself.
 using TextBlock = GrowingBlock<Utf16Unit, 120, 0>;
 
-// These put text where there is room for it, and give its end.
+// Both write text to a place that has room for it, and return its end.
 inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {
   return std::copy(text.begin(), text.end(), to);
 }
 
-constexpr std::size_t kMaxIntUnits = 11;  // digits are put by fours, which takes no more than that
+constexpr std::size_t kMaxIntUnits = 11;  // also holds for short numbers, which write four units
 inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   auto magnitude = static_cast<std::uint32_t>(value);
   if (value < 0) {
@@ -30,17 +30,16 @@ inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   return PutNumber(magnitude, to);
 }
 
-// Longer strings, in bytes of UTF-8, are refused; a unit is at most three of them.
+// A writer refuses strings with more bytes of UTF-8. A unit of UTF-16 becomes at most three bytes.
 constexpr std::size_t kMaxStringBytes = 2147483647;
 inline bool MayBeTooLong(std::size_t units) { return units > kMaxStringBytes / 3; }
 
-// What PutString put ends there.
 struct PutText {
   Utf16Unit* end;
   bool exact;  // false if a noncharacter became U+FFFD
 };
-// A string with its quotes, behind an end of the block that is not finished yet. An unpaired
-// surrogate becomes U+FFFD. Behind ASCII, kCopySlack bytes can be read.
+// Both write a string with its quotes after `end`, which need not be finished yet. An unpaired
+// surrogate becomes U+FFFD.
 PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text);
 PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii);
 

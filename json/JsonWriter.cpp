@@ -18,7 +18,7 @@ class Writer {
  public:
   explicit Writer(const ListValue& list) : at_(list.begin()), end_(list.end()) {}
 
-  // These write what stands at at_ and leave it behind that.
+  // Each writes the element at at_ and advances at_ past it.
   bool WriteList() { return WriteItems<&Writer::WriteValue>('[', ']'); }
   Utf16View Text() const { return {text_.begin(), text_.size()}; }
 
@@ -31,7 +31,7 @@ class Writer {
   bool WriteDouble(double value);
 
   bool AtEnd() const { return at_ == end_ || ValueView(at_).type() == ValueType::kEnd; }
-  void Put(std::string_view ascii) { text_.Finish(PutAscii(text_.Room(ascii.size()), ascii)); }
+  void Put(std::string_view ascii) { text_.Finish(PutAscii(text_.Reserve(ascii.size()), ascii)); }
   void Put(char c) { Put(std::string_view(&c, 1)); }
 
   const char* at_;
@@ -50,7 +50,7 @@ bool Writer::WriteValue() {
       Put(*value.GetIfBool() ? "true" : "false");
       return true;
     case ValueType::kInteger:
-      text_.Finish(PutInt(text_.Room(kMaxIntUnits), *value.GetIfInt()));
+      text_.Finish(PutInt(text_.Reserve(kMaxIntUnits), *value.GetIfInt()));
       return true;
     case ValueType::kDouble:
       return WriteDouble(*value.GetIfDouble());

@@ -5,9 +5,9 @@
 
 namespace base {
 
-// Replaces what `out` held. False, with `out` empty, if there is something that JSON text cannot
-// hold: binary, a double that is not finite, or a string of more than 2147483647 bytes in UTF-8,
-// which is reported as a failed check too. A noncharacter is written as U+FFFD.
+// Replaces the content of `out`. Returns false and leaves `out` empty if a value has no JSON form:
+// binary, a double that is not finite, or a string of more than 2147483647 bytes in UTF-8. Such a
+// string is also reported as a failed check. A noncharacter is written as U+FFFD.
 bool WriteJson(const ListValue& list, Utf16Text& out);
 
 }  // namespace base

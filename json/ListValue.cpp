@@ -6,7 +6,7 @@ namespace base {
 
 namespace {
 
-// UTF-16 into UTF-16: what changes are unpaired surrogates.
+// Copies UTF-16. An unpaired surrogate becomes U+FFFD.
 char* CopyWellFormed(Utf16View text, char* to) {
   auto* units = reinterpret_cast<Utf16Unit*>(to);
   const Utf16Unit* from = text.data();
@@ -23,7 +23,7 @@ char* CopyWellFormed(Utf16View text, char* to) {
 
 std::size_t Utf8Length(const StringView& text) {
   std::size_t length = text.ascii.size();
-  // Each surrogate stands for two of four bytes.
+  // A pair of surrogates becomes four bytes of UTF-8, so each one counts as two.
   for (const Utf16Unit unit : text.wide)
     length += IsAscii(unit) ? 1 : unit < 0x800 || IsSurrogate(unit) ? 2 : 3;
   return length;
@@ -43,7 +43,7 @@ std::string ToUtf8(const StringView& text) {
 }
 
 void ListValue::AppendString(Utf16View text) {
-  char* const start = Room(packed::kTextHead + text.size() * sizeof(Utf16Unit));
+  char* const start = Reserve(packed::kTextHead + text.size() * sizeof(Utf16Unit));
   char* to = start + packed::kTextHead;
   const Utf16Unit* const end = text.data() + text.size();
   if (CopyAscii<Stop::kLimits>(text.data(), end, to) == end) {
@@ -55,7 +55,7 @@ void ListValue::AppendString(Utf16View text) {
 }
 
 void ListValue::AppendBinary(std::string_view bytes) {
-  char* const start = Room(packed::kTextHead + packed::Even(bytes.size()));
+  char* const start = Reserve(packed::kTextHead + packed::Even(bytes.size()));
   char* const end = std::copy(bytes.begin(), bytes.end(), start + packed::kTextHead);
   Finish(packed::PutTextHead(start, ValueType::kBinary, end));
 }

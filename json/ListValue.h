@@ -1,5 +1,5 @@
-// A JSON list in one block of memory: its elements stand one behind the other, each as a type and
-// its content. An int takes six bytes, and a list of any length at most one allocation.
+// A JSON list in one block of memory. Its elements follow one another, each as a type and its
+// content. An int takes six bytes, and a list of any length needs at most one allocation.
 // Used in every process that loads the module.
 #pragma once
 
@@ -11,8 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include "memory/GrowingBlock.h"
 #include "json/TextCopy.h"
+#include "memory/GrowingBlock.h"
+#include "memory/ZeroSearch.h"
 
 namespace base {
 
@@ -25,18 +26,18 @@ enum class ValueType : std::uint16_t {
   kBinary,
   kDictionary,  // strings and values in turn, sorted by key in UTF-8's order, one value per key
   kList,
-  // As a list keeps values:
+  // Only within a block:
   kEnd,        // of a nested list or dictionary
-  kWideString  // a string that is not ASCII: in UTF-16
+  kWideString  // a string that is not ASCII, in UTF-16
 };
 
-// How elements stand in a block: at even places, which UTF-16 demands.
+// The layout of elements in a block. Each starts at an even offset, as UTF-16 needs it.
 namespace packed {
 
 constexpr std::size_t kTypeSize = sizeof(ValueType);
 constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);  // type and length in bytes
 constexpr std::size_t kMaxFixedSize = kTypeSize + sizeof(double);
-constexpr std::size_t kSlack = kCopySlack * sizeof(Utf16Unit);  // what a copy may need behind it
+constexpr std::size_t kSlack = kCopySlack * sizeof(Utf16Unit);  // for copies into the last string
 
 using Flag = std::uint16_t;
 
@@ -58,7 +59,8 @@ char* Put(char* to, ValueType type, T object) {
   std::memcpy(PutType(to, type), &object, sizeof(T));
   return to + kTypeSize + sizeof(T);
 }
-// For a text whose bytes stand from to + kTextHead to `end` already. Gives where the next goes.
+// Puts the head of a string whose bytes are already there, from to + kTextHead to `end`. Returns
+// the place of the next element.
 inline char* PutTextHead(char* to, ValueType type, const char* end) {
   const auto size = static_cast<std::size_t>(end - to) - kTextHead;
   return Put(to, type, size) + Even(size);
@@ -66,14 +68,15 @@ inline char* PutTextHead(char* to, ValueType type, const char* end) {
 
 }  // namespace packed
 
-// A string as a list keeps it: one of both is empty. UTF-16 is well formed.
+// A string as a list keeps it: `ascii` or `wide`; the other one is empty. `wide` is well-formed
+// UTF-16.
 struct StringView {
   std::string_view ascii;
   Utf16View wide;
 };
 
-// One element where it stands in a list; good until the list changes. Of a list or dictionary it is
-// the start.
+// One element in its list. Valid until the list changes. For a nested list or dictionary, it is the
+// start alone.
 class ValueView {
  public:
   explicit ValueView(const char* at) : at_(at) {}
@@ -89,7 +92,7 @@ class ValueView {
   std::optional<std::int32_t> GetIfInt() const { return CopyIf<std::int32_t>(ValueType::kInteger); }
   std::optional<double> GetIfDouble() const { return CopyIf<double>(ValueType::kDouble); }
   std::optional<StringView> GetIfString() const;
-  // Where the next element starts.
+  // The start of the next element.
   const char* End() const;
   std::size_t ByteSize() const { return End() - at_; }
 
@@ -140,12 +143,10 @@ inline StringView UpToZero(const StringView& text) {
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }
-inline void CopyAsUtf16(const StringView& text, Utf16Unit* to) {  // no unit more than that
-  if (text.wide.empty()) {
-    CopyExactAscii(text.ascii, to);
-  } else {
-    std::copy(text.wide.begin(), text.wide.end(), to);
-  }
+// Writes Utf16Length units.
+inline void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
+  to = std::copy(text.ascii.begin(), text.ascii.end(), to);
+  std::copy(text.wide.begin(), text.wide.end(), to);
 }
 std::size_t Utf8Length(const StringView& text);
 std::string ToUtf8(const StringView& text);
@@ -158,26 +159,30 @@ class ListValue {
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
 
-  // Elements are found by where they start, in bytes from the first.
+  // An element is named by its offset in bytes.
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
   const char* begin() const { return block_.begin(); }
   const char* end() const { return block_.end(); }
 
-  // For who writes packed elements himself.
-  char* Room(std::size_t bytes) { return block_.Room(bytes); }
-  char* ExpectBehind(char* end, std::size_t bytes) { return block_.ExpectBehind(end, bytes); }
-  std::size_t RoomLeft(const char* end) const { return block_.RoomLeft(end); }
+  // For a caller that writes packed elements itself. See GrowingBlock.
+  char* Reserve(std::size_t bytes) { return block_.Reserve(bytes); }
+  char* ReserveAfter(char* end, std::size_t bytes) { return block_.ReserveAfter(end, bytes); }
+  char* ReserveEstimateAfter(char* end, std::size_t bytes) {
+    return block_.ReserveEstimateAfter(end, bytes);
+  }
+  bool Holds(const char* end) const { return block_.Holds(end); }
+  std::size_t RoomAfter(const char* end) const { return block_.RoomAfter(end); }
   void Finish(const char* end) { block_.Finish(end); }
   void Trim() { block_.Trim(); }
 
  private:
   template <class T>
   void AppendFixed(ValueType type, T value) {
-    Finish(packed::Put(Room(packed::kMaxFixedSize), type, value));
+    Finish(packed::Put(Reserve(packed::kMaxFixedSize), type, value));
   }
 
-  // Most answers fit the object. A copy may need kSlack bytes behind a text.
+  // Most answers fit the object itself.
   GrowingBlock<char, 184, packed::kSlack> block_;
 };
 

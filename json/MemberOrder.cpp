@@ -16,7 +16,7 @@ template <class A, class B>
 int Compare(std::basic_string_view<A> a, std::basic_string_view<B> b) {
   const auto rank = [](auto unit) {
     const auto code = static_cast<char32_t>(unit);
-    // Surrogates stand for what is above all other units.
+    // A surrogate is part of a code point above all other units.
     return code >= 0xE000 ? code - 0x800 : code >= 0xD800 ? code + 0x2000 : code;
   };
   const std::size_t shared = std::min(a.size(), b.size());
@@ -43,8 +43,8 @@ char* SortMembers(std::span<char* const> members, char* end) {
   std::vector<std::string_view> order;
   order.reserve(members.size());
   for (std::size_t i = 0; i < members.size(); ++i) {
-    const char* const behind = i + 1 < members.size() ? members[i + 1] : end;
-    order.emplace_back(members[i], behind - members[i]);
+    const char* const next = i + 1 < members.size() ? members[i + 1] : end;
+    order.emplace_back(members[i], next - members[i]);
   }
   std::stable_sort(order.begin(), order.end(), KeyLess);
 

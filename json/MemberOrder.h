@@ -5,8 +5,8 @@
 
 namespace base {
 
-// Each member is a string and a value, packed; the last one ends at `end`. Sorts them by their
-// keys; of those with the same key the last one stays. Gives the new end.
+// Each member is a packed string and its packed value. The last one ends at `end`. Sorts the
+// members by key and, of several with the same key, keeps the last. Returns the new end.
 char* SortMembers(std::span<char* const> members, char* end);
 
 }  // namespace base

@@ -1,31 +1,28 @@
-// Copies of text that run sixteen bytes at a step over what needs no thought: this is where
-// messages spend their time. Used in every process that loads the module.
+// Copies of text, 16 bytes at a time up to the first unit that needs a closer look. Messages spend
+// most of their time here. Needs SSE2, which every x86-64 processor has.
+// Used in every process that loads the module.
 #pragma once
+
+#include <emmintrin.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 #include "json/Utf.h"
 
-#if defined(__SSE2__) || defined(_M_X64)
-#include <emmintrin.h>
-#define JSON_HAS_SSE2 1
-#endif
-
 namespace base {
 
-// Where a copy stops.
+// Where a copy stops. Each value adds to those before it.
 enum class Stop {
-  kLimits,      // at the limit of what it copies: ASCII, or text without surrogates
-  kStringEnds,  // at a quote and a backslash, too
-  kEscapes      // at what does not stand in a JSON string as it is, too
+  kLimits,      // at the first unit beyond ASCII, or at the first surrogate or unit above them
+  kStringEnds,  // at a quote or a backslash
+  kEscapes      // at a unit that a JSON string holds only as an escape
 };
 
-// A copy may write so many units more than there are to copy.
+// A copy may write up to 16 units more than it copies.
 constexpr std::size_t kCopySlack = 16;
 
 template <Stop kStop, class Unit>
@@ -35,7 +32,6 @@ inline bool IsPlain(Unit unit) {
   return (unit >= 0x20 || !IsAscii(unit)) && unit != '<';
 }
 
-#ifdef JSON_HAS_SSE2
 inline __m128i LoadVector(const void* from) {
   return _mm_loadu_si128(static_cast<const __m128i*>(from));
 }
@@ -49,11 +45,11 @@ inline void StoreVector(void* to, __m128i vector) {
   _mm_storeu_si128(static_cast<__m128i*>(to), vector);
 }
 
-// A bit for each of 16 bytes at which a copy of ASCII stops.
+// One bit for each of 16 bytes, set where a copy of ASCII stops.
 template <Stop kStop>
 inline unsigned StopBits(__m128i bytes) {
   const auto equal = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-  __m128i stops = bytes;  // what is not ASCII has the bit that counts
+  __m128i stops = bytes;  // the top bit of each byte counts, and bytes beyond ASCII have it set
   if constexpr (kStop != Stop::kLimits)
     stops = _mm_or_si128(stops, _mm_or_si128(equal('"'), equal('\\')));
   if constexpr (kStop == Stop::kEscapes) {
@@ -63,20 +59,20 @@ inline unsigned StopBits(__m128i bytes) {
   return static_cast<unsigned>(_mm_movemask_epi8(stops));
 }
 
-// Two bits for each of 8 units at which a copy of text without surrogates stops. All above them
-// counts as such: it is rare.
+// Two bits for each of 8 units, set where a copy of text without surrogates stops. Units above the
+// surrogates are rare and stop it, too: that saves a comparison.
 template <Stop kStop>
 inline unsigned WideStopBits(__m128i units) {
   const auto equal = [](__m128i a, short b) { return _mm_cmpeq_epi16(a, _mm_set1_epi16(b)); };
-  const auto at_most = [&equal, &units](unsigned short limit) {
+  const auto atMost = [&equal, &units](unsigned short limit) {
     return equal(_mm_subs_epu16(units, _mm_set1_epi16(static_cast<short>(limit))), 0);
   };
-  unsigned stops = ~_mm_movemask_epi8(at_most(0xD7FF)) & 0xFFFF;
+  unsigned stops = ~_mm_movemask_epi8(atMost(0xD7FF)) & 0xFFFF;
   if constexpr (kStop != Stop::kLimits) {
     __m128i more = _mm_or_si128(equal(units, '"'), equal(units, '\\'));
     if constexpr (kStop == Stop::kEscapes) {
       const __m128i even = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFFFE)));
-      more = _mm_or_si128(_mm_or_si128(more, at_most(0x1F)), equal(units, '<'));
+      more = _mm_or_si128(_mm_or_si128(more, atMost(0x1F)), equal(units, '<'));
       more = _mm_or_si128(more, equal(even, 0x2028));  // U+2028 and U+2029
     }
     stops |= static_cast<unsigned>(_mm_movemask_epi8(more));
@@ -84,17 +80,9 @@ inline unsigned WideStopBits(__m128i units) {
   return stops;
 }
 
-// A bit for each byte of the units that are zero.
-template <class Unit>
-inline unsigned ZeroBits(__m128i units) {
-  const __m128i zero = _mm_setzero_si128();
-  return static_cast<unsigned>(_mm_movemask_epi8(sizeof(Unit) == 1 ? _mm_cmpeq_epi8(units, zero)
-                                                                   : _mm_cmpeq_epi16(units, zero)));
-}
-
-// Units as bytes: one beyond ASCII becomes a byte that is no ASCII either.
+// Prepares 16-bit units for packing into bytes: units beyond ASCII become bytes beyond ASCII.
 inline __m128i Narrow(__m128i units) {
-  // A later saturation is signed: what is above 0x7FFF would become 0.
+  // The packing reads its input as signed and would turn units above 0x7FFF into 0.
   const __m128i beyond = _mm_srai_epi16(units, 15);
   return _mm_or_si128(_mm_andnot_si128(beyond, units), _mm_srli_epi16(beyond, 8));
 }
@@ -109,23 +97,16 @@ inline __m128i LoadHalfAsBytes(const Utf16Unit* from) {
 inline __m128i LoadHalfAsUnits(const char* from) {
   return _mm_unpacklo_epi8(LoadHalf(from), _mm_setzero_si128());
 }
-inline __m128i LoadQuarterAsUnits(const char* from) {
-  std::int32_t bytes;
-  std::memcpy(&bytes, from, sizeof(bytes));
-  return _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), _mm_setzero_si128());
-}
 inline __m128i LoadHalfAsUnits(const Utf16Unit* from) { return LoadVector(from); }
 inline void StoreBytes(char* to, __m128i bytes) { StoreVector(to, bytes); }
 inline void StoreBytes(Utf16Unit* to, __m128i bytes) {
   StoreVector(to, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
   StoreVector(to + 8, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
 }
-#endif
 
-// Copies ASCII between any two of the encodings. Gives where it stopped.
+// Copies ASCII between any two of the encodings and advances `to`. Returns where it stopped.
 template <Stop kStop, class From, class To>
 inline const From* CopyAscii(const From* from, const From* end, To*& to) {
-#ifdef JSON_HAS_SSE2
   const auto copy = [&](__m128i bytes, unsigned stops, int count) {
     StoreBytes(to, bytes);
     const int copied = stops != 0 ? std::countr_zero(stops) : count;
@@ -141,91 +122,14 @@ inline const From* CopyAscii(const From* from, const From* end, To*& to) {
     const __m128i bytes = LoadHalfAsBytes(from);
     if (!copy(bytes, StopBits<kStop>(bytes) & 0xFF, 8)) return from;
   }
-#endif
   while (from != end && IsAscii(*from) && IsPlain<kStop>(*from)) *to++ = static_cast<To>(*from++);
   return from;
 }
 
-// The same where kCopySlack bytes can be read behind the end: no step for the last few is needed.
-template <Stop kStop>
-inline const char* CopyPaddedAscii(const char* from, const char* end, Utf16Unit*& to) {
-#ifdef JSON_HAS_SSE2
-  while (from < end) {
-    const __m128i bytes = LoadVector(from);
-    const int left = static_cast<int>(std::min<std::ptrdiff_t>(end - from, 16));
-    const unsigned stops = StopBits<kStop>(bytes) | 1u << left;
-    const int copied = std::countr_zero(stops);
-    StoreBytes(to, bytes);
-    from += copied;
-    to += copied;
-    if (copied < left) break;
-  }
-  return from;
-#else
-  return CopyAscii<kStop>(from, end, to);
-#endif
-}
-
-// Copies all of an ASCII text, and writes not a unit more: the last step overlaps the one before.
-inline void CopyExactAscii(std::string_view text, Utf16Unit* to) {
-  const char* from = text.data();
-  const char* const end = from + text.size();
-#ifdef JSON_HAS_SSE2
-  if (text.size() >= 16) {
-    for (; end - from >= 16; from += 16, to += 16) StoreBytes(to, LoadVector(from));
-    if (from != end) StoreBytes(to - (16 - (end - from)), LoadVector(end - 16));
-    return;
-  }
-  if (text.size() >= 8) {
-    StoreVector(to, LoadHalfAsUnits(from));
-    StoreVector(to + (end - from - 8), LoadHalfAsUnits(end - 8));
-    return;
-  }
-  if (text.size() >= 4) {
-    StoreHalf(to, LoadQuarterAsUnits(from));
-    StoreHalf(to + (end - from - 4), LoadQuarterAsUnits(end - 4));
-    return;
-  }
-#endif
-  std::copy(from, end, to);
-}
-
-// The first zero of a text, or its end.
-template <class Unit>
-inline const Unit* FindZero(const Unit* from, const Unit* end) {
-#ifdef JSON_HAS_SSE2
-  constexpr std::ptrdiff_t kStep = 16 / sizeof(Unit);
-  for (; end - from >= kStep; from += kStep) {
-    const unsigned zeros = ZeroBits<Unit>(LoadVector(from));
-    if (zeros != 0) return from + std::countr_zero(zeros) / sizeof(Unit);
-  }
-#endif
-  return std::find(from, end, Unit{});
-}
-
-// The text up to a zero that is known to come. Whole blocks are read, at addresses where that does
-// not leave a page.
-inline Utf16View UpToZero(const Utf16Unit* text) {
-  const Utf16Unit* at = text;
-#ifdef JSON_HAS_SSE2
-  const auto misplaced = [&at] { return reinterpret_cast<std::uintptr_t>(at) % 16; };
-  if (misplaced() % sizeof(Utf16Unit) == 0) {
-    for (; misplaced() != 0; ++at) {
-      if (*at == 0) return {text, static_cast<std::size_t>(at - text)};
-    }
-    unsigned zeros = 0;
-    while (zeros = ZeroBits<Utf16Unit>(LoadVector(at)), zeros == 0) at += 8;
-    return {text, static_cast<std::size_t>(at - text) + std::countr_zero(zeros) / 2};
-  }
-#endif
-  while (*at != 0) ++at;
-  return {text, static_cast<std::size_t>(at - text)};
-}
-
-// Copies text up to a surrogate or what comes behind them.
+// Copies UTF-16 up to the first surrogate or unit above them, and advances `to`. Returns where it
+// stopped.
 template <Stop kStop>
 inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Utf16Unit*& to) {
-#ifdef JSON_HAS_SSE2
   while (end - from >= 8) {
     const __m128i units = LoadVector(from);
     const unsigned stops = WideStopBits<kStop>(units);
@@ -235,7 +139,7 @@ inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Ut
     to += copied;
     if (stops != 0) return from;
   }
-  // Four to seven are left: two halves that overlap.
+  // Four to seven units are left: copy them as two overlapping halves.
   if (const auto left = end - from; left >= 4) {
     const __m128i first = LoadHalf(from), last = LoadHalf(end - 4);
     if (WideStopBits<kStop>(_mm_unpacklo_epi64(first, last)) == 0) {
@@ -245,7 +149,6 @@ inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Ut
       return end;
     }
   }
-#endif
   for (; from != end && *from < 0xD800 && IsPlain<kStop>(*from); *to++ = *from++) {
     if (kStop == Stop::kEscapes && (*from == 0x2028 || *from == 0x2029)) break;
   }

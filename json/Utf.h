@@ -21,17 +21,18 @@ inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; 
 
 struct CodePoint {
   char32_t code;
-  std::size_t length;  // of the ill-formed part if not valid
+  std::size_t length;  // in units; of the ill-formed part if not valid
   bool valid;
 };
 
-// [text, end) is not empty. An ill-formed part is as long as a valid sequence could start with it.
+// [text, end) must not be empty. An ill-formed part ends before the first byte that no valid
+// sequence could have there.
 inline CodePoint Decode(const char* text, const char* end) {
   const auto lead = static_cast<unsigned char>(*text);
   if (lead < 0x80) return {lead, 1, true};
   if (lead < 0xC2 || lead > 0xF4) return {kReplacement, 1, false};
   const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-  // The second byte rules out overlong forms, surrogates and what lies above U+10FFFF.
+  // Limits of the second byte exclude overlong forms, surrogates and values above U+10FFFF.
   unsigned low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
   unsigned high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
   char32_t code = lead & (0x7Fu >> length);
@@ -44,7 +45,7 @@ inline CodePoint Decode(const char* text, const char* end) {
   return {code, length, true};
 }
 
-// UTF-16 knows no ill-formed text: an unpaired surrogate stands for U+FFFD.
+// Every UTF-16 text is valid here: an unpaired surrogate decodes as U+FFFD.
 inline CodePoint Decode(const Utf16Unit* text, const Utf16Unit* end) {
   const char32_t unit = *text;
   if (!IsSurrogate(*text)) return {unit, 1, true};

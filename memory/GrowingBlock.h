@@ -1,27 +1,30 @@
-// Memory that grows at its end; small contents stand within the object, without an allocation.
-// Used in every process that loads the module.
+// A block of memory that grows at its end. Small contents stand inside the object and need no
+// allocation. Used in every process that loads the module.
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
 #include <type_traits>
 #include <utility>
 
-#include "json/SpareBlock.h"
-
 namespace base {
 
-// kSlack units can be read and written behind all that there is room for.
+// kSlack units after the capacity can be read and written, too: copies that move 16 bytes at a time
+// may go that far.
+//
+// A writer reserves room, writes through the returned pointer, and calls Finish with the new end.
+// The writes themselves check nothing. Debug builds assert that every end lies within the capacity.
 template <class Unit, std::size_t kSmallCapacity, std::size_t kSlack>
 class GrowingBlock {
   static_assert(std::is_trivially_copyable_v<Unit>);
 
  public:
-  GrowingBlock() {}  // "= default" would let it be filled with zeros first
+  GrowingBlock() {}  // "= default" would let a value-initialised object be filled with zeros
   GrowingBlock(GrowingBlock&& other) noexcept : size_(other.size_) {  // leaves the other empty
-    if (other.begin_ == other.small_) {
+    if (other.IsSmall()) {
       std::copy_n(other.small_, size_, small_);
     } else {
       begin_ = std::exchange(other.begin_, other.small_);
@@ -32,65 +35,74 @@ class GrowingBlock {
   GrowingBlock(const GrowingBlock&) = delete;
   GrowingBlock& operator=(const GrowingBlock&) = delete;
   ~GrowingBlock() {
-    if (begin_ != small_) FreeBlock(Allocated());  // a call saved for most
+    if (!IsSmall()) std::free(begin_);
   }
 
   std::size_t size() const { return size_; }
   Unit* begin() const { return begin_; }
   Unit* end() const { return begin_ + size_; }
 
-  // Content is put where there is room, by pointer, and belongs to the block from Finish on. Room
-  // gives the end with room for so many units behind it, RoomBehind the same for an end that is not
-  // finished yet: both may move the block. When they throw std::bad_alloc, it is as it was.
-  Unit* Room(std::size_t units) { return RoomBehind(end(), units); }
-  Unit* RoomBehind(Unit* end, std::size_t units) {
-    return RoomLeft(end) >= units ? end : Grow(end, units, FastCapacity(end));
+  // Both make room for `units` after an end, and return that end, which may have moved. Reserve is
+  // for the finished content, ReserveAfter for content that is not finished yet. If they throw
+  // std::bad_alloc, the block is unchanged.
+  Unit* Reserve(std::size_t units) { return ReserveAfter(end(), units); }
+  Unit* ReserveAfter(Unit* end, std::size_t units) {
+    return RoomAfter(end) >= units ? end : Grow(end, units, FastCapacity(end));
   }
-  std::size_t RoomLeft(const Unit* end) const { return begin_ + capacity_ - end; }
-  // As RoomBehind, for who knows how much will come.
-  Unit* ExpectBehind(Unit* end, std::size_t units) {
-    return RoomLeft(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
+  // The same for a caller who knows how much will follow: grows hardly beyond `units`.
+  Unit* ReserveEstimateAfter(Unit* end, std::size_t units) {
+    return RoomAfter(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
   }
-  void Finish(const Unit* end) { size_ = end - begin_; }
 
-  // Gives back what a large block has too much.
+  // Whether content may end there.
+  bool Holds(const Unit* end) const { return begin_ <= end && end <= begin_ + capacity_; }
+  std::size_t RoomAfter(const Unit* end) const {
+    assert(Holds(end));
+    return begin_ + capacity_ - end;
+  }
+
+  // The content ends there now.
+  void Finish(const Unit* end) {
+    assert(Holds(end));
+    size_ = end - begin_;
+  }
+
+  // Returns unused memory to the heap if there is enough of it.
   void Trim() {
-    const std::size_t surplus = (capacity_ - size_) * sizeof(Unit);
-    if (begin_ == small_ || surplus < std::max(kWorthIt, size_ * sizeof(Unit) / kShare)) return;
-    void* const trimmed = std::realloc(begin_, BytesOf(size_));
-    if (trimmed != nullptr) Use({trimmed, BytesOf(size_)});
+    const std::size_t unused = (capacity_ - size_) * sizeof(Unit);
+    if (IsSmall() || unused < std::max(kLeastTrim, size_ * sizeof(Unit) / kTrimShare)) return;
+    if (void* const trimmed = std::realloc(begin_, BytesOf(size_))) Use(trimmed, size_);
   }
 
  private:
-  // What too much is worth to be given back: less would cost more than it frees, and leave no block
-  // that fits the next message of the kind.
-  static constexpr std::size_t kWorthIt = 4096;
-  static constexpr std::size_t kShare = 8;
+  // Shrink only if at least 4 KiB, and at least 1/8 of the content, are unused: below that, the
+  // call costs more than it frees.
+  static constexpr std::size_t kLeastTrim = 4096;
+  static constexpr std::size_t kTrimShare = 8;
 
-  // Copies cost time, room that is never written no more than its promise: small blocks grow fast.
-  // The first content may be the only one, and gets what it asks for.
+  // Unused capacity is nearly free, copying is not: small blocks grow by 8x, large ones by 2x. The
+  // first content may be the only one, so its block has exactly the requested size.
   std::size_t FastCapacity(const Unit* end) const {
     constexpr std::size_t kLarge = 0x80000 / sizeof(Unit);
     return end == begin_ ? 0 : capacity_ * (capacity_ < kLarge ? 8 : 2);
   }
-  Unit* Grow(const Unit* end, std::size_t units, std::size_t least_capacity) {
+
+  Unit* Grow(const Unit* end, std::size_t units, std::size_t leastCapacity) {
     const std::size_t used = end - begin_;
-    const bool isSmall = begin_ == small_;
-    const MemoryBlock grown = GrowBlock(Allocated(), isSmall ? 0 : used * sizeof(Unit),
-                                        BytesOf(std::max(least_capacity, used + units)));
-    if (grown.at == nullptr) throw std::bad_alloc();
-    Use(grown);
-    if (isSmall) std::copy_n(small_, used, begin_);
+    const std::size_t capacity = std::max(leastCapacity, used + units);
+    const bool wasSmall = IsSmall();
+    void* const grown = std::realloc(wasSmall ? nullptr : begin_, BytesOf(capacity));
+    if (grown == nullptr) throw std::bad_alloc();
+    Use(grown, capacity);
+    if (wasSmall) std::copy_n(small_, used, begin_);
     return begin_ + used;
   }
 
   static std::size_t BytesOf(std::size_t capacity) { return (capacity + kSlack) * sizeof(Unit); }
-  MemoryBlock Allocated() const {
-    return begin_ == small_ ? MemoryBlock{} : MemoryBlock{begin_, BytesOf(capacity_)};
-  }
-  void Use(MemoryBlock block) {
-    begin_ = static_cast<Unit*>(block.at);
-    capacity_ = block.bytes / sizeof(Unit) - kSlack;
+  bool IsSmall() const { return begin_ == small_; }
+  void Use(void* block, std::size_t capacity) {
+    begin_ = static_cast<Unit*>(block);
+    capacity_ = capacity;
   }
 
   Unit* begin_ = small_;

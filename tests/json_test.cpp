@@ -5,20 +5,16 @@
 #include <climits>
 #include <cmath>
 #include <codecvt>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <locale>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
 #include "json/ListText.h"
-#include "json/SpareBlock.h"
 
 namespace {
 
@@ -87,6 +83,20 @@ TEST(JsonReader, AcceptsAndRefuses) {
       ASSERT_EQ(Rewritten(padded, 1), Rewritten(padded, padded.size())) << name << ' ' << blanks;
     }
     for (std::size_t size = 0; size < text.size(); ++size) Rewritten(text.substr(0, size));
+  }
+}
+
+// No text needs more room for its length. Its steps and its block end at each place of an element.
+TEST(JsonReader, HasRoomForTheDensestTextAtEveryEndOfAStepAndOfABlock) {
+  std::string text = "[\"\"";
+  for (std::size_t count = 1; count < 700; ++count, text += ",\"\"") {
+    for (const char* last : {"]", ",0]", ",null]"}) {
+      for (const std::size_t step : {std::size_t{1}, count, base::kReadStep}) {
+        const std::string whole = text + last;
+        EXPECT_EQ(Rewritten(whole, step), whole) << count << ' ' << step;
+        EXPECT_EQ(Rewritten(convert.from_bytes(whole), step), whole) << count << ' ' << step;
+      }
+    }
   }
 }
 
@@ -236,47 +246,7 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   EXPECT_EQ(start, list.ByteSize());
 }
 
-TEST(SpareBlock, IsHandedOutOnceForWhatItFits) {
-  using base::GrowBlock, base::FreeBlock;
-  // So that the spare is none of another test's.
-  FreeBlock(GrowBlock({}, 0, base::kLeastSpareBytes));
-  const base::MemoryBlock spare = GrowBlock({}, 0, 200000);
-  FreeBlock(spare);
-  for (const std::size_t unfit : {200001, 100000}) {
-    const base::MemoryBlock other = GrowBlock({}, 0, unfit);
-    EXPECT_NE(other.at, spare.at);
-    EXPECT_EQ(other.bytes, unfit);
-    std::free(other.at);
-  }
-  base::MemoryBlock small = GrowBlock({}, 0, 3);
-  std::memcpy(small.at, "abc", 3);
-  const base::MemoryBlock grown = GrowBlock(small, 3, 100001);
-  EXPECT_EQ(grown.at, spare.at);
-  EXPECT_EQ(grown.bytes, 200000u);
-  EXPECT_EQ(std::string(static_cast<char*>(grown.at), 3), "abc");
-  const base::MemoryBlock second = GrowBlock({}, 0, 200000);
-  EXPECT_NE(second.at, spare.at);
-  FreeBlock(second);
-  FreeBlock(grown);
-}
-
-TEST(SpareBlock, IsNeverSharedByThreads) {
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.emplace_back([thread] {
-      for (int i = 0; i < 2000; ++i) {
-        const base::MemoryBlock block = base::GrowBlock({}, 0, 70000);
-        auto* const bytes = static_cast<char*>(block.at);
-        std::memset(bytes, thread, 70000);
-        ASSERT_EQ(std::count(bytes, bytes + 70000, static_cast<char>(thread)), 70000);
-        base::FreeBlock(block);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
-
-TEST(TextCopy, FindsTheZeroAtEveryPlaceOfABlock) {
+TEST(ZeroSearch, FindsTheZeroAtEveryPlaceOfABlock) {
   for (std::size_t start = 0; start < 8; ++start) {
     for (std::size_t length = 0; length < 40; ++length) {
       alignas(16) base::Utf16Unit text[64] = {};

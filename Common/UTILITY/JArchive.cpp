@@ -1,13 +1,12 @@
 #include "internal/jarchive.h"
 
 #include <climits>
-#include <new>
 #include <utility>
 
 #include "json/Check.h"
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
-#include "json/SpareBlock.h"
+#include "memory/ZeroSearch.h"
 
 using Tessel::ArchiveException;
 
@@ -21,39 +20,6 @@ const struct CheckReporter {
   }
 } checkReporter;
 
-// The memory of the content that went last is the next one's: most messages need no other, and
-// under Wine a heap takes as long for it as a short message takes to be read. Only for one object
-// at a time.
-template <class T>
-class ContentAllocator {
- public:
-  using value_type = T;
-  ContentAllocator() = default;
-  template <class Other>
-  explicit ContentAllocator(const ContentAllocator<Other>&) {}
-
-  T* allocate(std::size_t count) {
-    base::MemoryBlock block = spare_.Exchange({});
-    if (block.at == nullptr) block = base::GrowBlock({}, 0, count * sizeof(T));
-    if (block.at == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(block.at);
-  }
-  void deallocate(T* at, std::size_t count) {
-    const base::MemoryBlock surplus = spare_.Exchange({at, count * sizeof(T)});
-    if (surplus.at != nullptr) base::FreeBlock(surplus);
-  }
-  bool operator==(const ContentAllocator&) const { return true; }
-
- private:
-  static inline constinit base::SpareSlot spare_;
-};
-
-template <class Content, class... Arguments>
-std::shared_ptr<Content> MakeContent(Arguments&&... arguments) {
-  return std::allocate_shared<Content>(ContentAllocator<Content>(),
-                                       std::forward<Arguments>(arguments)...);
-}
-
 base::StringView StringOf(base::ValueView element) {
   const std::optional<base::StringView> text = element.GetIfString();
   if (!text) throw ArchiveException("string expected");
@@ -62,8 +28,8 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-// Without the type, all of the content would be filled with zeros first.
-JArchive::JArchive() : content_(MakeContent<Content>(std::in_place_type<base::ListText>)) {}
+// Names the type, because the default constructor would first fill the content with zeros.
+JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {
   std::wstring text;
@@ -86,7 +52,7 @@ void JArchive::fromString(std::wstring_view text) {
   if (content_.use_count() == 1) {
     content_->emplace<base::ListValue>(std::move(values));
   } else {
-    content_ = MakeContent<Content>(std::move(values));
+    content_ = std::make_shared<Content>(std::move(values));
   }
   cursor_ = 0;
 }
@@ -125,7 +91,7 @@ JArchive& JArchive::operator>>(std::int32_t& value) {
   const std::optional<std::int32_t> element = current.GetIfInt();
   if (!element) throw ArchiveException("number expected");
   value = *element;
-  return MoveBehind(current);
+  return MoveAfter(current);
 }
 
 JArchive& JArchive::operator>>(bool& value) {
@@ -133,14 +99,14 @@ JArchive& JArchive::operator>>(bool& value) {
   const std::optional<bool> element = current.GetIfBool();
   if (!element) throw ArchiveException("boolean expected");
   value = *element;
-  return MoveBehind(current);
+  return MoveAfter(current);
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
   const base::ValueView current = Current();  // at the end of the archive the target stays as it is
   utf8.clear();
   utf8 = base::ToUtf8(StringOf(current));
-  return MoveBehind(current);
+  return MoveAfter(current);
 }
 
 JArchive& JArchive::operator>>(CComBSTR& text) {
@@ -153,7 +119,7 @@ JArchive& JArchive::operator>>(CComBSTR& text) {
   if (read == nullptr) ATL::AtlThrow(E_OUTOFMEMORY);
   base::CopyAsUtf16(utf16, read);
   text.Attach(read);
-  return MoveBehind(current);
+  return MoveAfter(current);
 }
 
 base::ListValue& JArchive::Values() const {
@@ -171,7 +137,7 @@ base::ValueView JArchive::Current() const {
   return values.At(cursor_);
 }
 
-JArchive& JArchive::MoveBehind(base::ValueView element) {
+JArchive& JArchive::MoveAfter(base::ValueView element) {
   cursor_ += element.ByteSize();
   return *this;
 }

@@ -29,19 +29,22 @@ class ArchiveException {
 
 }  // namespace Tessel
 
-// Copies share the list of values, each with a cursor of its own. For one thread at a time.
+// Copies share the list of values; each has its own cursor. For one thread at a time.
 class JArchive {
  public:
   JArchive();
+  // A moved-from archive must stay usable, so there is no move: it copies.
+  JArchive(const JArchive&) = default;
+  JArchive& operator=(const JArchive&) = default;
 
   // The text of the array, compact. Throws ArchiveException.
   std::wstring toString() const;
-  // The same without a copy, where it is text already; else it is written to `buffer`. Good while
-  // both stay as they are.
+  // The same without a copy if the content is text already. Otherwise the text is written to
+  // `buffer`. Valid until the archive or the buffer changes.
   std::wstring_view toString(std::wstring& buffer) const;
 
-  // Takes the content from a text and sets the cursor to the start. Throws ArchiveException and is
-  // then left as it was.
+  // Replaces the content by that of a text and sets the cursor to the start. If it throws
+  // ArchiveException, the archive is unchanged.
   void fromString(std::wstring_view text);
 
   JArchive& operator<<(std::int32_t value);
@@ -77,13 +80,13 @@ class JArchive {
   }
 
  private:
-  // A request is written and never read: it stands as text. Values it becomes when it is read, and
-  // for a string that would change as text.
+  // A request is written and never read, so it starts as text. It is converted to values on the
+  // first read, or when a string cannot be stored exactly as text.
   using Content = std::variant<base::ListText, base::ListValue>;
 
   base::ListValue& Values() const;
   base::ValueView Current() const;
-  JArchive& MoveBehind(base::ValueView element);
+  JArchive& MoveAfter(base::ValueView element);
 
   std::shared_ptr<Content> content_;
   std::size_t cursor_ = 0;  // in bytes of the values

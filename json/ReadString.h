@@ -1,0 +1,113 @@
+// The grammar of JSON strings. Used in every process that loads the module.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "json/PackedOutput.h"
+#include "json/TextCopy.h"
+#include "json/TextInput.h"
+
+namespace base {
+
+constexpr char32_t kMaxCodePoint = 0x10FFFF;
+constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
+
+// The value of a hexadecimal digit, or -1.
+inline int HexDigit(char32_t c) {
+  if (IsDigit(c)) return static_cast<int>(c - '0');
+  const char32_t lower = c | 0x20;
+  return lower >= 'a' && lower <= 'f' ? static_cast<int>(lower - 'a' + 10) : -1;
+}
+
+// The value of `digits` hexadecimal digits, or -1.
+template <class Unit>
+int ReadHex(TextInput<Unit>& in, int digits) {
+  int value = 0;
+  for (; digits > 0; --digits, ++in.at) {
+    const int digit = HexDigit(in.Peek());
+    if (digit < 0) return -1;
+    value = value * 16 + digit;
+  }
+  return value;
+}
+
+// The code point of "\xHH" or "\uHHHH", from its first digit on. A high surrogate must be followed
+// by the escape of a low one. kNoCodePoint if the escape is wrong.
+template <class Unit>
+char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
+  const int code = ReadHex(in, digits);
+  if (code < 0 || (code >= 0xDC00 && code <= 0xDFFF)) return kNoCodePoint;
+  if (code < 0xD800 || code > 0xDFFF) return code;
+  if (!in.AcceptWord("\\u")) return kNoCodePoint;
+  const int low = ReadHex(in, 4);
+  if (low < 0xDC00 || low > 0xDFFF) return kNoCodePoint;
+  return 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+}
+
+// The code point of an escape, from the unit after the backslash on. kNoCodePoint if it is wrong.
+template <class Unit>
+char32_t ReadEscape(TextInput<Unit>& in) {
+  static constexpr std::string_view kLetters = "\"\\/bfnrtv";
+  static constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t\v";
+  if (in.Accept('u')) return ReadHexEscape(in, 4);
+  if (in.Accept('x')) return ReadHexEscape(in, 2);
+  if (in.Left() == 0 || !IsAscii(*in.at)) return kNoCodePoint;
+  const std::size_t index = kLetters.find(static_cast<char>(*in.at));
+  if (index == std::string_view::npos) return kNoCodePoint;
+  ++in.at;
+  return kMeanings[index];
+}
+
+// Copies up to the next quote or backslash. False if the text ends first, is ill-formed, or cannot
+// be kept in units of type To.
+template <class Unit, class To>
+bool ReadPlainText(TextInput<Unit>& in, To*& to) {
+  for (;;) {
+    if constexpr (sizeof(Unit) == sizeof(To) && sizeof(To) > 1) {
+      in.at = CopyWide<Stop::kStringEnds>(in.at, in.end, to);
+    } else {
+      in.at = CopyAscii<Stop::kStringEnds>(in.at, in.end, to);
+    }
+    if (in.Left() == 0) return false;
+    if (*in.at == '"' || *in.at == '\\') return true;
+    const CodePoint next = Decode(in.at, in.end);
+    if (!next.valid || sizeof(To) == 1) return false;
+    in.at += next.length;
+    to = Encode(next.code, to);
+  }
+}
+
+// Copies a string from after its opening quote on, as ASCII (To is char) or in UTF-16. Returns the
+// end of the copy, or null for a string that is wrong or cannot be kept in units of type To.
+template <class Unit, class To>
+To* ReadStringText(TextInput<Unit>& in, To* to) {
+  constexpr char32_t kLimit = sizeof(To) == 1 ? 0x7F : kMaxCodePoint;
+  while (ReadPlainText(in, to)) {
+    if (in.Accept('"')) return to;
+    ++in.at;
+    const char32_t code = ReadEscape(in);
+    if (code > kLimit) return nullptr;
+    to = Encode(code, to);
+  }
+  return nullptr;
+}
+
+// string = '"' { unit | escape } '"'
+template <class Unit>
+bool ReadString(TextInput<Unit>& in, PackedOutput& out) {
+  if (!in.Accept('"')) return false;
+  const Unit* const text = in.at;
+  if (const char* const end = ReadStringText(in, out.StringText())) {
+    out.PutString(ValueType::kString, end);
+    return true;
+  }
+  in.at = text;  // most likely because the string is not ASCII: all of it is kept in UTF-16 then
+  auto* const units = reinterpret_cast<Utf16Unit*>(out.StringText());
+  const Utf16Unit* const end = ReadStringText(in, units);
+  if (end == nullptr) return false;
+  out.PutString(ValueType::kWideString, reinterpret_cast<const char*>(end));
+  return true;
+}
+
+}  // namespace base
