@@ -11,18 +11,22 @@ namespace {
 // Single-threaded programs: no lock.
 HeapUse use;
 
-// Both heaps put a word before each block and give out multiples of 16 bytes.
-std::size_t FootprintOf(void* block) {
+std::size_t UsableSize(void* block) {
 #ifdef _WIN32
-  const std::size_t size = ::_msize(block);
+  return ::_msize(block);
 #else
-  const std::size_t size = ::malloc_usable_size(block);
+  return ::malloc_usable_size(block);
 #endif
-  return (size + sizeof(std::size_t) + 15) / 16 * 16;
 }
 
-void* Added(void* block) {
+// Both heaps put a word before each block and round sizes up to a multiple of 16 bytes.
+std::size_t FootprintOf(void* block) {
+  return (UsableSize(block) + sizeof(std::size_t) + 15) / 16 * 16;
+}
+
+void* Added(void* block, std::size_t asked) {
   if (block == nullptr) return nullptr;
+  use.asked += asked;
   use.bytes += FootprintOf(block);
   use.peak = std::max(use.peak, use.bytes);
   ++use.blocks;
@@ -50,13 +54,14 @@ void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
 void __real_free(void* block);
 
-void* __wrap_malloc(std::size_t size) { return bench::Added(__real_malloc(size)); }
+void* __wrap_malloc(std::size_t size) { return bench::Added(__real_malloc(size), size); }
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return bench::Added(__real_calloc(count, size));
+  return bench::Added(__real_calloc(count, size), count * size);
 }
 void* __wrap_realloc(void* block, std::size_t size) {
+  const bool grows = block == nullptr || size > bench::UsableSize(block);
   bench::Remove(block);
-  return bench::Added(__real_realloc(block, size));
+  return bench::Added(__real_realloc(block, size), grows ? size : 0);
 }
 void __wrap_free(void* block) {
   bench::Remove(block);
