@@ -6,8 +6,8 @@
 
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"
-#include "json/TextCopy.h"
 #include "logging/Log.h"
+#include "memory/ZeroSearch.h"
 
 namespace {
 
