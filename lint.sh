@@ -27,7 +27,7 @@ require_packages clang-tidy
 configure mingw
 cd "$ROOT"
 names=$(IFS='|' && echo "$*")
-mapfile -t sources < <(find json logging Common tools -name '*.cpp' | grep -E -e "$names" | sort)
+mapfile -t sources < <(find json logging wire Common tools -name '*.cpp' | grep -E -e "$names" | sort)
 [ ${#sources[@]} -gt 0 ] || die "no source matches $*"
 
 # Clang does not find the headers of GCC's variant with POSIX threads by itself.

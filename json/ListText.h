@@ -2,6 +2,8 @@
 // Used in every process that loads the module.
 #pragma once
 
+#include <cassert>
+
 #include "json/JsonText.h"
 
 namespace base {
@@ -13,6 +15,7 @@ class ListText {
   // Compact text, valid until the next append. The closing bracket is not part of the content, so
   // an append that fails has nothing to undo.
   Utf16View View() const {
+    assert(text_.RoomAfter(text_.end()) > 0);
     *text_.end() = ']';
     return {text_.begin(), text_.size() + 1};
   }
