@@ -60,7 +60,7 @@ PutText PutAnyString(TextBlock& block, Utf16Unit* end, std::basic_string_view<Un
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), kPiece);
     if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // keep pairs together
-    put.end = block.ReserveAfter(put.end, size * kMaxEscape + kCopySlack);
+    put.end = block.ReserveAfter(put.end, size * kMaxEscape);
     const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
     put = {piece.end, put.exact && piece.exact};
     text.remove_prefix(size);

@@ -13,7 +13,7 @@
 namespace base {
 
 // Growing text. Most requests fit the object itself.
-using TextBlock = GrowingBlock<Utf16Unit, 120, 0>;
+using TextBlock = GrowingBlock<Utf16Unit, 120>;
 
 // Both write text to a place that has room for it, and return its end.
 inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {

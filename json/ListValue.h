@@ -37,7 +37,6 @@ namespace packed {
 constexpr std::size_t kTypeSize = sizeof(ValueType);
 constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);  // type and length in bytes
 constexpr std::size_t kMaxFixedSize = kTypeSize + sizeof(double);
-constexpr std::size_t kSlack = kCopySlack * sizeof(Utf16Unit);  // for copies into the last string
 
 using Flag = std::uint16_t;
 
@@ -183,7 +182,7 @@ class ListValue {
   }
 
   // Most answers fit the object itself.
-  GrowingBlock<char, 184, packed::kSlack> block_;
+  GrowingBlock<char, 216> block_;
 };
 
 }  // namespace base

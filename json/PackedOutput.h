@@ -10,20 +10,21 @@
 namespace base {
 
 // An empty string and its comma, "", are the text that needs the most room for its length: three
-// units become one head of a string.
+// units become the head of a string.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// One head more because the last element has no comma, and one because the division rounds down.
+// The last string has no comma, or the text ends within it.
 constexpr std::size_t kExtraBytes = 2 * packed::kTextHead;
 
-// The most bytes that a text of this length can become.
+// The most bytes that are written for a text of this length.
 constexpr std::size_t MostPacked(std::size_t units) {
   return units / kDensestUnits * kDensestBytes + kExtraBytes;
 }
 
-// The inverse: how long a text may be whose values always fit `room` bytes.
+// The inverse: how long a text may be whose values always fit `room` bytes. The extra bytes are
+// always there, because what was read before ended with a comma.
 constexpr std::size_t UnitsThatFit(std::size_t room) {
-  if (room < kExtraBytes) return 0;
+  assert(room >= kExtraBytes);
   return (room - kExtraBytes) / kDensestBytes * kDensestUnits + kDensestUnits - 1;
 }
 

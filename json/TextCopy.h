@@ -22,9 +22,6 @@ enum class Stop {
   kEscapes      // at a unit that a JSON string holds only as an escape
 };
 
-// A copy may write up to 16 units more than it copies.
-constexpr std::size_t kCopySlack = 16;
-
 template <Stop kStop, class Unit>
 inline bool IsPlain(Unit unit) {
   if (kStop != Stop::kLimits && (unit == '"' || unit == '\\')) return false;
@@ -98,17 +95,23 @@ inline __m128i LoadHalfAsUnits(const char* from) {
   return _mm_unpacklo_epi8(LoadHalf(from), _mm_setzero_si128());
 }
 inline __m128i LoadHalfAsUnits(const Utf16Unit* from) { return LoadVector(from); }
+inline void StoreHalfOfBytes(char* to, __m128i bytes) { StoreHalf(to, bytes); }
+inline void StoreHalfOfBytes(Utf16Unit* to, __m128i bytes) {
+  StoreVector(to, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+}
 inline void StoreBytes(char* to, __m128i bytes) { StoreVector(to, bytes); }
 inline void StoreBytes(Utf16Unit* to, __m128i bytes) {
-  StoreVector(to, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+  StoreHalfOfBytes(to, bytes);
   StoreVector(to + 8, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
 }
+
+// The copies below may write up to as many units as the text has, even if they stop before its end:
+// they store whole vectors.
 
 // Copies ASCII between any two of the encodings and advances `to`. Returns where it stopped.
 template <Stop kStop, class From, class To>
 inline const From* CopyAscii(const From* from, const From* end, To*& to) {
-  const auto copy = [&](__m128i bytes, unsigned stops, int count) {
-    StoreBytes(to, bytes);
+  const auto advance = [&](unsigned stops, int count) {
     const int copied = stops != 0 ? std::countr_zero(stops) : count;
     from += copied;
     to += copied;
@@ -116,11 +119,13 @@ inline const From* CopyAscii(const From* from, const From* end, To*& to) {
   };
   while (end - from >= 16) {
     const __m128i bytes = LoadAsBytes(from);
-    if (!copy(bytes, StopBits<kStop>(bytes), 16)) return from;
+    StoreBytes(to, bytes);
+    if (!advance(StopBits<kStop>(bytes), 16)) return from;
   }
   if (end - from >= 8) {
     const __m128i bytes = LoadHalfAsBytes(from);
-    if (!copy(bytes, StopBits<kStop>(bytes) & 0xFF, 8)) return from;
+    StoreHalfOfBytes(to, bytes);
+    if (!advance(StopBits<kStop>(bytes) & 0xFF, 8)) return from;
   }
   while (from != end && IsAscii(*from) && IsPlain<kStop>(*from)) *to++ = static_cast<To>(*from++);
   return from;

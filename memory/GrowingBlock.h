@@ -12,12 +12,9 @@
 
 namespace base {
 
-// kSlack units after the capacity can be read and written, too: copies that move 16 bytes at a time
-// may go that far.
-//
 // A writer reserves room, writes through the returned pointer, and calls Finish with the new end.
 // The writes themselves check nothing. Debug builds assert that every end lies within the capacity.
-template <class Unit, std::size_t kSmallCapacity, std::size_t kSlack>
+template <class Unit, std::size_t kSmallCapacity>
 class GrowingBlock {
   static_assert(std::is_trivially_copyable_v<Unit>);
 
@@ -98,7 +95,7 @@ class GrowingBlock {
     return begin_ + used;
   }
 
-  static std::size_t BytesOf(std::size_t capacity) { return (capacity + kSlack) * sizeof(Unit); }
+  static std::size_t BytesOf(std::size_t capacity) { return capacity * sizeof(Unit); }
   bool IsSmall() const { return begin_ == small_; }
   void Use(void* block, std::size_t capacity) {
     begin_ = static_cast<Unit*>(block);
@@ -108,7 +105,7 @@ class GrowingBlock {
   Unit* begin_ = small_;
   std::size_t size_ = 0;
   std::size_t capacity_ = kSmallCapacity;
-  alignas(std::max_align_t) Unit small_[kSmallCapacity + kSlack];
+  alignas(std::max_align_t) Unit small_[kSmallCapacity];
 };
 
 }  // namespace base

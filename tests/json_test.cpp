@@ -86,15 +86,18 @@ TEST(JsonReader, AcceptsAndRefuses) {
   }
 }
 
-// No text needs more room for its length. Its steps and its block end at each place of an element.
+// No text needs more room for its length. Steps and blocks end at each place of an element; the
+// last tails are refused where the text ends.
 TEST(JsonReader, HasRoomForTheDensestTextAtEveryEndOfAStepAndOfABlock) {
   std::string text = "[\"\"";
   for (std::size_t count = 1; count < 700; ++count, text += ",\"\"") {
-    for (const char* last : {"]", ",0]", ",null]"}) {
+    for (const std::string_view tail :
+         {"]", ",0]", ",null]", ",\"a", ",\"\xC3\xA9", ",\"1234567\u0001"}) {
+      const std::string whole = text + std::string(tail);
       for (const std::size_t step : {std::size_t{1}, count, base::kReadStep}) {
-        const std::string whole = text + last;
-        EXPECT_EQ(Rewritten(whole, step), whole) << count << ' ' << step;
-        EXPECT_EQ(Rewritten(convert.from_bytes(whole), step), whole) << count << ' ' << step;
+        const std::string expected = tail.ends_with(']') ? whole : "\"no value\"";
+        EXPECT_EQ(Rewritten(whole, step), expected) << count << ' ' << step;
+        EXPECT_EQ(Rewritten(convert.from_bytes(whole), step), expected) << count << ' ' << step;
       }
     }
   }
