@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "TesselSLB/BrokerAddress.h"
+#include "wire/Addresses.h"
 
 namespace bench {
 
@@ -19,7 +19,7 @@ std::wstring ProgramBeside(const wchar_t* name) {
 
 ResidentServer::ResidentServer(const wchar_t* host, unsigned instances, unsigned pause)
     : address_(L"http://" + (host + std::to_wstring(::GetCurrentProcessId())) + L"/page"),
-      pipeName_(GetBrokerPipeName(SL_TAILORED_URI, address_)) {
+      pipeName_(wire::PipeName(SL_TAILORED_URI, address_)) {
   std::wstring commandLine = L"\"" + ProgramBeside(L"bench_server.exe") + L"\" " +
                              std::to_wstring(::GetCurrentProcessId()) + L" " + pipeName_ + L" " +
                              std::to_wstring(instances) + L" " + std::to_wstring(pause);

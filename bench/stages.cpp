@@ -6,10 +6,12 @@
 #include "BareCall.h"
 #include "Harness.h"
 #include "ResidentServer.h"
-#include "TesselSLB/BrokerAddress.h"
-#include "TesselSLB/BrokerStartup.h"
+#include "TesselCodes.h"
+#include "TesselSLB/BrokerPipe.h"
 #include "UTILITY/JbPipe.h"
 #include "internal/jarchive.h"
+#include "wire/Commands.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
@@ -37,16 +39,17 @@ class Steps {
 
 void OwnCall(const ResidentServer& server, const wchar_t* object, Samples& samples) {
   Steps steps(samples);
-  if (!BrokerPipeExists(SL_TAILORED_URI, server.Address(), 0 /*wait*/)) Fail("no pipe");
+  const std::wstring pipeName = GetBrokerPipeName(SL_TAILORED_URI, server.Address());
+  if (!BrokerPipeExists(pipeName, 0 /*wait*/)) Fail("no pipe");
   steps.Mark();
   auto pipe = std::make_unique<CJbPipe>();
-  pipe->SetTimeout(18000);
-  pipe->SetPipeName(GetBrokerPipeName(SL_TAILORED_URI, server.Address()));
+  pipe->SetTimeout(wire::kPipeTimeoutMilliseconds);
+  pipe->SetPipeName(pipeName);
   pipe->SetAppendProcessId(false);
   if (!pipe->ConnectToServerPipe(0 /*process id*/)) Fail("no connection");
   steps.Mark();
   JArchive request;
-  request << 10 << 77 << object << L"name";
+  request << static_cast<int>(wire::Command::kAttribute) << 77 << object << L"name";
   std::wstring buffer;
   const std::wstring_view requestText = request.toString(buffer);
   steps.Mark();

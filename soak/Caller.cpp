@@ -5,14 +5,16 @@
 #include <stdexcept>
 #include <utility>
 
+#include "wire/Statuses.h"
+
 namespace soak {
 
 namespace {
 
 using namespace TesselSilverlight;
 
-constexpr int kUnknownId = 101;
-constexpr int kNotSupported = 102;
+constexpr int kUnknownId = wire::kUnknownElement;
+constexpr int kNotSupported = wire::kNotSupported;
 
 constexpr Operation kElemFromPoint = {"GetElemFromPoint", "s"};
 constexpr Operation kFocusedElement = {"GetFocusedElement", "s", true /*searches*/};

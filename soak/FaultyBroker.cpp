@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "Nonsense.h"
+#include "wire/Timeouts.h"
 
 namespace soak {
 
@@ -11,7 +12,7 @@ namespace {
 constexpr DWORD kNonsenseMilliseconds = 150;  // of each kind
 constexpr int kNonsenseKinds = 8;             // at a time
 // Longer than a call waits for a connection, or for an answer.
-constexpr DWORD kSilentMilliseconds = 20000;
+constexpr DWORD kSilentMilliseconds = wire::kPipeTimeoutMilliseconds + 2000;
 
 }  // namespace
 

@@ -12,10 +12,8 @@
 
 namespace {
 
-constexpr DWORD kTailored = 4;
-const std::wstring kHost = L"race" + std::to_wstring(::GetCurrentProcessId());
-const std::wstring kAddress = L"http://" + kHost;
-const std::wstring kPipe = kTailoredPipe + L"http___" + kHost;
+const std::wstring kAddress = L"http://race" + std::to_wstring(::GetCurrentProcessId());
+const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 
 using Clock = std::chrono::steady_clock;
 using Microseconds = std::chrono::microseconds;
@@ -84,7 +82,8 @@ class Host {
 // An old call that is still leaving may keep the pipe for a moment.
 void OpenChannel() {
   int code = 0;
-  for (int i = 0; i < 100 && (code = InitComm(kTailored, INFINITE, kAddress.c_str())) == -4; ++i) {
+  for (int i = 0; i < 100 && (code = InitComm(SL_TAILORED_URI, INFINITE, kAddress.c_str())) == -4;
+       ++i) {
     ::Sleep(1);
   }
   ASSERT_EQ(code, 0);

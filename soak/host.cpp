@@ -12,16 +12,14 @@
 
 #include "ProcessCounters.h"
 #include "TesselHost.h"
+#include "wire/Addresses.h"
 
 namespace {
 
-constexpr unsigned long kTailored = 4;
 constexpr int kWarmUpRounds = 100;
 constexpr ULONGLONG kRoundLimit = 20000;  // ms; a call that takes longer hangs
-const std::wstring kName = L"soak" + std::to_wstring(::GetCurrentProcessId());
-const std::wstring kAddress = L"http://" + kName;
-const std::wstring kPipe =
-    L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name.TAILOREDhttp___" + kName;
+const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
+const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 
 std::atomic<ULONGLONG> roundStart{0};
 std::atomic<long> codes[32];
@@ -133,7 +131,8 @@ void Watch() {
 bool RunRound(std::minstd_rand& random) {
   roundStart = ::GetTickCount64();
   int opened = 0;
-  for (int i = 0; i < 200 && (opened = InitComm(kTailored, INFINITE, kAddress.c_str())) != 0; ++i)
+  for (int i = 0; i < 200 && (opened = InitComm(SL_TAILORED_URI, INFINITE, kAddress.c_str())) != 0;
+       ++i)
     ::Sleep(1);
   if (opened != 0) return false;
   std::thread host(Serve);

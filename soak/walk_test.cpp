@@ -7,6 +7,7 @@
 
 #include "support/Elements.h"
 #include "support/Tools.h"
+#include "wire/Statuses.h"
 
 namespace {
 
@@ -74,7 +75,7 @@ class Walk {
         found.processId = element.processId;
         found.uriScheme = element.uriScheme;
         found.objectId = ::SysAllocString(L"never given");
-        EXPECT_EQ(SetFocus(found), 101);
+        EXPECT_EQ(SetFocus(found), wire::kUnknownElement);
         ++refusedReleases;
         break;
     }

@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "TesselSLB/BrokerAddress.h"
+#include "TesselSLB/BrokerPipe.h"
 #include "support/LogCapture.h"
+#include "wire/Addresses.h"
 
 namespace {
 
@@ -22,8 +23,8 @@ TEST(Address, GivesSchemeOriginAndCleanedName) {
        {L"HTTP://host/a", kNone, L"none", L""}};
   for (const auto& [address, scheme, origin, cleaned] : kCases) {
     SCOPED_TRACE(testing::PrintToString(address));
-    EXPECT_EQ(GetUriScheme(address), scheme);
-    EXPECT_EQ(GetUriOrigin(address).value_or(L"none"), origin);
+    EXPECT_EQ(wire::GetUriScheme(address), scheme);
+    EXPECT_EQ(wire::GetUriOrigin(address).value_or(L"none"), origin);
     EXPECT_EQ(GetBrokerPipeName(SL_TAILORED_URI, address), kBase + L".TAILORED" + cleaned);
   }
   const std::wstring longest = kBase + L".TAILOREDhttp_" + std::wstring(300, L'h');

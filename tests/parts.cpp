@@ -17,10 +17,14 @@
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
 #include "support/Text.h"
+#include "wire/Commands.h"
 
 namespace {
 
 using std::filesystem::path;
+
+const std::wstring kReleaseRequest =
+    L'[' + std::to_wstring(static_cast<int>(wire::Command::kRelease)) + L',';
 
 void Print(const std::string& line) {
   std::puts(line.c_str());
@@ -61,7 +65,8 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');
     const bool forEver = text.front() == L'*';
-    const bool toRelease = text.front() == L'~' && wcsncmp(request, L"[3,", 3) == 0;
+    const bool toRelease =
+        text.front() == L'~' && std::wstring_view(request).starts_with(kReleaseRequest);
     write(toRelease ? L"[0,true]" : text.c_str() + text.find_first_not_of(L"*~"));
     if (!forEver) ++answer;
   }

@@ -99,6 +99,14 @@ TEST(Search, StartsTheTailoredBrokerOrEnds) {
                           "ERROR Cannot start SLBroker process", kFailed + "-9"));
   const StandIn launcher(L"sllauncher");
   EXPECT_EQ(Find(nullptr, address), "0 0 4 " + Narrow(address.c_str()) + " launched / 4");
+  SLElemData unknown = Element(address, L"id", 9 /*no scheme*/);
+  LogCapture::Reset();
+  EXPECT_EQ(RectangleOf(unknown), "-9 9 9 9 9");
+  EXPECT_THAT(Errors(),
+              ElementsAre("ERROR Invalid URI scheme", "ERROR Cannot get pipe name",
+                          "ERROR Unknown URI scheme 9", "ERROR Cannot get URI scheme as string",
+                          "ERROR Cannot start SLBroker process", kFailed + "-9"));
+  Forget(unknown);
 }
 
 // One client gets no answer for 25 s, another no connection meanwhile.

@@ -17,7 +17,8 @@ configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONL
 
 # The programs around the module. They are found by name, in the same places by every suite.
 add_executable(test_parts parts.cpp)
-target_include_directories(test_parts PRIVATE ${PROJECT_SOURCE_DIR}/Common/include .)
+target_include_directories(test_parts PRIVATE .)
+target_link_libraries(test_parts PRIVATE tessel_wire)
 add_dependencies(test_parts TesselSLB)
 tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)

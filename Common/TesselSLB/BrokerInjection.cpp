@@ -2,21 +2,18 @@
 
 #include <string>
 
-#include "internal/SafeObject.h"
 #include "TesselSLB/HiddenProcess.h"
 #include "TesselSLB/ModuleDirectory.h"
 #include "TesselSLB/NudgeWindow.h"
 #include "TesselSilverlight.h"
 #include "UTILITY/VistaSpecific.h"
+#include "internal/SafeObject.h"
 #include "logging/Log.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
 constexpr wchar_t kMutexName[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
-constexpr DWORD kMutexWaitMilliseconds = 30000;
-constexpr DWORD kInjectorStartMilliseconds = 150;
-constexpr DWORD kRoundMilliseconds = 1000;
-constexpr int kRounds = 10;
 
 bool IsUsable(HWND window) { return window != nullptr && ::IsWindow(window); }
 
@@ -42,9 +39,9 @@ bool EndedWell(HANDLE injector) {
 }
 
 bool AwaitInjector(HANDLE injector, HWND window) {
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < wire::kInjectorRounds; ++round) {
     NudgeWindow(window, round != 0 /*handle maximised*/);
-    if (::WaitForSingleObject(injector, kRoundMilliseconds) == WAIT_OBJECT_0) {
+    if (::WaitForSingleObject(injector, wire::kInjectorRoundMilliseconds) == WAIT_OBJECT_0) {
       return EndedWell(injector);
     }
   }
@@ -64,7 +61,7 @@ int InjectBroker(HWND window) {
     LOG_ERROR("Cannot create mutex");
     return SL_FAILURE;
   }
-  const DWORD wait = ::WaitForSingleObject(mutex.Get(), kMutexWaitMilliseconds);
+  const DWORD wait = ::WaitForSingleObject(mutex.Get(), wire::kInjectionMutexTimeoutMilliseconds);
   if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
     LOG_ERROR("Cannot acquire mutex, WaitForSingleObject returned %x", wait);
     return SL_FAILURE;
@@ -92,6 +89,6 @@ int RunInjector(HWND window, DWORD processId) {
     return SL_INJECTOR_NOT_STARTED;
   }
   LOG_INFO("Created slinject process with pid %i", started->id);
-  ::Sleep(kInjectorStartMilliseconds);
+  ::Sleep(wire::kPauseAfterInjectorStartMilliseconds);
   return AwaitInjector(started->process.Get(), window) ? SL_SUCCESS : SL_INJECTION_FAILED;
 }

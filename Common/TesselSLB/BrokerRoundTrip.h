@@ -1,53 +1,38 @@
-// Client process. From a request to the broker's answer: one round trip, and the search for the
-// scheme under which a content's broker answers.
+// Client process. Builds the requests, carries a request to the broker and its answer back, and
+// searches for the scheme under which the broker of a content answers.
 #pragma once
 
 #include <string_view>
 
 #include "TesselSilverlight.h"
 #include "internal/jarchive.h"
+#include "wire/Commands.h"
 
-// The first value of every request.
-enum class Command : int {
-  kElementFromPoint = 1,
-  kRectangle = 2,
-  kRelease = 3,
-  kParent = 6,
-  kIdentity = 7,
-  kSelector = 8,
-  kCollection = 9,
-  kAttribute = 10,
-  kClick = 11,
-  kSetValue = 12,
-  kSetFocus = 13,
-  kFocusedElement = 14,
-  kCheck = 15,
-  kItems = 16,
-  kSelectItem = 17,
-  kAncestry = 18,
-};
+// The address of the record's content; empty for a record whose memory a client has zeroed.
+std::wstring_view SourceUriOf(const SLElemData& record);
 
-// The record's address; empty for one that a client zeroed.
-std::wstring_view AddressOf(const SLElemData& record);
+// Both replace what `request` held. The caller appends the arguments of its command.
 
 // A request about an element: command, process, object.
-void BuildObjectRequest(Command command, const SLElemData& record, JArchive& request);
+void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchive& request);
 
-// A request about a window or an element of it. Fills in the record's process when it is 0.
-void BuildWindowRequest(Command command, SLElemData& record, JArchive& request);
+// A request about a window, or an element of it. Fills in the record's process when it is 0.
+void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& request);
 
-// All three return 0 or a code of SLResult or the broker's own. On 0 the status has been read from
-// the answer. An ArchiveException passes.
+// All three return 0, a code of SLResult, or a status that only the broker knows. After 0 the
+// caller reads its results from `answer`: the status is already read. They throw ArchiveException
+// when the request cannot become a text, or the answer does not begin with a status.
 
-// To the broker of a scheme, which is started when its pipe is not there.
+// Asks the broker of this scheme, which is started when its pipe does not exist.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
-// Tries the tailored scheme, then that of the address. `scheme` receives the one that answered.
-int SendMessageToBrokerAnyScheme(HWND window, DWORD& scheme, const JArchive& request,
-                                 JArchive& answer, std::wstring_view address);
+// Asks the broker of the tailored scheme, then that of the address's own scheme, until one serves
+// the content. `scheme` receives the scheme of the broker that returned 0.
+int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
+                                 std::wstring_view address);
 
-// Under a known scheme directly. Else searches, and when nothing answers injects the broker into
-// the window's process and searches once more.
+// Asks the broker of `scheme`. For SL_NO_URI it searches as above; when no broker serves the
+// content, it injects one into the window's process and searches once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

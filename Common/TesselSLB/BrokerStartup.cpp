@@ -7,16 +7,16 @@
 #include <memory>
 #include <new>
 
-#include "TesselSLB/BrokerAddress.h"
+#include "TesselCodes.h"
+#include "TesselSLB/BrokerPipe.h"
 #include "TesselSLB/HiddenProcess.h"
 #include "TesselSLB/ModuleDirectory.h"
-#include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
 constexpr wchar_t kPackageFile[] = L"SLBroker.xap";
-constexpr std::int32_t kLaunchWaitMilliseconds = 15000;
 
 std::wstring Quoted(std::wstring_view text) {
   return std::wstring(L"\"").append(text).append(L"\"");
@@ -30,22 +30,6 @@ std::wstring LaunchOrigin(DWORD scheme, std::wstring_view address) {
 }
 
 }  // namespace
-
-bool BrokerPipeExists(DWORD scheme, std::wstring_view address, std::int32_t wait) {
-  const std::wstring name = GetBrokerPipeName(scheme, address);
-  if (name.empty()) {
-    LOG_ERROR("Cannot get pipe name");
-    return false;
-  }
-  CJbPipe pipe;
-  pipe.SetPipeName(name);
-  pipe.SetAppendProcessId(false);
-  if (!pipe.ServerPipeExists(0 /*process id*/, wait)) {
-    LOG_INFO("Cannot connect to SLBroker pipe");
-    return false;
-  }
-  return true;
-}
 
 std::wstring GetBrokerOrigin(DWORD scheme) {
   switch (scheme) {
@@ -106,5 +90,6 @@ bool LaunchBroker(DWORD scheme, std::wstring_view address) {
     }
     LOG_INFO("Created sllauncher process with pid %i", started->id);
   }  // the launcher is not waited for
-  return BrokerPipeExists(scheme, address, kLaunchWaitMilliseconds);
+  return BrokerPipeExists(GetBrokerPipeName(scheme, address),
+                          wire::kLaunchedPipeTimeoutMilliseconds);
 }

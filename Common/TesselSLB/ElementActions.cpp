@@ -1,5 +1,5 @@
-// Client process. The exports that make the broker act on an element. Their answers hold nothing
-// behind the status.
+// Client process. The exports that make the broker act on an element. Their answers hold only the
+// status.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"
 
@@ -7,7 +7,7 @@ namespace TesselSilverlight {
 
 int ClickElem(const SLElemData& elem, int /*reserved1*/, int /*reserved2*/) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kClick, elem, NoArguments, NoResults);
+  return CallObject(wire::Command::kClick, elem, NoArguments, NoResults);
 }
 
 int SetValue(const SLElemData& elem, const CComBSTR& text) {
@@ -17,24 +17,24 @@ int SetValue(const SLElemData& elem, const CComBSTR& text) {
     return SL_INVALID_ARGUMENT;
   }
   return CallObject(
-      Command::kSetValue, elem, [&](JArchive& request) { request << text; }, NoResults);
+      wire::Command::kSetValue, elem, [&](JArchive& request) { request << text; }, NoResults);
 }
 
 int SetFocus(const SLElemData& elem) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kSetFocus, elem, NoArguments, NoResults);
+  return CallObject(wire::Command::kSetFocus, elem, NoArguments, NoResults);
 }
 
 int CheckElem(const SLElemData& elem, int check) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
   return CallObject(
-      Command::kCheck, elem, [&](JArchive& request) { request << (check != 0); }, NoResults);
+      wire::Command::kCheck, elem, [&](JArchive& request) { request << (check != 0); }, NoResults);
 }
 
 int SelectItem(const SLElemData& elem, const CComBSTR& item) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
   return CallObject(
-      Command::kSelectItem, elem, [&](JArchive& request) { request << item; }, NoResults);
+      wire::Command::kSelectItem, elem, [&](JArchive& request) { request << item; }, NoResults);
 }
 
 }  // namespace TesselSilverlight

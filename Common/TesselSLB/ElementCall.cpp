@@ -14,7 +14,7 @@ void LogErrorAt(const CallSite& site, const char* format, Arguments... arguments
 
 bool IsValid(const SLElemData& record) {
   return record.uriScheme != SL_NO_URI && record.hwnd != nullptr && record.processId != 0 &&
-         ::SysStringLen(record.objectId) != 0 && !AddressOf(record).empty();
+         ::SysStringLen(record.objectId) != 0 && !SourceUriOf(record).empty();
 }
 
 bool CheckObject(const SLElemData& record, CallSite site) {

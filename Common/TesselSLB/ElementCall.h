@@ -18,7 +18,7 @@ struct CallSite {
 // Whether the record names an element.
 bool IsValid(const SLElemData& record);
 
-// The same; logs when it does not.
+// The same, with a line in the log when it does not.
 bool CheckObject(const SLElemData& record, CallSite site = CallSite::current());
 
 // `prefix` stands before the message.
@@ -32,13 +32,13 @@ void NameObject(SLElemData& element, const SLElemData& source, CComBSTR& objectI
 // The same with the address: an element of the same content.
 void NameElement(SLElemData& element, const SLElemData& source, CComBSTR& objectId);
 
-// Side by side: what an early end leaves out stays as it was.
+// An answer that ends early leaves the remaining fields as they were.
 void ReadRectangle(JArchive& answer, RECT& rect);
 
-// For calls whose command carries nothing behind the object.
+// For commands that carry nothing after the object.
 inline void NoArguments(JArchive& /*request*/) {}
 
-// For those whose answer ends with the status.
+// For commands whose answer ends with the status.
 inline void NoResults(JArchive& /*answer*/) {}
 
 // Request and answer of one call; `scheme` is found when it is not known yet.
@@ -49,7 +49,7 @@ int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeReques
     JArchive request;
     writeRequest(request);
     JArchive answer;
-    const int code = DispatchToBroker(scheme, request, answer, record.hwnd, AddressOf(record));
+    const int code = DispatchToBroker(scheme, request, answer, record.hwnd, SourceUriOf(record));
     if (code != SL_SUCCESS) {
       LogRoundTripFailure(site, prefix, code);
       return code;
@@ -64,7 +64,7 @@ int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeReques
 
 // About an element that the caller has checked. `prefix` goes before what the frame logs.
 template <class WriteArguments, class ReadAnswer>
-int CallObject(Command command, const SLElemData& object, WriteArguments writeArguments,
+int CallObject(wire::Command command, const SLElemData& object, WriteArguments writeArguments,
                ReadAnswer readAnswer, const char* prefix = "",
                CallSite site = CallSite::current()) {
   DWORD scheme = object.uriScheme;
@@ -77,7 +77,7 @@ int CallObject(Command command, const SLElemData& object, WriteArguments writeAr
 
 // About a window, or an element of it: fills in the record's process and scheme.
 template <class WriteArguments, class ReadAnswer>
-int CallWindow(Command command, SLElemData& window, WriteArguments writeArguments,
+int CallWindow(wire::Command command, SLElemData& window, WriteArguments writeArguments,
                ReadAnswer readAnswer, CallSite site = CallSite::current()) {
   const auto writeRequest = [&](JArchive& request) {
     BuildWindowRequest(command, window, request);

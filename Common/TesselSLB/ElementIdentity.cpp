@@ -47,7 +47,7 @@ int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text
   if (!CheckObject(obj)) return SL_INVALID_OBJECT;
   if (parentObj != nullptr && !CheckParent(*parentObj, obj)) return SL_INVALID_OBJECT;
   return CallObject(
-      Command::kIdentity, obj,
+      wire::Command::kIdentity, obj,
       [&](JArchive& request) {
         request << (parentObj != nullptr ? static_cast<const wchar_t*>(parentObj->objectId) : L"")
                 << static_cast<std::int32_t>(number != nullptr);
@@ -65,7 +65,7 @@ int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text
 
 int GetDefaultSelectorHierarchy(const SLElemData& elem, Records& chain) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kSelector, elem, NoArguments,
+  return CallObject(wire::Command::kSelector, elem, NoArguments,
                     [&](JArchive& answer) { ReadObjects(answer, elem, chain); });
 }
 
@@ -73,7 +73,7 @@ int GetAncestryInfo(const SLElemData& elem, Records& ancestors,
                     std::vector<long, HeapAllocator<long>>& numbers) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
   return CallObject(
-      Command::kAncestry, elem, NoArguments,
+      wire::Command::kAncestry, elem, NoArguments,
       [&](JArchive& answer) {
         ReadObjects(answer, elem, ancestors);
         answer >> numbers;
@@ -86,7 +86,7 @@ int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const sear
   // A window alone stands for all of its content.
   if (root.hwnd == nullptr && !CheckObject(root)) return SL_INVALID_OBJECT;
   return CallWindow(
-      Command::kCollection, root,
+      wire::Command::kCollection, root,
       [&](JArchive& request) {
         for (const wchar_t* search : {search1, search2, search3}) request << TextOrEmpty(search);
         request << option1 << option2;

@@ -6,7 +6,7 @@ namespace TesselSilverlight {
 
 int GetElemFromPoint(SLElemData& window, const POINT& pt, int option, SLElemData& found) {
   return CallWindow(
-      Command::kElementFromPoint, window, [&](JArchive& request) { request << pt << option; },
+      wire::Command::kElementFromPoint, window, [&](JArchive& request) { request << pt << option; },
       [&](JArchive& answer) {
         CComBSTR objectId;
         answer >> objectId;
@@ -19,7 +19,7 @@ int GetFocusedElement(HWND hwnd, SLElemData& focused) {
   SLElemData window;
   window.hwnd = hwnd;
   window.sourceUri = focused.sourceUri;
-  return CallWindow(Command::kFocusedElement, window, NoArguments, [&](JArchive& answer) {
+  return CallWindow(wire::Command::kFocusedElement, window, NoArguments, [&](JArchive& answer) {
     CComBSTR objectId;
     answer >> objectId;
     NameObject(focused, window, objectId);
@@ -28,7 +28,7 @@ int GetFocusedElement(HWND hwnd, SLElemData& focused) {
 
 int GetParentElement(const SLElemData& child, SLElemData& parent) {
   if (!CheckObject(child)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kParent, child, NoArguments, [&](JArchive& answer) {
+  return CallObject(wire::Command::kParent, child, NoArguments, [&](JArchive& answer) {
     CComBSTR objectId;
     answer >> objectId;
     if (objectId.Length() == 0) return;
@@ -39,7 +39,7 @@ int GetParentElement(const SLElemData& child, SLElemData& parent) {
 int ReleaseObj(SLElemData& obj) {
   if (!CheckObject(obj)) return SL_INVALID_OBJECT;
   bool released = false;
-  const int code = CallWindow(Command::kRelease, obj, NoArguments,
+  const int code = CallWindow(wire::Command::kRelease, obj, NoArguments,
                               [&](JArchive& answer) { answer >> released; });
   if (code != SL_SUCCESS) return code;
   if (!released) {

@@ -11,7 +11,7 @@ int GetElementValue(const SLElemData& elem, CComBSTR& /*value*/) {
 
 int GetElemRectangle(const SLElemData& elem, RECT& rect) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
-  return CallObject(Command::kRectangle, elem, NoArguments,
+  return CallObject(wire::Command::kRectangle, elem, NoArguments,
                     [&](JArchive& answer) { ReadRectangle(answer, rect); });
 }
 
@@ -26,7 +26,7 @@ int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value) {
     return SL_INVALID_ARGUMENT;
   }
   return CallObject(
-      Command::kAttribute, elem,
+      wire::Command::kAttribute, elem,
       [&](JArchive& request) { request << static_cast<const wchar_t*>(name); },
       [&](JArchive& answer) {
         CComBSTR text;
@@ -39,7 +39,7 @@ int GetItems(const SLElemData& elem, int flag,
              std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items) {
   if (!CheckObject(elem)) return SL_INVALID_OBJECT;
   return CallObject(
-      Command::kItems, elem, [&](JArchive& request) { request << (flag != 0); },
+      wire::Command::kItems, elem, [&](JArchive& request) { request << (flag != 0); },
       [&](JArchive& answer) { answer >> items; });
 }
 

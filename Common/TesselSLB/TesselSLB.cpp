@@ -8,7 +8,7 @@
 #include <string>
 
 #include "TesselHost.h"
-#include "TesselSLB/BrokerAddress.h"
+#include "TesselSLB/BrokerPipe.h"
 #include "TesselSLB/ModuleDirectory.h"
 #include "TesselTrace.h"
 #include "UTILITY/JbPipe.h"

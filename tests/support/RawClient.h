@@ -6,8 +6,10 @@
 #include <memory>
 #include <string>
 
-inline const std::wstring kTailoredPipe =
-    L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name.TAILORED";
+#include "wire/Addresses.h"
+
+// Of a content without an address; any other address adds to it.
+inline const std::wstring kTailoredPipe = wire::PipeName(SL_TAILORED_URI, L"");
 
 class RawClient {
  public:

@@ -4,11 +4,11 @@
 
 namespace {
 
-// A failure that passes may come back at once, again and again.
-constexpr DWORD kPauseAfterFailure = 10;  // ms
+// Keeps the processor free when every read fails at once.
+constexpr DWORD kPauseAfterFailureMilliseconds = 10;
 
-// What a client did, or did not do, and no reason to stop.
-bool IsPassing(int code) {
+// A client caused the failure, so the next one may succeed.
+bool IsCausedByClient(int code) {
   return code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE ||
          code == SL_CHANNEL_NO_CLIENT;
 }
@@ -45,11 +45,11 @@ void HostChannel::Serve(const std::function<std::wstring(const std::wstring&)>& 
       sent(code == SL_CHANNEL_SUCCESS);
     }
     if (code == SL_CHANNEL_SUCCESS || stopped_) continue;
-    if (!IsPassing(code)) {
+    if (!IsCausedByClient(code)) {
       throw std::runtime_error("the channel failed (code " + std::to_string(code) +
                                "); read the module's log and start the broker again");
     }
-    ::Sleep(kPauseAfterFailure);
+    ::Sleep(kPauseAfterFailureMilliseconds);
   }
 }
 

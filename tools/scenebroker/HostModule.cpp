@@ -11,7 +11,7 @@ HostModule::HostModule(const std::wstring& path) : module_(::LoadLibraryW(path.c
                            "); put it beside the broker, or name it with --dll");
 }
 
-void* HostModule::AddressOf(const char* name) const {
+void* HostModule::FindExport(const char* name) const {
   auto* const address = reinterpret_cast<void*>(::GetProcAddress(module_.get(), name));
   if (address == nullptr) {
     throw std::runtime_error(std::string("the loaded module has no ") + name +

@@ -15,14 +15,15 @@ class HostModule {
   // Throws std::runtime_error when the module has no such export.
   template <class Function>
   void Bind(Function& function, const char* name) const {
-    function = reinterpret_cast<Function>(AddressOf(name));
+    function = reinterpret_cast<Function>(FindExport(name));
   }
 
  private:
   struct Closer {
     void operator()(HMODULE module) const { ::FreeLibrary(module); }
   };
-  void* AddressOf(const char* name) const;
+  // Never null.
+  void* FindExport(const char* name) const;
 
   std::unique_ptr<std::remove_pointer_t<HMODULE>, Closer> module_;
 };

@@ -8,7 +8,7 @@ namespace {
 template <class State, class Value>
 Json Change(ServedScene& served, State& state, const Value& value) {
   if (std::exchange(state, value) != value) ++served.changes;
-  return StatusAnswer(SceneStatus::kSuccess);
+  return StatusAnswer(wire::kSuccess);
 }
 
 }  // namespace
@@ -19,7 +19,7 @@ Json ClickElement(ServedScene& served, SceneElement& element) {
 }
 
 Json SetElementValue(ServedScene& served, SceneElement& element, const std::string& text) {
-  if (!element.value) return StatusAnswer(SceneStatus::kNotSupported);
+  if (!element.value) return StatusAnswer(wire::kNotSupported);
   return Change(served, element.value, text);
 }
 
@@ -28,13 +28,13 @@ Json FocusElement(ServedScene& served, SceneElement& element) {
 }
 
 Json CheckElement(ServedScene& served, SceneElement& element, bool checked) {
-  if (!element.checked) return StatusAnswer(SceneStatus::kNotSupported);
+  if (!element.checked) return StatusAnswer(wire::kNotSupported);
   return Change(served, element.checked, checked);
 }
 
 Json SelectElementItem(ServedScene& served, SceneElement& element, const std::string& item) {
   if (!element.items || std::ranges::count(*element.items, item) == 0) {
-    return StatusAnswer(SceneStatus::kNotSupported);
+    return StatusAnswer(wire::kNotSupported);
   }
   return Change(served, element.selected, item);
 }

@@ -42,9 +42,9 @@ Json ElementIdentity(ServedScene& served, const SceneElement& element, const std
                      int wantsNumber) {
   if (!parentId.empty()) {
     const SceneElement* parent = served.scene.Find(parentId);
-    if (parent == nullptr) return StatusAnswer(SceneStatus::kUnknownId);
+    if (parent == nullptr) return StatusAnswer(wire::kUnknownElement);
     if (std::ranges::count(served.scene.Ancestors(element), parent) == 0) {
-      return StatusAnswer(SceneStatus::kNotSupported);
+      return StatusAnswer(wire::kNotSupported);
     }
   }
   const int number = wantsNumber == 0 ? 0 : PositionAmongAlike(served.scene, element, parentId);
@@ -70,7 +70,7 @@ Json ElementAncestry(ServedScene& served, const SceneElement& element) {
 
 Json FindElements(ServedScene& served, const SceneElement* root, const std::string& name,
                   const std::string& type, const std::string& id, int levels, bool partly) {
-  if (levels < 0) return StatusAnswer(SceneStatus::kMalformedRequest);
+  if (levels < 0) return StatusAnswer(wire::kMalformedRequest);
   const std::vector<SceneElement>& elements = served.scene.Elements();
   const std::vector<int> below = served.scene.LevelsBelow(root == nullptr ? "" : root->id);
   Json answer = Json::array({0, 0});

@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <iterator>
 
-#include "tools/scenebroker/JsonText.h"
+#include "tools/scenebroker/SceneText.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {

@@ -32,12 +32,12 @@ Json ElementRectangle(ServedScene& /*served*/, const SceneElement& element) {
 Json ElementAttribute(ServedScene& /*served*/, const SceneElement& element,
                       const std::string& name) {
   const std::optional<std::string> text = element.Attribute(name);
-  if (!text) return StatusAnswer(SceneStatus::kNotSupported);
+  if (!text) return StatusAnswer(wire::kNotSupported);
   return Json::array({0, *text});
 }
 
 Json ElementItems(ServedScene& /*served*/, const SceneElement& element, bool /*option*/) {
-  if (!element.items) return StatusAnswer(SceneStatus::kNotSupported);
+  if (!element.items) return StatusAnswer(wire::kNotSupported);
   Json answer = Json::array({0, element.items->size()});
   for (const std::string& item : *element.items) answer.push_back(item);
   return answer;

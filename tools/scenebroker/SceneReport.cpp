@@ -3,9 +3,9 @@
 #include <iostream>
 #include <mutex>
 
-#include "Common/TesselSLB/BrokerAddress.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
+#include "wire/Addresses.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ std::string Line(std::string_view key, std::string_view value) {
 
 std::string Line(std::string_view key, int value) { return Line(key, std::to_string(value)); }
 
-// The lines behind "element:" say what there is to ask for.
+// After the line "element:" come lines that say what a client can ask for.
 std::string ElementLines(const SceneMap& map, const SceneElement& element) {
   const POINT point = map.PointOf(element);
   std::string lines = Line("element", std::to_string(point.x) + ',' + std::to_string(point.y) +
@@ -49,8 +49,7 @@ void PrintFacts(const ServedScene& served, const std::string& scheme, HWND windo
   lines += Line("process", std::to_string(::GetCurrentProcessId()));
   lines += Line("address", Printable(scene.address));
   lines += Line("scheme", scheme);
-  lines +=
-      Line("pipe", Narrow(GetBrokerPipeName(tools::SchemeFromName(scheme), Wide(scene.address))));
+  lines += Line("pipe", Narrow(wire::PipeName(tools::SchemeFromName(scheme), Wide(scene.address))));
   if (!scene.focus.empty()) lines += Line("focus", Printable(scene.focus));
   for (const SceneElement& element : scene.Elements()) {
     lines += ElementLines(served.map, element);

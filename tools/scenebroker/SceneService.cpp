@@ -1,11 +1,10 @@
 #include "tools/scenebroker/SceneService.h"
 
-#include <algorithm>
-
-#include "tools/scenebroker/Command.h"
+#include "tools/scenebroker/RequestCall.h"
 #include "tools/scenebroker/SceneActions.h"
 #include "tools/scenebroker/SceneIdentity.h"
 #include "tools/scenebroker/SceneReading.h"
+#include "wire/Commands.h"
 
 namespace {
 
@@ -13,18 +12,28 @@ Json ReleaseObject(ServedScene& served, const std::string& id) {
   return Json::array({0, served.objects.Release(id)});
 }
 
+using wire::Command;
+
 constexpr struct {
-  int id;
+  Command command;
   Json (*answer)(ServedScene& served, const Json& request);
-} kCommands[] = {
-    {1, &Command<&ElementAtPoint>::Answer},     {2, &Command<&ElementRectangle>::Answer},
-    {3, &Command<&ReleaseObject>::Answer},      {6, &Command<&ParentElement>::Answer},
-    {7, &Command<&ElementIdentity>::Answer},    {8, &Command<&ElementSelector>::Answer},
-    {9, &Command<&FindElements>::Answer},       {10, &Command<&ElementAttribute>::Answer},
-    {11, &Command<&ClickElement>::Answer},      {12, &Command<&SetElementValue>::Answer},
-    {13, &Command<&FocusElement>::Answer},      {14, &Command<&FocusedElement>::Answer},
-    {15, &Command<&CheckElement>::Answer},      {16, &Command<&ElementItems>::Answer},
-    {17, &Command<&SelectElementItem>::Answer}, {18, &Command<&ElementAncestry>::Answer},
+} kCalls[] = {
+    {Command::kElementFromPoint, &RequestCall<&ElementAtPoint>::Answer},
+    {Command::kRectangle, &RequestCall<&ElementRectangle>::Answer},
+    {Command::kRelease, &RequestCall<&ReleaseObject>::Answer},
+    {Command::kParent, &RequestCall<&ParentElement>::Answer},
+    {Command::kIdentity, &RequestCall<&ElementIdentity>::Answer},
+    {Command::kSelector, &RequestCall<&ElementSelector>::Answer},
+    {Command::kCollection, &RequestCall<&FindElements>::Answer},
+    {Command::kAttribute, &RequestCall<&ElementAttribute>::Answer},
+    {Command::kClick, &RequestCall<&ClickElement>::Answer},
+    {Command::kSetValue, &RequestCall<&SetElementValue>::Answer},
+    {Command::kSetFocus, &RequestCall<&FocusElement>::Answer},
+    {Command::kFocusedElement, &RequestCall<&FocusedElement>::Answer},
+    {Command::kCheck, &RequestCall<&CheckElement>::Answer},
+    {Command::kItems, &RequestCall<&ElementItems>::Answer},
+    {Command::kSelectItem, &RequestCall<&SelectElementItem>::Answer},
+    {Command::kAncestry, &RequestCall<&ElementAncestry>::Answer},
 };
 
 }  // namespace
@@ -38,10 +47,11 @@ SceneAnswer SceneService::Answer(const std::string& request) {
 
 Json SceneService::AnswerTo(const Json& request) {
   const auto head = request.is_array() ? ValuesAs<int, int, std::string>(request, 0) : std::nullopt;
-  if (!head) return StatusAnswer(SceneStatus::kMalformedRequest);
-  const auto& [id, process, object] = *head;
-  if (static_cast<DWORD>(process) != processId_) return StatusAnswer(SceneStatus::kOtherProcess);
-  const auto command = std::ranges::find(kCommands, id, &std::decay_t<decltype(*kCommands)>::id);
-  if (command == std::end(kCommands)) return StatusAnswer(SceneStatus::kUnknownCommand);
-  return command->answer(served_, request);
+  if (!head) return StatusAnswer(wire::kMalformedRequest);
+  const auto& [number, process, object] = *head;
+  if (static_cast<DWORD>(process) != processId_) return StatusAnswer(wire::kNotServed);
+  for (const auto& [command, answer] : kCalls) {
+    if (number == static_cast<int>(command)) return answer(served_, request);
+  }
+  return StatusAnswer(wire::kUnknownCommand);
 }

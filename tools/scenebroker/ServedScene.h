@@ -7,21 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "tools/scenebroker/JsonText.h"
 #include "tools/scenebroker/Scene.h"
 #include "tools/scenebroker/SceneMap.h"
+#include "tools/scenebroker/SceneText.h"
+#include "wire/Statuses.h"
 
-// The statuses that an answer begins with.
-enum class SceneStatus : int {
-  kSuccess = 0,
-  kOtherProcess = -8,  // lets a client's search go on to the next scheme
-  kUnknownCommand = 100,
-  kUnknownId = 101,
-  kNotSupported = 102,
-  kMalformedRequest = 103,
-};
-
-inline Json StatusAnswer(SceneStatus status) { return Json::array({static_cast<int>(status)}); }
+inline Json StatusAnswer(wire::Status status) { return Json::array({static_cast<int>(status)}); }
 
 // How often each id was handed out and not released yet.
 class HeldObjects {

@@ -1,4 +1,4 @@
-#include "tools/scenebroker/JsonText.h"
+#include "tools/scenebroker/SceneText.h"
 
 #include <algorithm>
 #include <climits>

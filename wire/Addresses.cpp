@@ -1,8 +1,8 @@
-#include "TesselSLB/BrokerAddress.h"
+#include "wire/Addresses.h"
 
 #include <algorithm>
 
-#include "logging/Log.h"
+namespace wire {
 
 namespace {
 
@@ -25,7 +25,7 @@ std::wstring CleanedOrigin(std::wstring_view address, std::size_t longest) {
 
 }  // namespace
 
-const char* SchemeName(DWORD scheme) {
+const char* SchemeName(unsigned long scheme) {
   switch (scheme) {
     case SL_NO_URI:
       return "SL_NO_URI";
@@ -61,7 +61,7 @@ std::optional<std::wstring_view> GetUriOrigin(std::wstring_view address) {
   return address.substr(0, slash);
 }
 
-std::wstring GetBrokerPipeName(DWORD scheme, std::wstring_view address) {
+std::wstring PipeName(unsigned long scheme, std::wstring_view address) {
   std::wstring name(kPipeBaseName);
   switch (scheme) {
     case SL_HTTP_URI:
@@ -74,7 +74,8 @@ std::wstring GetBrokerPipeName(DWORD scheme, std::wstring_view address) {
       name += L".TAILORED";
       return name += CleanedOrigin(address, kLongestPipeName - name.size());
     default:
-      LOG_ERROR("Invalid URI scheme");
       return {};
   }
 }
+
+}  // namespace wire

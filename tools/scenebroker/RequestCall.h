@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "tools/scenebroker/JsonText.h"
+#include "tools/scenebroker/SceneText.h"
 #include "tools/scenebroker/ServedScene.h"
 
 inline constexpr std::size_t kObject = 2;         // where the request names its object
@@ -46,18 +46,18 @@ std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t fi
 // there, const SceneElement* takes the empty id too and is null then, const std::string& judges
 // the id itself.
 template <auto function>
-struct Command;
+struct RequestCall;
 
 template <class Object, class... Arguments, Json (*function)(ServedScene&, Object, Arguments...)>
-struct Command<function> {
+struct RequestCall<function> {
   static Json Answer(ServedScene& served, const Json& request) {
     const auto id = request[kObject].get<std::string>();
     SceneElement* const element = served.scene.Find(id);
-    if (element == nullptr && !MayBeAbsent(id)) return StatusAnswer(SceneStatus::kUnknownId);
+    if (element == nullptr && !MayBeAbsent(id)) return StatusAnswer(wire::kUnknownElement);
 
     const auto values = ValuesAs<std::decay_t<Arguments>...>(request, kFirstArgument);
     if (!values || request.size() != kFirstArgument + sizeof...(Arguments)) {
-      return StatusAnswer(SceneStatus::kMalformedRequest);
+      return StatusAnswer(wire::kMalformedRequest);
     }
     return std::apply(
         [&](const auto&... value) {
