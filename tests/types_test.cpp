@@ -1,7 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <map>
+#include <regex>
+
 #include "StringW.h"
 #include "TesselSilverlight.h"
+#include "support/Text.h"
+#include "tools/shared/ResultCodes.h"
 
 namespace {
 
@@ -58,6 +63,24 @@ TEST(HeapAllocator, RefusesWhatWrapsAround) {
   for (std::size_t count : {SIZE_MAX / 4 + 2, SIZE_MAX / 4}) {
     EXPECT_THROW((void)HeapAllocator<long>().allocate(count), std::bad_alloc) << count;
   }
+}
+
+TEST(ResultCodes, AreThoseOfThePublicHeaderAndNoOthers) {
+  std::map<std::string, int> declared = {{"E_NOTIMPL", E_NOTIMPL},
+                                         {"BROKER_UNKNOWN_COMMAND", wire::kUnknownCommand},
+                                         {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},
+                                         {"BROKER_NOT_SUPPORTED", wire::kNotSupported},
+                                         {"BROKER_MALFORMED_REQUEST", wire::kMalformedRequest}};
+  const std::string header = FileText(TESSEL_PUBLIC_HEADERS "/TesselCodes.h");
+  const std::regex code("\\n\\s*(SL_\\w+)(?: = (-?\\d+))?");
+  for (std::sregex_iterator next(header.begin() + header.find("enum SLResult"), header.end(), code);
+       next != std::sregex_iterator(); ++next) {
+    declared[next->str(1)] = std::stoi(next->str(2));
+  }
+  std::map<std::string, int> described;
+  for (const auto& result : tools::kResultCodes) described.emplace(result.name, result.number);
+  EXPECT_EQ(described, declared);
+  EXPECT_EQ(described.size(), std::size(tools::kResultCodes));
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
-  TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts")
+  TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
+  TESSEL_PUBLIC_HEADERS="${PROJECT_SOURCE_DIR}/Common/include")
 
 tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
 

@@ -4,23 +4,27 @@
 
 namespace {
 
-constexpr long long kPatienceSeconds = 2;
+constexpr long long kSecondsBeforeNotice = 2;
+constexpr long long kTimerTicksPerSecond = 10'000'000;
 
-// Negative: from now on; in units of 100 ns.
+// The system takes a negative time as one that begins now.
 FILETIME FromNow(long long seconds) {
-  const auto ticks = static_cast<unsigned long long>(-seconds * 10'000'000);
+  const auto ticks = static_cast<unsigned long long>(-seconds * kTimerTicksPerSecond);
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
+std::uint32_t SecondsRoundedUp(std::uint32_t milliseconds) { return (milliseconds + 999) / 1000; }
+
 }  // namespace
 
-// A timer of the pool: a thread a call would cost a tree of many elements more than its calls.
-CallNotice::CallNotice(const std::string& what, int longestSeconds)
+// Uses a timer of the thread pool, because a thread for each call would cost a tree of many
+// elements more than the calls do.
+CallNotice::CallNotice(const std::string& what, std::uint32_t longestMilliseconds)
     : text_("tessel: waiting for the broker to " + what + " (at most " +
-            std::to_string(longestSeconds) + " s)\n"),
+            std::to_string(SecondsRoundedUp(longestMilliseconds)) + " s)\n"),
       timer_(::CreateThreadpoolTimer(&Tell, this, nullptr /*default pool*/)) {
-  if (timer_ == nullptr) return;  // the call does without
-  FILETIME due = FromNow(kPatienceSeconds);
+  if (timer_ == nullptr) return;  // the call goes on without a notice
+  FILETIME due = FromNow(kSecondsBeforeNotice);
   ::SetThreadpoolTimer(timer_, &due, 0 /*once*/, 0 /*window*/);
 }
 

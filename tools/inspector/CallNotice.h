@@ -3,12 +3,14 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 
-// Lives as long as the call. `what` completes "waiting for the broker to ...".
+// Lives as long as the call. `what` completes "waiting for the broker to ...", and
+// `longestMilliseconds` is how long the call may wait at most.
 class CallNotice {
  public:
-  CallNotice(const std::string& what, int longestSeconds);
+  CallNotice(const std::string& what, std::uint32_t longestMilliseconds);
   ~CallNotice();
   CallNotice(const CallNotice&) = delete;
   CallNotice& operator=(const CallNotice&) = delete;

@@ -7,16 +7,16 @@
 #include "tools/inspector/TargetWindow.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
+#include "wire/Addresses.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
-constexpr int kInjectionSeconds = 30 + 11;
-
-int SearchSeconds(const std::string& address) {
-  const bool hasOwnScheme =
-      address.starts_with("http:") || address.starts_with("https:") || address.starts_with("file:");
-  const int search = (hasOwnScheme ? 2 : 1) * kRoundTripSeconds;
-  return search + kInjectionSeconds + search;
+// A search may ask two brokers, inject one, and ask both again.
+std::uint32_t LongestSearch(const std::string& address) {
+  const bool hasOwnScheme = wire::GetUriScheme(tools::Wide(address)).has_value();
+  const std::uint32_t brokers = (hasOwnScheme ? 2 : 1) * wire::kLongestRoundTripMilliseconds;
+  return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
 // What is looked for, for messages.
@@ -31,14 +31,15 @@ HWND FindWindowOf(const InspectorOptions& options) {
   try {
     return FindTargetWindow(options.window);
   } catch (const WindowError& error) {
-    throw RefusalError(ExitCode::kUsage, "find " + TargetName(options), error.what(),
-                       options.address);
+    throw MakeRefusal(ExitCode::kUsage, "find " + TargetName(options), error.what(),
+                      options.address);
   }
 }
 
-// The code of a call, with a notice when it takes long.
-int Watched(const std::string& what, int longestSeconds, const std::function<int()>& call) {
-  const CallNotice notice(what, longestSeconds);
+// Returns the code of the call. Prints a notice if the call takes long.
+int Watched(const std::string& what, std::uint32_t longestMilliseconds,
+            const std::function<int()>& call) {
+  const CallNotice notice(what, longestMilliseconds);
   return call();
 }
 
@@ -64,8 +65,8 @@ ElementOwner Content::FindNamed() const {
   if (options_.find) return FindOnly(*options_.find);
   ElementOwner found = FindFocused();
   if (found) return found;
-  throw Refusal(ExitCode::kNothingThere, "find the focused element",
-                "no element has the focus; name one with --at or --find");
+  throw MakeRefusal(ExitCode::kNothingThere, "find the focused element",
+                    "no element has the focus; name one with --at or --find");
 }
 
 ElementOwner Content::FindAt(POINT point) const {
@@ -76,7 +77,7 @@ ElementOwner Content::FindAt(POINT point) const {
     return TesselSilverlight::GetElemFromPoint(content, point, options_.option, *found);
   });
   if (NamesElement(found)) return found;
-  throw Refusal(ExitCode::kNothingThere, what, "there is none; try another point");
+  throw MakeRefusal(ExitCode::kNothingThere, what, "there is none; try another point");
 }
 
 ElementOwner Content::FindOnly(const SearchTexts& texts) const {
@@ -85,10 +86,11 @@ ElementOwner Content::FindOnly(const SearchTexts& texts) const {
   ElementList found = FindBelow(content, what, texts, 0 /*all levels*/, false /*containing*/);
   const std::size_t count = found.records.size();
   if (count == 1) return ElementOwner(new SLElemData(std::move(found.records.front())));
-  throw Refusal(ExitCode::kNothingThere, what,
-                std::to_string(count) + " elements match; " +
-                    (count == 0 ? "see what there is with tessel tree"
-                                : "see them with tessel find, and add texts until one is left"));
+  throw MakeRefusal(
+      ExitCode::kNothingThere, what,
+      std::to_string(count) + " elements match; " +
+          (count == 0 ? "see what there is with tessel tree"
+                      : "see them with tessel find, and add texts until one is left"));
 }
 
 ElementOwner Content::FindFocused() const {
@@ -112,8 +114,8 @@ ElementOwner Content::AncestorOf(const SLElemData& element, int steps) const {
   if (ancestor) return ancestor;
   const std::string name =
       steps == 1 ? "parent" : "ancestor " + std::to_string(steps) + " steps up";
-  throw Refusal(ExitCode::kNothingThere, "find the " + name + " of " + NameOf(element),
-                "it has none; take fewer steps");
+  throw MakeRefusal(ExitCode::kNothingThere, "find the " + name + " of " + NameOf(element),
+                    "it has none; take fewer steps");
 }
 
 ElementList Content::FindBelow(SLElemData& root, const std::string& what, const SearchTexts& texts,
@@ -141,19 +143,20 @@ void Content::Do(const std::string& what, const std::function<int()>& call) cons
 }
 
 bool Content::Try(const std::string& what, int refusal, const std::function<int()>& call) const {
-  const int code = Watched(what, kRoundTripSeconds, call);
-  if (code != SL_SUCCESS && code != refusal) throw CallError(what, options_.address, code);
+  const int code = Watched(what, wire::kLongestRoundTripMilliseconds, call);
+  if (code != SL_SUCCESS && code != refusal) throw MakeCallFailure(what, options_.address, code);
   return code == SL_SUCCESS;
 }
 
 void Content::Search(const std::string& what, DWORD scheme,
                      const std::function<int()>& call) const {
-  const int seconds = scheme == SL_NO_URI ? SearchSeconds(options_.address) : kRoundTripSeconds;
-  const int code = Watched(what, seconds, call);
-  if (code != SL_SUCCESS) throw CallError(what, options_.address, code);
+  const std::uint32_t longest =
+      scheme == SL_NO_URI ? LongestSearch(options_.address) : wire::kLongestRoundTripMilliseconds;
+  const int code = Watched(what, longest, call);
+  if (code != SL_SUCCESS) throw MakeCallFailure(what, options_.address, code);
 }
 
-InspectorError Content::Refusal(ExitCode exitCode, const std::string& what,
-                                const std::string& reasonAndCure) const {
-  return RefusalError(exitCode, what, reasonAndCure, options_.address);
+InspectorError Content::MakeRefusal(ExitCode exitCode, const std::string& what,
+                                    const std::string& reasonAndCure) const {
+  return ::MakeRefusal(exitCode, what, reasonAndCure, options_.address);
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tools/inspector/Elements.h"
+#include "tools/inspector/InspectorError.h"
 #include "tools/inspector/InspectorOptions.h"
-#include "tools/inspector/ResultText.h"
 
 // Its functions throw InspectorError.
 class Content {
@@ -36,11 +36,11 @@ class Content {
   // One call about an element. `what` completes "cannot ...": "read the items of element ...".
   void Do(const std::string& what, const std::function<int()>& call) const;
 
-  // The same; false if the broker gave `refusal`.
+  // The same, but returns false if the call returns `refusal`.
   bool Try(const std::string& what, int refusal, const std::function<int()>& call) const;
 
-  InspectorError Refusal(ExitCode exitCode, const std::string& what,
-                         const std::string& reasonAndCure) const;
+  InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
+                             const std::string& reasonAndCure) const;
 
  private:
   void Search(const std::string& what, DWORD scheme, const std::function<int()>& call) const;

@@ -1,6 +1,6 @@
 #include "tools/inspector/ElementReports.h"
 
-#include "tools/inspector/ElementReading.h"
+#include "tools/inspector/ElementTexts.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
 
@@ -33,10 +33,10 @@ std::vector<Report::Entry> AncestorEntries(const Content& content, const SLElemD
     return TesselSilverlight::GetAncestryInfo(element, ancestors.records, numbers);
   });
   if (numbers.size() != ancestors.records.size()) {
-    throw content.Refusal(ExitCode::kUnexpectedAnswer, what,
-                          "the broker gave " + std::to_string(ancestors.records.size()) +
-                              " elements and " + std::to_string(numbers.size()) +
-                              " numbers; look whether it is of this version");
+    throw content.MakeRefusal(ExitCode::kUnexpectedAnswer, what,
+                              "the broker gave " + std::to_string(ancestors.records.size()) +
+                                  " elements and " + std::to_string(numbers.size()) +
+                                  " numbers; look whether it is of this version");
   }
   std::vector<Report::Entry> entries;
   for (std::size_t i = 0; i < numbers.size(); ++i) {

@@ -4,6 +4,7 @@
 
 #include "tools/inspector/CallNotice.h"
 #include "tools/shared/ConsoleText.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
@@ -12,7 +13,7 @@ template <class Destroy>
 void Release(const SLElemData& element, Destroy destroy) {
   std::optional<CallNotice> notice;
   if (::SysStringLen(element.objectId) > 0) {
-    notice.emplace("release " + NameOf(element), kRoundTripSeconds);
+    notice.emplace("release " + NameOf(element), wire::kLongestRoundTripMilliseconds);
   }
   destroy();
 }

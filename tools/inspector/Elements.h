@@ -8,9 +8,6 @@
 
 #include "TesselSilverlight.h"
 
-// What one call may wait for at most: a broker's start; connecting, writing and reading.
-inline constexpr int kRoundTripSeconds = 16 + 3 * 18;
-
 std::string IdOf(const SLElemData& element);
 
 // For a message: element "ID".

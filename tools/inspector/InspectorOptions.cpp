@@ -1,13 +1,13 @@
 #include "tools/inspector/InspectorOptions.h"
 
-#include "tools/inspector/Command.h"
+#include "tools/inspector/InspectorCommand.h"
+#include "tools/inspector/InspectorError.h"
 #include "tools/inspector/OptionParts.h"
-#include "tools/inspector/ResultText.h"
 #include "tools/shared/CommandLine.h"
 
 namespace {
 
-using Target = Command::Target;
+using Target = InspectorCommand::Target;
 
 void AddTargetOptions(CLI::App& app, Target target, InspectorOptions& options) {
   if (target == Target::kWhole) return;
@@ -17,7 +17,7 @@ void AddTargetOptions(CLI::App& app, Target target, InspectorOptions& options) {
   AddParentOption(app, options);
 }
 
-void AddCommand(CLI::App& app, const Command& command, InspectorOptions& options) {
+void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions& options) {
   CLI::App& subcommand = *app.add_subcommand(command.name, command.description);
   AddContentOptions(subcommand, options);
   AddTargetOptions(subcommand, command.target, options);
@@ -37,6 +37,6 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
   app.allow_windows_style_options(false);  // "/x" is a text, as everywhere
   app.require_subcommand(1);
   app.footer("tessel COMMAND --help shows the options of a command.\n\n" + ExitCodeHelp());
-  for (const Command& command : AllCommands()) AddCommand(app, command, options);
+  for (const InspectorCommand& command : AllCommands()) AddCommand(app, command, options);
   return tools::ParseCommandLine(app);
 }

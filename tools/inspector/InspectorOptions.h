@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-struct Command;
+struct InspectorCommand;
 
 // The texts of A,B,C; an empty one matches everything.
 using SearchTexts = std::array<std::string, 3>;
 
 struct InspectorOptions {
-  const Command* command = nullptr;
+  const InspectorCommand* command = nullptr;
   bool json = false;
 
   std::string window;

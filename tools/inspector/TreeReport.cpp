@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "tools/inspector/ElementReading.h"
+#include "tools/inspector/ElementTexts.h"
 #include "tools/inspector/TargetWindow.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"

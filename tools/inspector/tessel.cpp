@@ -3,9 +3,9 @@
 #include <exception>
 #include <iostream>
 
-#include "tools/inspector/Command.h"
+#include "tools/inspector/InspectorCommand.h"
+#include "tools/inspector/InspectorError.h"
 #include "tools/inspector/InspectorOptions.h"
-#include "tools/inspector/ResultText.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {

@@ -16,7 +16,7 @@ std::wstring Wide(std::string_view text);
 // a backslash as two.
 std::string Printable(std::string_view text);
 
-// The same in double quotes, with one that belongs to the text behind a backslash.
+// The same in double quotes. A double quote of the text gets a backslash before it.
 std::string Quoted(std::string_view text);
 
 std::string HandleText(HWND window);

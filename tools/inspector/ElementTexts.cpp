@@ -1,10 +1,11 @@
-#include "tools/inspector/ElementReading.h"
+#include "tools/inspector/ElementTexts.h"
 
 #include "tools/shared/ConsoleText.h"
+#include "wire/Statuses.h"
 
 namespace {
 
-// `refusal` is the status for which there is no text; SL_SUCCESS stands for none.
+// Empty if the broker answers with the status `refusal`. With SL_SUCCESS every refusal is an error.
 std::optional<std::string> Attribute(const Content& content, const SLElemData& element,
                                      const std::string& name, int refusal) {
   std::wstring wideName = tools::Wide(name);
@@ -44,10 +45,10 @@ std::vector<std::string> ReadItems(const Content& content, const SLElemData& ele
 
 std::optional<std::string> TryAttribute(const Content& content, const SLElemData& element,
                                         const std::string& name) {
-  return Attribute(content, element, name, kStatusNotSupported);
+  return Attribute(content, element, name, wire::kNotSupported);
 }
 
 std::optional<std::vector<std::string>> TryItems(const Content& content,
                                                  const SLElemData& element) {
-  return Items(content, element, kStatusNotSupported);
+  return Items(content, element, wire::kNotSupported);
 }

@@ -1,6 +1,6 @@
-#include "tools/inspector/Command.h"
-#include "tools/inspector/ElementActions.h"
+#include "tools/inspector/ActionReports.h"
 #include "tools/inspector/ElementReports.h"
+#include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/InspectorOptions.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/TreeReport.h"
@@ -54,10 +54,10 @@ void AddRelative(CLI::App& command, InspectorOptions& options) {
       ->check(CLI::Range(1, kMostSteps));
 }
 
-constexpr auto kByOptions = Command::Target::kByOptions;
-constexpr auto kByItself = Command::Target::kByItself;
+constexpr auto kByOptions = InspectorCommand::Target::kByOptions;
+constexpr auto kByItself = InspectorCommand::Target::kByItself;
 
-constexpr Command kCommands[] = {
+constexpr InspectorCommand kCommands[] = {
     {"at", "The element at a point", kByItself, &AddPointArgument, &ReportElement},
     {"focus", "The element that has the focus", kByItself, &AddFocus, &ReportElement},
     {"parent", "The parent of an element", kByOptions, &AddNothing, &ReportParent},
@@ -66,7 +66,7 @@ constexpr Command kCommands[] = {
     {"selector", "The elements of an element's default selector", kByOptions, &AddNothing,
      &ReportSelector},
     {"find", "All elements that match three texts, below an element or in the whole content",
-     Command::Target::kByOptionsOrWhole, &AddSearch, &ReportFound},
+     InspectorCommand::Target::kByOptionsOrWhole, &AddSearch, &ReportFound},
     {"id", "What identifies an element: three texts and a number", kByOptions, &AddRelative,
      &ReportIdentity},
     {"get", "An attribute or a state of an element", kByOptions, &AddAttributeName,
@@ -79,9 +79,9 @@ constexpr Command kCommands[] = {
     {"check", "Check an element, or uncheck it", kByOptions, &AddOff, &Check},
     {"select", "Select an item of an element that is a list", kByOptions, &AddItem, &Select},
     {"tree", "All elements; with --json a scene file that SceneBroker serves again",
-     Command::Target::kWhole, &AddTreeOptions, &ReportTree},
+     InspectorCommand::Target::kWhole, &AddTreeOptions, &ReportTree},
 };
 
 }  // namespace
 
-std::span<const Command> AllCommands() { return kCommands; }
+std::span<const InspectorCommand> AllCommands() { return kCommands; }

@@ -1,4 +1,4 @@
-// tessel. The commands, each with what belongs to it alone.
+// tessel. Its commands.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -8,7 +8,7 @@
 #include "tools/inspector/InspectorOptions.h"
 #include "tools/inspector/Report.h"
 
-struct Command {
+struct InspectorCommand {
   // Whether --at, --focus, --find and --parent say what it is about.
   enum class Target { kByOptions, kByOptionsOrWhole, kByItself, kWhole };
 
@@ -19,4 +19,4 @@ struct Command {
   Report (*run)(const Content& content);
 };
 
-std::span<const Command> AllCommands();
+std::span<const InspectorCommand> AllCommands();

@@ -1,6 +1,6 @@
-#include "tools/inspector/ElementActions.h"
+#include "tools/inspector/ActionReports.h"
 
-#include "tools/inspector/Command.h"
+#include "tools/inspector/InspectorCommand.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {

@@ -1,0 +1,50 @@
+#include "tools/inspector/InspectorError.h"
+
+#include "tools/shared/ConsoleText.h"
+#include "tools/shared/ResultCodes.h"
+
+namespace {
+
+ExitCode ExitCodeOf(int code) {
+  switch (code) {
+    case SL_INVALID_ARGUMENT:
+      return ExitCode::kUsage;
+    case SL_FAILURE:
+    case SL_CANNOT_READ:
+    case SL_CANNOT_CONNECT:
+    case SL_BROKER_NOT_STARTED:
+    case SL_INJECTOR_NOT_STARTED:
+    case SL_INJECTION_FAILED:
+      return ExitCode::kUnreachable;
+    case SL_ARCHIVE_FAILURE:
+    case SL_INVALID_OBJECT:
+      return ExitCode::kUnexpectedAnswer;
+    default:
+      return ExitCode::kRefused;
+  }
+}
+
+}  // namespace
+
+InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
+                           const std::string& reasonAndCure, const std::string& address) {
+  return {exitCode,
+          "cannot " + what + ": " + reasonAndCure + "\n  address: " + tools::Printable(address)};
+}
+
+InspectorError MakeCallFailure(const std::string& what, const std::string& address, int code) {
+  const tools::ResultCode result = tools::DescribeResult(code);
+  return {ExitCodeOf(code), "cannot " + what + "\n  address: " + tools::Printable(address) +
+                                "\n  code:    " + std::to_string(code) + " (" + result.name +
+                                "): " + result.meaning + "\n  to do:   " + result.cure};
+}
+
+std::string ExitCodeHelp() {
+  return "Exit codes:\n"
+         "  0  done\n"
+         "  1  no such element: none at the point, no focus, no such ancestor, no one match\n"
+         "  2  wrong command line, or no one window of that title or handle\n"
+         "  3  no broker: not started, not connected, or no answer\n"
+         "  4  the broker refused, with a status of its own\n"
+         "  5  an answer that does not fit the request, or any other failure";
+}
