@@ -1,6 +1,7 @@
 #include "tools/scenebroker/SceneReader.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -11,6 +12,7 @@
 
 namespace {
 
+using tools::Printable;
 using tools::Quoted;
 
 constexpr int kVersion = 1;
@@ -26,7 +28,7 @@ struct Place {
   }
   Place At(const std::string& field) const { return {value[field], FieldPath(field)}; }
   std::string FieldPath(const std::string& field) const {
-    return (path.empty() ? "" : path + '.') + field;
+    return (path.empty() ? "" : path + '.') + Printable(field);
   }
   bool Has(const std::string& field) const { return value.contains(field); }
 
@@ -58,16 +60,34 @@ void CheckObject(const Place& place, std::initializer_list<const char*> required
   }
 }
 
-std::string ReadText(const Place& place) {
+// On the way between broker and client a text ends at U+0000, and a noncharacter becomes U+FFFD.
+bool IsCarried(char32_t code) {
+  const bool isNoncharacter = (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
+  return code != 0 && !isNoncharacter;
+}
+
+// `subject` goes before the message: empty, or the part of the place that `text` is.
+void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
+  const std::wstring units = tools::Wide(text);
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    char32_t code = units[i];
+    if (IS_HIGH_SURROGATE(units[i])) code = 0x10000 + ((code & 0x3FF) << 10 | (units[++i] & 0x3FF));
+    if (IsCarried(code)) continue;
+    char name[16];
+    std::snprintf(name, sizeof(name), "U+%04X", static_cast<unsigned>(code));
+    place.Fail(subject + "must not hold " + name + ", which does not reach clients; remove it");
+  }
+}
+
+std::string ParseText(const Place& place) {
   if (!place.value.is_string()) place.Fail("must be a text; write it in double quotes");
   auto text = place.value.get<std::string>();
-  // A client's text ends there.
-  if (text.find('\0') != std::string::npos) place.Fail("must not hold U+0000; remove it");
+  CheckCharacters(place, "", text);
   return text;
 }
 
-std::string ReadNonEmptyText(const Place& place) {
-  std::string text = ReadText(place);
+std::string ParseNonEmptyText(const Place& place) {
+  std::string text = ParseText(place);
   if (text.empty()) place.Fail("must not be empty; write a text");
   return text;
 }
@@ -77,7 +97,7 @@ const Place& CheckArray(const Place& place, const char* cure) {
   return place;
 }
 
-RECT ReadRect(const Place& place) {
+RECT ParseRect(const Place& place) {
   constexpr char kCure[] = "write [left, top, right, bottom]";
   if (CheckArray(place, kCure).value.size() != 4) {
     place.Fail(std::string("must have four numbers; ") + kCure);
@@ -96,7 +116,7 @@ RECT ReadRect(const Place& place) {
   return rect;
 }
 
-void ReadAttributes(const Place& place, SceneElement& element) {
+void ParseAttributes(const Place& place, SceneElement& element) {
   if (!place.value.is_object()) place.Fail("must be an object; write {\"name\": \"text\"}");
   for (const auto& field : place.value.items()) {
     const Place attribute = {field.value(), place.FieldPath(field.key())};
@@ -104,56 +124,57 @@ void ReadAttributes(const Place& place, SceneElement& element) {
     if (IsOneOf(kStateNames, field.key())) {
       attribute.Fail("is a state, not an attribute; move it to \"states\"");
     }
-    element.attributes[field.key()] = ReadText(attribute);
+    CheckCharacters(attribute, "the name ", field.key());
+    element.attributes[field.key()] = ParseText(attribute);
   }
 }
 
-void ReadItems(const Place& place, SceneElement& element) {
+void ParseItems(const Place& place, SceneElement& element) {
   CheckArray(place, "write [\"text\", ...]");
   std::vector<std::string>& items = element.items.emplace();
-  for (std::size_t i = 0; i < place.value.size(); ++i) items.push_back(ReadText(place.At(i)));
+  for (std::size_t i = 0; i < place.value.size(); ++i) items.push_back(ParseText(place.At(i)));
 }
 
-void ReadStates(const Place& place, SceneElement& element) {
+void ParseStates(const Place& place, SceneElement& element) {
   CheckObject(place, {}, kStateNames);
   if (place.Has(kCheckedState)) {
     const Place checked = place.At(kCheckedState);
     if (!checked.value.is_boolean()) checked.Fail("must be true or false; write one of them");
     element.checked = checked.value.get<bool>();
   }
-  if (place.Has(kValueState)) element.value = ReadText(place.At(kValueState));
+  if (place.Has(kValueState)) element.value = ParseText(place.At(kValueState));
   if (place.Has(kSelectedState)) {
     const Place selected = place.At(kSelectedState);
-    element.selected = ReadText(selected);
+    element.selected = ParseText(selected);
     if (!element.items || std::ranges::count(*element.items, *element.selected) == 0) {
       selected.Fail("is none of the element's items; add it to \"items\", or select another");
     }
   }
 }
 
-SceneElement ReadElement(const Place& place, const Scene& scene) {
+SceneElement ParseElement(const Place& place, const Scene& scene) {
   CheckObject(place, {"id", "rect"}, {"parent", "attributes", "items", "states"});
   SceneElement element;
-  element.id = ReadNonEmptyText(place.At("id"));
-  element.rect = ReadRect(place.At("rect"));
+  element.id = ParseNonEmptyText(place.At("id"));
+  element.rect = ParseRect(place.At("rect"));
   if (place.Has("parent")) {
     const Place parent = place.At("parent");
-    element.parent = ReadNonEmptyText(parent);
+    element.parent = ParseNonEmptyText(parent);
     if (scene.Find(element.parent) == nullptr) {
       parent.Fail("no element above has the id " + Quoted(element.parent) +
                   "; correct it, or move the parent before its children");
     }
   }
-  if (place.Has("attributes")) ReadAttributes(place.At("attributes"), element);
-  if (place.Has("items")) ReadItems(place.At("items"), element);
-  if (place.Has("states")) ReadStates(place.At("states"), element);
+  if (place.Has("attributes")) ParseAttributes(place.At("attributes"), element);
+  if (place.Has("items")) ParseItems(place.At("items"), element);
+  if (place.Has("states")) ParseStates(place.At("states"), element);
   return element;
 }
 
-void ReadElements(const Place& place, Scene& scene) {
+void ParseElements(const Place& place, Scene& scene) {
   CheckArray(place, "write [{...}, ...]");
   for (std::size_t i = 0; i < place.value.size(); ++i) {
-    SceneElement element = ReadElement(place.At(i), scene);
+    SceneElement element = ParseElement(place.At(i), scene);
     const std::string id = element.id;
     if (!scene.Add(std::move(element))) {
       place.At(i).At("id").Fail("another element has the id " + Quoted(id) +
@@ -162,7 +183,7 @@ void ReadElements(const Place& place, Scene& scene) {
   }
 }
 
-Scene ReadScene(const Json& json) {
+Scene ParseScene(const Json& json) {
   const Place root = {json, ""};
   CheckObject(root, {"version", "address", "title", "elements"}, {"focus"});
   const Place version = root.At("version");
@@ -171,12 +192,12 @@ Scene ReadScene(const Json& json) {
                  std::to_string(kVersion) + ", or use the tools that wrote the file");
   }
   Scene scene;
-  scene.address = ReadNonEmptyText(root.At("address"));
-  scene.title = ReadNonEmptyText(root.At("title"));
-  ReadElements(root.At("elements"), scene);
+  scene.address = ParseNonEmptyText(root.At("address"));
+  scene.title = ParseNonEmptyText(root.At("title"));
+  ParseElements(root.At("elements"), scene);
   if (root.Has("focus")) {
     const Place focus = root.At("focus");
-    scene.focus = ReadNonEmptyText(focus);
+    scene.focus = ParseNonEmptyText(focus);
     if (scene.Find(scene.focus) == nullptr) {
       focus.Fail("no element has the id " + Quoted(scene.focus) +
                  "; correct it, or remove the field");
@@ -196,7 +217,7 @@ std::string ReadFileText(const std::wstring& path) {
 
 Scene ReadSceneFile(const std::wstring& path) {
   try {
-    return ReadScene(ParseSceneText(ReadFileText(path)));
+    return ParseScene(ParseSceneText(ReadFileText(path)));
   } catch (const SceneError& error) {
     // The library quotes the bytes that it refuses, which need not be UTF-8.
     throw SceneError(tools::Narrow(path + L": " + tools::Wide(error.what())));

@@ -5,6 +5,8 @@
 #include <set>
 #include <vector>
 
+#include "tools/shared/ConsoleText.h"
+
 namespace {
 
 // Line and column of a byte; columns are counted in characters.
@@ -91,7 +93,7 @@ class TextCheck : public nlohmann::json_sax<Json> {
       if (level.isArray) {
         path += '[' + std::to_string(level.index) + ']';
       } else {
-        path += (path.empty() ? "" : ".") + level.field;
+        path += (path.empty() ? "" : ".") + tools::Printable(level.field);
       }
     }
     return path;
