@@ -18,6 +18,7 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
+thread_local std::size_t refusedSize = 0;  // no memory for a block of exactly this size
 
 DWORD testId = ::GetCurrentProcessId();  // of the test, in its children too
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
@@ -43,7 +44,7 @@ struct Endpoint {
     if (verb == "disconnect") done = pipe.DisconnectClient();
     if (verb == "connect") done = pipe.ConnectToServerPipe(server);
     if (verb == "exists") done = pipe.ServerPipeExists(server, number);
-    if (verb == "attach") done = pipe.AttachToServerPipe(ULongToHandle(number));
+    if (verb == "attach") done = pipe.AttachToServerPipe(LongToHandle(number));
     if (verb == "readbytes") done = pipe.ReadBuffer(bytes);
     if (verb == "write") done = pipe.WriteString(std::wstring(rest.begin(), rest.end()));
     if (verb == "writebytes") done = pipe.WriteBuffer(Bytes(number, 'x'));
@@ -170,10 +171,15 @@ TEST_F(Pipe, MessagesOfAnySizeCrossAHandleThatWasHandedOn) {
 
 TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
   Expect("s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes");
+  const std::uint64_t start = ::GetTickCount64();
+  Expect("d timeout 200 > yes; d connect > no; d close > yes; d timeout 30000 > yes");
+  EXPECT_GT(::GetTickCount64(), start + 200) << "a busy pipe is waited for";
   ::DisconnectNamedPipe(SafeHandle(ends['s'].pipe.DuplicatePipeHandle(testId)).Get());
   Expect("s disconnect > no; c close > yes; s wait 0 > no, timed out");
   Expect("c connect > yes; s wait 0 > yes");
-  Meanwhile("Start ConnectToServerPipe", "d connect > yes; d write here > yes",
+  EXPECT_EQ(LogCapture::Count("Pipe client already connected"), 2u);
+  EXPECT_EQ(LogCapture::Count("WaitClientToConnect timeout"), 1u);
+  Meanwhile("", "d connect > yes; d write here > yes",
             [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
   const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
   MSG posted;
@@ -196,6 +202,18 @@ TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
     Expect("c close > yes; c create 0 > yes");
     Meanwhile(i % 10 == 0 ? "Wait client to connect" : "", "c wait -1 > shut down",
               [&] { Expect("c shutdown 30000 > yes"); });
+  }
+}
+
+TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
+  for (const std::size_t size : {65536, 5000}) {  // the buffer, and the copy for the caller
+    Expect("s create 0 > yes; c connect > yes; s wait 0 > yes");
+    refusedSize = size;
+    Meanwhile("Start reading", "s readbytes > no; s close > yes",
+              [&] { ends['c'].Do("writebytes 5000"); });
+    refusedSize = 0;
+    EXPECT_EQ(Log().at(0), "ERROR Failed to allocate " + std::to_string(size) + " bytes");
+    Expect("c close > yes");
   }
 }
 
@@ -246,6 +264,15 @@ TEST(SafeObject, OwnsOneHandleAndKeepsTheLastError) {
 }
 
 }  // namespace
+
+void* operator new(std::size_t size) {
+  void* const block = size == refusedSize && size != 0 ? nullptr : std::malloc(size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+// GCC 12 takes an inlined std::free for a mismatch with operator new.
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);

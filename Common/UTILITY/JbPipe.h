@@ -33,21 +33,24 @@ struct PipeMessage {
   std::size_t capacity = 0;
 };
 
-// Time-outs are in milliseconds. Functions give true on success; failures of the system are logged
-// and give false. An endpoint is for one thread at a time, but for Shutdown.
+// Time-outs are in milliseconds. Functions return true on success, and false when a system call
+// fails. Such a failure is logged, except in DisconnectClient, in DuplicatePipeHandle, and for a
+// write that fails at once. Misuse throws PipeException. Only one thread at a time may use an
+// endpoint; a second one may call Shutdown.
 class IJbPipe {
  public:
-  // Server. Creates the pipe; one that is busy is tried again until the time is over.
+  // Server. Creates the pipe. While the name is taken it tries again, until the time-out.
   virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
-  // Server. `timedOut` may be null. INFINITE waits without limit.
+  // Server. `timedOut` receives 1 when no client came in time, else 0; it may be null. INFINITE
+  // waits without limit.
   virtual bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) = 0;
-  // Server. Waits until the client has read everything, then lets it go.
+  // Server. Waits until the client has read everything, then disconnects it.
   virtual bool DisconnectClient() = 0;
-  // Client. A missing server is not waited for, a busy one is until the endpoint's time-out.
+  // Client. Waits for a busy server until the endpoint's time-out, but not for a missing one.
   virtual bool ConnectToServerPipe(std::uint32_t serverProcessId) = 0;
-  // Client. Takes over a handle that is open already.
+  // Client. Takes ownership of an open pipe handle. Null and INVALID_HANDLE_VALUE are misuse.
   virtual bool AttachToServerPipe(HANDLE pipe) = 0;
-  // A handle valid in that process, or null.
+  // Returns a handle that is valid in that process, or null.
   virtual HANDLE DuplicatePipeHandle(std::uint32_t processId) = 0;
   virtual void Close() = 0;
   virtual bool ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeout) = 0;
@@ -58,12 +61,12 @@ class IJbPipe {
   virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
   virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
   virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
-  // One read wait, one write wait, and the tries to connect.
+  // Limits each wait of a read, each wait of a write, and the tries to connect.
   virtual void SetTimeout(std::uint32_t timeout) = 0;
   // While a read waits, messages sent to the thread's windows are dispatched.
   virtual void SetPumpMessages(bool pump) = 0;
-  // Server, callable from another thread. Wakes a waiting server; from now on every operation
-  // throws PipeShutdownException until Close.
+  // Server, callable from another thread. Wakes a server that waits for a client. Until Close,
+  // CreateServerPipe, WaitClientToConnect and all reads and writes throw PipeShutdownException.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;
 };
@@ -85,7 +88,7 @@ class CJbPipe final : public IJbPipe {
   void SetPipeName(const std::wstring& baseName) override { baseName_ = baseName; }
   void SetAppendProcessId(bool append) override { appendProcessId_ = append; }
   bool ReadString(std::wstring& text) override;
-  // The same without a copy: the text stands in `message`.
+  // The same without a copy: `text` points into `message`.
   bool ReadString(PipeMessage& message, std::wstring_view& text);
   bool WriteString(std::wstring_view text) override;
   bool ReadBuffer(std::vector<BYTE>& bytes) override;
@@ -106,13 +109,16 @@ class CJbPipe final : public IJbPipe {
 
   bool CreateIoEvent();
   bool TryCreateInstance(const std::wstring& name, bool firstInstance);
-  OVERLAPPED MakeOverlapped() const;
-  bool GiveUpWait();
+  bool StartWait(OVERLAPPED& overlapped);
+  void CancelWait(OVERLAPPED& overlapped);
   bool FinishWait(OVERLAPPED& overlapped, bool timedOut);
+  bool GiveUpWait();
+  DWORD OpenPipe(const std::wstring& name);
+  OVERLAPPED MakeOverlapped() const;
   DWORD WaitForIo() const;
   DWORD PumpUntilIo() const;
   bool ReadMessage(PipeMessage& message);
-  static bool GrowBuffer(PipeMessage& message, std::size_t capacity);
+  DWORD ReadPart(PipeMessage& message, OVERLAPPED& overlapped);
 
   std::uint32_t timeout_ = 3000;
   SafeHandle ioEvent_;  // manual reset
