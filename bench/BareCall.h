@@ -12,14 +12,22 @@
 
 namespace bench {
 
+// What a client does while the pipe is busy.
+enum class WhileBusy {
+  kWait,   // wait for a free instance, as the module does
+  kSleep,  // sleep 50 ms, as the module did before
+};
+
 class BareCall {
  public:
-  BareCall(const std::wstring& pipeName, const std::wstring& request)
+  BareCall(const std::wstring& pipeName, const std::wstring& request,
+           WhileBusy whileBusy = WhileBusy::kWait)
       : name_(pipeName.c_str()),
         request_(request.data()),
-        requestBytes_(static_cast<DWORD>(request.size() * sizeof(wchar_t))) {}
+        requestBytes_(static_cast<DWORD>(request.size() * sizeof(wchar_t))),
+        whileBusy_(whileBusy) {}
 
-  // The whole call. Gives the size of the answer in bytes.
+  // The whole call. Returns the size of the answer in bytes.
   std::size_t Run() {
     Probe();
     Connect();
@@ -46,7 +54,7 @@ class BareCall {
                         OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr /*template*/);
       if (pipe_ != INVALID_HANDLE_VALUE) break;
       if (::GetLastError() != ERROR_PIPE_BUSY) Fail("the pipe does not open");
-      ::Sleep(50);
+      if (whileBusy_ == WhileBusy::kSleep || !WaitForInstance()) ::Sleep(50);
     }
     DWORD mode = PIPE_READMODE_MESSAGE;
     ::SetNamedPipeHandleState(pipe_, &mode, nullptr /*collection*/, nullptr /*collection*/);
@@ -84,6 +92,10 @@ class BareCall {
  private:
   static constexpr DWORD kTimeout = 18000;
 
+  bool WaitForInstance() const {
+    return ::WaitNamedPipeW(name_, 50 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
+  }
+
   OVERLAPPED MakeOverlapped() const {
     OVERLAPPED overlapped = {};
     overlapped.hEvent = event_;
@@ -97,6 +109,7 @@ class BareCall {
   const wchar_t* const name_;
   const wchar_t* const request_;
   const DWORD requestBytes_;
+  const WhileBusy whileBusy_;
   HANDLE event_ = nullptr;
   HANDLE pipe_ = nullptr;
   DWORD transferred_ = 0;

@@ -1,5 +1,9 @@
 // An element call of the public interface against a resident server, beside the system calls that
 // it consists of, and beside the system's own one-call client.
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <future>
 #include <thread>
 #include <utility>
 
@@ -72,6 +76,9 @@ struct Ways {
   void Bare() {
     if (BareCall(pipeName, request).Run() != bytes) Fail("bare: another answer");
   }
+  void SleepingCall() {
+    if (BareCall(pipeName, request, WhileBusy::kSleep).Run() != bytes) Fail("bare: another answer");
+  }
   void Call() {
     if (element.ReadAttribute() != bytes / sizeof(wchar_t) - 6) Fail("call: another answer");
   }
@@ -92,6 +99,7 @@ struct Ways {
 };
 
 constexpr const char* kBare = "the bare system calls";
+constexpr const char* kSleeping = "bare calls, 50 ms sleep while busy";
 constexpr const char* kCall = "element call, one text";
 constexpr const char* kOneCall = "CallNamedPipeW";
 
@@ -152,11 +160,62 @@ void MeasureSlowServer(Report& report) {
   report.Measure(
       {"roundtrip",
        "a server that listens again after 5 ms, answer of 60 bytes",
-       {MakeRow(kBare, [&ways] { ways.Bare(); }), MakeRow(kCall, [&ways] { ways.Call(); }),
-        MakeRow(kOneCall, [&ways] { ways.OneCall(); })},
+       {MakeRow(kOneCall, [&ways] { ways.OneCall(); }), MakeRow(kCall, [&ways] { ways.Call(); }),
+        MakeRow(kBare, [&ways] { ways.Bare(); }),
+        MakeRow(kSleeping, [&ways] { ways.SleepingCall(); })},
        0,
        Sampling::kCalls,
        report.Quick() ? 20u : 100u});
+}
+
+// A thread's share of calls, one after the other. Returns the time of each, in seconds.
+std::vector<double> TimeCalls(const ResidentServer& server, void (Ways::*way)(), int calls) {
+  using Clock = std::chrono::steady_clock;
+  Ways ways(server, kAnswers[0]);
+  std::vector<double> samples;
+  for (int i = 0; i < calls; ++i) {
+    const auto start = Clock::now();
+    (ways.*way)();
+    samples.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+  }
+  return samples;
+}
+
+// The calls of all threads. A call that fails ends the program, so each thread finishes its share.
+void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<double>& samples) {
+  constexpr int kThreads = 8, kCalls = 25;
+  std::vector<std::future<std::vector<double>>> threads;
+  for (int i = 0; i < kThreads; ++i)
+    threads.push_back(std::async(std::launch::async, TimeCalls, std::cref(server), way, kCalls));
+  for (auto& thread : threads) {
+    const std::vector<double> times = thread.get();
+    samples.insert(samples.end(), times.begin(), times.end());
+  }
+}
+
+// Without CallNamedPipeW, which fails when another client takes the instance that it waited for.
+void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
+  struct {
+    const char* name;
+    void (Ways::*way)();
+    std::vector<double> samples;
+  } rows[] = {
+      {kSleeping, &Ways::SleepingCall, {}}, {kCall, &Ways::Call, {}}, {kBare, &Ways::Bare, {}}};
+  const ResidentServer server(host, 1 /*instance*/, pause);
+  const int rounds = report.Quick() ? 1 : 20;
+  for (int round = 0; round < rounds; ++round) {
+    for (auto& row : rows) TimeThreads(server, row.way, row.samples);
+  }
+  Grid grid = {"roundtrip", title, {"", "median, ms", "p99, ms", "p99 ratio", "slowest, ms"}, {}};
+  const double base = Summarize(rows[0].samples).percentile99;
+  for (const auto& row : rows) {
+    const Statistics statistics = Summarize(row.samples);
+    grid.lines.push_back(
+        {row.name,
+         {statistics.median * 1e3, statistics.percentile99 * 1e3, statistics.percentile99 / base,
+          *std::max_element(row.samples.begin(), row.samples.end()) * 1e3}});
+  }
+  report.Print(grid);
 }
 
 }  // namespace
@@ -167,4 +226,8 @@ int main(int count, char** arguments) {
   MeasureOneThread(report, server);
   MeasureThreads(report, server);
   MeasureSlowServer(report);
+  MeasureOneInstance(report, L"one-slow", 5 /*ms*/,
+                     "8 threads, one instance that listens again after 5 ms, one call");
+  MeasureOneInstance(report, L"one-quick", 0 /*ms*/,
+                     "8 threads, one instance that listens again at once, one call");
 }
