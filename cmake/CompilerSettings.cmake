@@ -1,6 +1,9 @@
 # What every target of this project is compiled and linked with.
 if(MSVC)
   add_compile_options(/W4 /WX /utf-8 /permissive-)
+  # The log needs what _snprintf and _vsnwprintf do with a text that is too long. Microsoft's headers call
+  # them unsafe (C4996).
+  add_compile_definitions(_CRT_SECURE_NO_WARNINGS)
 else()
   add_compile_options(-Wall -Wextra -Werror "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

@@ -1,6 +1,7 @@
-// Both processes. The one log of the module: levelled lines to the debugger output and to event
-// tracing. Log through the macros below: a line that nobody wants costs one cached level lookup,
-// its arguments are not evaluated. Callable from any thread; keeps the thread's last error.
+// Both processes. The one log of the module: lines with a level, which go to the debugger output
+// and to event tracing. Use the macros below: when a line is not logged, they cost one look at a
+// cached level and do not evaluate the arguments. Callable from any thread; keeps the thread's last
+// error.
 #pragma once
 
 #include "logging/LogLevel.h"
@@ -27,10 +28,11 @@ struct LogSite {
 };
 
 // `format` follows Microsoft's printf rules. Wide text in a narrow format ("%ls", "%S") comes out
-// as UTF-8. A message beyond 4095 characters is cut.
+// as UTF-8. A message is cut at 4095 bytes.
 void WriteLog(const LogSite& site, const char* format, ...);
 
-// The same for wide formats, in which "%s" and "%ls" take wide text.
+// The same for wide formats, in which "%s" and "%ls" take wide text. A message is cut at 4095
+// UTF-16 units, before it becomes UTF-8.
 void WriteLogW(const LogSite& site, const wchar_t* format, ...);
 
 }  // namespace logging

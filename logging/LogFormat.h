@@ -21,7 +21,8 @@ class TextBuffer {
   void AppendWide(std::wstring_view text);
   void AppendFormat(const char* format, ...);
 
-  // At most `longest` characters of the message are kept.
+  // Keeps at most `longest` units of the message: bytes of a narrow one, UTF-16 units of a wide
+  // one.
   void AppendMessage(std::size_t longest, const char* format, std::va_list arguments);
   void AppendMessage(std::size_t longest, const wchar_t* format, std::va_list arguments);
 

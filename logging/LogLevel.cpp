@@ -41,7 +41,7 @@ int ReadLevelFromRegistry() {
   return kFatal;
 }
 
-// Gives the levels as `change` left them.
+// Returns the levels as `change` left them.
 template <class Change>
 LogLevels ChangeLevels(Change change) {
   LogLevels old = logLevels.load(), levels;
@@ -56,7 +56,7 @@ LogLevels ChangeLevels(Change change) {
 
 constinit std::atomic<LogLevels> logLevels{{0 /*staleTick*/, kFatal, kFatal}};
 
-LogLevels RefreshLogLevels(std::uint64_t now) {
+LogLevels EnsureProviderAndReadLevel(std::uint64_t now) {
   const LastErrorGuard keepLastError;
   EnsureEventProvider();
   const int configured = ReadLevelFromRegistry();

@@ -12,21 +12,37 @@ namespace {
 constexpr DWORD kMostFrames = 62;
 constexpr DWORD kLongestName = 100;
 
-bool PrepareSymbols() {
-  ::SymSetOptions(::SymGetOptions() | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS);
-  return ::SymInitialize(::GetCurrentProcess(), nullptr /*search path*/, TRUE /*all modules*/);
-}
+// This process's symbols. The handle is of its own, because the system keeps symbols by handle: the
+// host may have initialised and may be using those of GetCurrentProcess(). Only one thread at a
+// time may call the symbol functions.
+class Symbols {
+ public:
+  Symbols() {
+    ::SymSetOptions(options_ | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS);
+    initialised_ = ::SymInitialize(process_, nullptr /*search path*/, TRUE /*all modules*/);
+  }
+  ~Symbols() {
+    if (initialised_) ::SymCleanup(process_);
+    ::SymSetOptions(options_);
+    ::CloseHandle(process_);
+  }
+  Symbols(const Symbols&) = delete;
+  Symbols& operator=(const Symbols&) = delete;
 
-bool FindSymbol(void* address, SYMBOL_INFO& symbol, DWORD64& offset) {
-  // The symbol functions are for one thread at a time.
-  static std::mutex mutex;
-  const std::lock_guard lock(mutex);
-  // Fails when the host prepared them itself; the symbols are there all the same.
-  [[maybe_unused]] static const bool prepared = PrepareSymbols();
-  return ::SymFromAddr(::GetCurrentProcess(), reinterpret_cast<DWORD64>(address), &offset, &symbol);
-}
+  bool Find(void* address, SYMBOL_INFO& symbol, DWORD64& offset) const {
+    return ::SymFromAddr(process_, reinterpret_cast<DWORD64>(address), &offset, &symbol);
+  }
 
-void AppendFrame(TextBuffer& out, void* address) {
+ private:
+  static inline std::mutex mutex_;
+  const std::lock_guard<std::mutex> lock_{mutex_};
+  const HANDLE process_ = ::OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ,
+                                        FALSE /*inheritable*/, ::GetCurrentProcessId());
+  const DWORD options_ = ::SymGetOptions();
+  bool initialised_ = false;
+};
+
+void AppendFrame(TextBuffer& out, const Symbols& symbols, void* address) {
   struct {
     SYMBOL_INFO info;
     char name[kLongestName];
@@ -34,7 +50,7 @@ void AppendFrame(TextBuffer& out, void* address) {
   symbol.info.SizeOfStruct = sizeof(symbol.info);
   symbol.info.MaxNameLen = kLongestName;
   DWORD64 offset = 0;
-  if (FindSymbol(address, symbol.info, offset)) {
+  if (symbols.Find(address, symbol.info, offset)) {
     out.AppendFormat("\n\t%s [0x%p+%I64u]", symbol.info.Name, address, offset);
   } else {
     out.AppendFormat("\n\t(No symbol) [0x%p]", address);
@@ -48,7 +64,8 @@ void AppendStackDump(TextBuffer& out) {
   const USHORT count =
       ::RtlCaptureStackBackTrace(1 /*without this function*/, kMostFrames, frames, nullptr);
   out.Append("\nBacktrace:");
-  for (USHORT i = 0; i < count; ++i) AppendFrame(out, frames[i]);
+  const Symbols symbols;
+  for (USHORT i = 0; i < count; ++i) AppendFrame(out, symbols, frames[i]);
 }
 
 }  // namespace logging

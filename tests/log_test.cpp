@@ -2,6 +2,8 @@
 // under Wine, so event tracing meets functions of this suite's own.
 #include <gmock/gmock.h>
 #include <windows.h>
+// dbghelp.h needs windows.h before it
+#include <dbghelp.h>
 
 #include <clocale>
 #include <regex>
@@ -108,11 +110,13 @@ TEST_F(Log, LevelComesFromTheRegistry) {
 }
 
 TEST_F(VerboseLog, FatalLineHasItsFormAndTheCallStack) {
+  ::SymInitialize(::GetCurrentProcess(), nullptr, FALSE);
   logging::WriteLog({"/build/a.b/Log.cpp", -2, logging::kFatal}, "%s", "text");
   const auto line = LogCapture::Lines().at(0), thread = std::to_string(::GetCurrentThreadId());
   const std::regex form("\\{" + thread + R"(\} \[\d{4}/\d{6}\.\d{3}:FATAL:\(v1_0_0_0\) Log\.cpp)" +
                         R"(\(-2\)\] text\nBacktrace.*\n(.*\n)+.*\[0x[0-9A-F]{16}(\+\d+)?\]\n)");
   EXPECT_TRUE(std::regex_match(line, form)) << line;
+  EXPECT_TRUE(::SymCleanup(::GetCurrentProcess())) << "the host's symbols are the host's";
 }
 
 TEST_F(VerboseLog, DTraceWritesTheClientsLine) {
