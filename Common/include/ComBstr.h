@@ -31,11 +31,10 @@ class CComBSTR {
   CComBSTR& operator=(const wchar_t* text) { return *this = CComBSTR(text); }
 
   // A BSTR of the caller's own, with embedded zeros kept; null for a null text.
-  BSTR Copy() const { return CopyOf(m_str); }
-  static BSTR CopyOf(BSTR text) {
-    if (text == nullptr) return nullptr;
+  BSTR Copy() const {
+    if (m_str == nullptr) return nullptr;
     return Allocated(
-        ::SysAllocStringByteLen(reinterpret_cast<const char*>(text), ::SysStringByteLen(text)),
+        ::SysAllocStringByteLen(reinterpret_cast<const char*>(m_str), ::SysStringByteLen(m_str)),
         true);
   }
 

@@ -29,8 +29,8 @@ inline void ReportHeapFreeFailure(DWORD error) {
 inline void ReportNullPointer() { DTrace(1, L"HeapAllocator: null pointer on deallocate"); }
 inline void ReportHeapFreeFailure(DWORD error) {
   wchar_t text[64];
-  _snwprintf(text, sizeof(text) / sizeof(*text), L"HeapAllocator: HeapFree failed err=%d",
-             static_cast<int>(error));
+  std::swprintf(text, sizeof(text) / sizeof(*text), L"HeapAllocator: HeapFree failed err=%d",
+                static_cast<int>(error));
   DTrace(2, text);
 }
 #endif
