@@ -4,12 +4,13 @@
 #include <future>
 #include <thread>
 
-#include "internal/SafeObject.h"
 #include "TesselSLB/BrokerInjection.h"
 #include "TesselSLB/BrokerStartup.h"
 #include "TesselSLB/NudgeWindow.h"
 #include "TesselSilverlight.h"
+#include "internal/SafeObject.h"
 #include "support/LogCapture.h"
+#include "support/RawClient.h"
 #include "support/StandIn.h"
 #include "support/TestWindow.h"
 #include "support/Text.h"
@@ -42,11 +43,60 @@ TEST(Injection, TakesOverAnAbandonedMutexAndGivesItBack) {
   const SafeHandle mutex(::CreateMutexW(nullptr, FALSE /*owned*/, kMutex));
   std::thread([&] { EXPECT_EQ(::WaitForSingleObject(mutex.Get(), 0), WAIT_OBJECT_0); }).join();
   LogCapture::Reset();
+  EXPECT_EQ(InjectBroker(nullptr), -5);
   EXPECT_EQ(InjectBroker(window.Child()), -10) << "there is no injector";
   EXPECT_FALSE(::ReleaseMutex(mutex.Get())) << "this thread has given it back";
   EXPECT_THAT(LogCapture::Messages(),
-              ElementsAre("ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
-                          Narrow(kProcess.c_str())));
+              ElementsAre("ERROR Invalid window",
+                          "ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
+                              Narrow(kProcess.c_str())));
+}
+
+HANDLE server = nullptr;
+
+// What users look for in the log when a call has failed.
+TEST(FailedCalls, AreExplainedInTheLog) {
+  const StandIn launcher(L"sllauncher");
+  std::ofstream(launcher.Program(), std::ios::trunc);  // no program any more
+  const struct {
+    DWORD scheme, access;  // of the address's pipe, or 0: there is none
+    int result;
+    Texts lines;
+  } kRows[] = {
+      {9,
+       0,
+       -9,
+       {"INFO SendMessageToBroker for UNKNOWN SCHEME scheme", "ERROR Unknown URI scheme 9",
+        "ERROR Cannot get URI scheme as string"}},
+      {SL_TAILORED_URI,
+       0,
+       -9,
+       {"ERROR CreateProcess failed, slLauncher=" + launcher.Program().string() +
+        " cmdLine=sllauncher.exe /overwrite /emulate:\"" + kFolder + "SLBroker.xap\" /origin:\"" +
+        "http://log" + Narrow(kProcess.c_str()) + "/TailoredBroker/SLBroker.xap\""}},
+      {SL_NO_URI,
+       PIPE_ACCESS_INBOUND,
+       -7,
+       {"INFO SL_NO_URI scheme", "INFO Prepare to send message for SL_TAILORED_URI scheme",
+        "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
+        "ERROR Cannot open server pipe: E_ACCESSDENIED", "ERROR Cannot connect to SL server pipe"}},
+      {SL_TAILORED_URI, PIPE_ACCESS_DUPLEX, -7, {"ERROR Cannot write to SL server pipe"}}};
+  for (const auto& [scheme, access, result, lines] : kRows) {
+    const SafeFile pipe(::CreateNamedPipeW((kTailoredPipe + L"http___log" + kProcess).c_str(),
+                                           access, PIPE_TYPE_MESSAGE, 1, 0, 0, 0, nullptr));
+    server = pipe.Get();
+    LogCapture::pause = [](const char* line) {
+      if (std::strstr(line, "] Start writing") != nullptr) ::DisconnectNamedPipe(server);
+    };
+    SLElemData window, found;
+    window.hwnd = ::GetDesktopWindow();
+    window.uriScheme = scheme;
+    window.sourceUri = (L"http://log" + kProcess).c_str();
+    LogCapture::Reset();
+    EXPECT_EQ(TesselSilverlight::GetElemFromPoint(window, POINT(), 0, found), result);
+    EXPECT_THAT(LogCapture::Messages("INFO"), testing::IsSupersetOf(lines));
+  }
+  LogCapture::pause = nullptr;
 }
 
 // Side by side: launchers that bring no broker or bring it too late, an injector that takes its
@@ -81,8 +131,11 @@ TEST(Waits, EndWhenTheirTimeIsOver) {
                          "INFO Cannot connect to SLBroker pipe"};
     EXPECT_EQ(outcome, Outcome(0, lines)) << scheme;
   }
-  EXPECT_THAT(slow.get(),
-              testing::Pair(-11, testing::Contains("ERROR Silverlight injector timedout")));
+  EXPECT_EQ(slow.get(),
+            Outcome(-11, {"INFO slinject.exe=" + injector.Program().string(),
+                          "INFO cmdLine=slinject.exe --pid=-15",
+                          "INFO Created slinject process with pid " + injector.Record(L"-15").at(3),
+                          "ERROR Silverlight injector timedout"}));
   EXPECT_THAT(window.TakeMessages(), testing::Contains(testing::Pair(WM_MOUSEMOVE, _)).Times(10));
   const std::string waited = "ERROR Cannot acquire mutex, WaitForSingleObject returned 102";
   EXPECT_EQ(held.get(), Outcome(-3, {waited}));
