@@ -1,4 +1,4 @@
-// The exception that stands for a failed HRESULT where ATL is not to be had.
+// The exception for a failed HRESULT, for compilers without ATL.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,5 @@
-// Both processes. The numbers of the interface, for C11 and C++: the schemes, and the result codes
-// of the element functions.
+// Both processes. The numbers of the interface, for C11 and C++17: the schemes, and the result
+// codes of the element functions.
 #pragma once
 
 #include "TesselApi.h"
@@ -16,7 +16,7 @@ enum SLUriScheme TESSELSLB_AS_ULONG {
 // What the functions return. Any other value is the broker's own status, passed on unchanged.
 enum SLResult TESSELSLB_AS_INT {
   SL_SUCCESS = 0,
-  SL_FAILURE = -3,  // the lock of injections is not had; the broker refused a release
+  SL_FAILURE = -3,  // the lock of injections was not obtained; the broker refused a release
   SL_INVALID_ARGUMENT = -5,
   SL_CANNOT_READ = -6,         // the broker sent no answer within 18 s, or left
   SL_CANNOT_CONNECT = -7,      // the broker's pipe cannot be opened or written to

@@ -1,13 +1,19 @@
-// Broker's process. What the program that hosts the broker gets from the module: the server side of
-// the bridge's pipe, and windows through which work reaches the thread that made them.
+// Broker's process. What the module offers to the program that hosts the broker: the server's end
+// of the bridge's pipe, and windows that bring work to the thread that created them. C11 and C++17.
 //
-// The pipe, in turn: InitComm; then for each request ReadMessage (twice, when it says that the
-// buffer is too small) and exactly one WriteMessage; at last UninitComm, from any thread and at any
-// moment of another thread's ReadMessage or WriteMessage, which wakes a ReadMessage that waits. But
-// for UninitComm, one thread at a time. Every failure has a
-// code, and every code but -2 a line in the log; only exhausted memory (std::bad_alloc) passes, and
-// std::system_error from InitComm when the pipe cannot be given its security. Texts are
-// UTF-16, the requests and answers JSON arrays that the channel itself does not look at.
+// The order of the calls: InitComm. Then for each request ReadMessage (twice if the buffer is too
+// small) and exactly one WriteMessage. At the end UninitComm.
+//
+// Threads: one thread at a time may call InitComm, ReadMessage and WriteMessage. Any thread may
+// call UninitComm at any moment, also while another one is in ReadMessage or WriteMessage. After
+// UninitComm call nothing but InitComm. A ReadMessage that UninitComm wakes must have returned
+// before the module is unloaded.
+//
+// Failures: each has a code, and each code except -2 has a line in the log. Two C++ exceptions may
+// leave the functions: std::bad_alloc when memory is exhausted, and std::system_error from InitComm
+// when the pipe's security cannot be built.
+//
+// Texts are UTF-16. Requests and answers are JSON arrays, but the channel does not look into them.
 #pragma once
 
 #include <windows.h>
@@ -19,65 +25,89 @@ enum SLChannelResult TESSELSLB_AS_INT {
   SL_CHANNEL_SUCCESS = 0,
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
-  SL_CHANNEL_CLOSED = -3,       // no pipe name, misuse, or shut down
-  SL_CHANNEL_NOT_CREATED = -4,  // the name is taken, or an old call still leaves: again
+  SL_CHANNEL_CLOSED = -3,       // no pipe name, a call out of order, or closed by UninitComm
+  SL_CHANNEL_NOT_CREATED = -4,  // the name is taken by another host, or by a call that has not left
   SL_CHANNEL_INVALID_ARGUMENT = -5,
-  SL_CHANNEL_CANNOT_READ = -6,  // the client left or sent nothing in 3 s, or the wait failed; go on
-  SL_CHANNEL_CANNOT_WRITE = -7,  // it left or did not read in 3 s, or the text is empty; go on
-  SL_CHANNEL_NO_CLIENT = -15,    // none came in time; go on with ReadMessage
+  // After the next three the host goes on with ReadMessage.
+  SL_CHANNEL_CANNOT_READ = -6,   // the client left or sent nothing for 3 s, or the wait failed
+  SL_CHANNEL_CANNOT_WRITE = -7,  // the client left or did not read for 3 s, or the text is empty
+  SL_CHANNEL_NO_CLIENT = -15,    // no client came in time
 };
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-// Creates the pipe on which clients look for the broker of a scheme (an SLUriScheme value) and, for
-// the tailored scheme, of a content address. `connectTimeout` is what each ReadMessage waits for a
-// client, in milliseconds; 0xFFFFFFFF is without limit. `source` is the address, or the id of a
-// string of the module's resources; null is an empty one. A channel that was open is closed first,
-// unless another thread is in a ReadMessage or WriteMessage: that one is not woken, and its name
-// stays taken (-4) until it leaves. So call UninitComm before.
+// Creates the pipe on which clients look for the broker of a scheme and, for the tailored scheme,
+// of a content address.
+//
+// scheme          an SLUriScheme value of TesselCodes.h.
+// connectTimeout  how long each ReadMessage waits for a client, in milliseconds. 0xFFFFFFFF:
+// without
+//                 limit.
+// source          the address. Null stands for an empty one. A value below 0x10000 is the id of a
+//                 string in the resources of TesselSLB_x64.dll, which holds none so far: an empty
+//                 one.
+//
+// A channel that is open is closed first, except after -3, which leaves it open. But call
+// UninitComm before: InitComm does not wake a thread that is still in ReadMessage or WriteMessage.
+// The name of that thread's channel stays taken (-4) until it leaves, and UninitComm then reaches
+// only the new channel.
+//
+// After -4 there is a channel that cannot be used: ReadMessage, WriteMessage and UninitComm return
+// -3. The next InitComm replaces it.
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
 
-// Waits for a client and hands out its request. `*size` is the buffer's size in UTF-16 units,
-// terminator included; one that is too small gives -2 with the size that is needed, and the next
-// call hands out the same request at once. Result: 0, -1, -2, -3, -5, -6, -15.
+// Waits for a client and copies its request into the buffer, with a zero at the end.
+//
+// size  in: the buffer's size in UTF-16 units, with the zero. out, only after -2: the size that the
+//       request needs. The next call then returns the same request at once. All other results,
+//       success included, leave it unchanged.
+//
+// Takes up to `connectTimeout`, and then 3 s for a client that sends nothing. The 3 s limit each
+// wait for a part of the message: a client that cancels and repeats its writes can make a call
+// longer. Result: 0, -1, -2, -3, -5, -6, -15.
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 
-// Sends the answer, waits until the client has read it, and lets the client go, whether or not it
-// could be sent. Result: 0, -1, -3, -5, -7.
+// Sends the answer, waits until the client has read it, and disconnects the client, also when the
+// answer could not be sent. Sending takes 3 s at most. The wait for a client that reads only a part
+// has no limit.
+// Result: 0, -1, -3, -5, -7.
 TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 
-// Closes the channel. A ReadMessage that waits returns -3; one that is busy with a client ends
-// first in its own time. Result: 0; -1 when there is none; -3 when its pipe was never created.
+// Closes the channel. A ReadMessage that waits for a client returns -3. A call that is busy with a
+// client goes on until it ends by itself.
+// Result: 0; -1 when there is no channel; -3 after an InitComm that returned -4.
 TESSELSLB_API int __stdcall UninitComm(void);
 
-// Additional windows: up to ten, indexed 0 to 9, hidden and without a parent. A message posted to
-// one is dispatched by the message loop of the thread that created the window (the module has no
-// loop of its own), which there calls the window's callback. So any thread gets work onto that one.
+// Additional windows: up to ten, with the indexes 0 to 9, hidden and without a parent. Any thread
+// may post a message to one of them. The thread that created the window receives it in its own
+// message loop, as the module has none, and runs the window's callback.
 //
-// The thread that creates a window also registers its callback and destroys it; any thread posts.
-// Failures give null or FALSE, and a line in the log but for a post that the system refuses; no
-// function throws but for exhausted memory.
+// The thread that creates a window also registers its callback and destroys it. All windows must be
+// destroyed before the module is unloaded, and a host does not load the module again: the window
+// class stays registered, so no window could be created. A failure returns null or FALSE and has a
+// line in the log, except for a post that the system refuses. Only std::bad_alloc may leave the
+// functions.
 
-// What handles a window's messages, those of its destruction included. The lower 32 bits of the
-// result count: not 0 says that the message is handled, 0 leaves it to the system's default.
+// Handles a window's messages, those of its destruction included. Only the lower 32 bits of the
+// result count. Not 0: the message is handled. 0: the system handles it.
 typedef LONG_PTR(__stdcall* SLWindowCallback)(HWND window, UINT message, WPARAM wparam,
                                               LPARAM lparam);
 
-// Creates the window of an index, without a callback. Null when the index is out of bounds or has a
-// window, one that the system has destroyed included, or when the system refuses. The first call in
-// a process registers the window class; when that fails no later call tries again.
+// Creates the window of an index, without a callback. Returns null when the index is out of bounds,
+// when it has a window (also one that the system has destroyed), or when the system refuses. The
+// first call in a process registers the window class. If that fails, all later calls fail.
 TESSELSLB_API HWND __stdcall AdditionalWindow_Create(unsigned long index);
 
-// Destroys the window and frees the index. TRUE whenever the index had a window; the system itself
-// destroys it only on the thread that created it.
+// Destroys the window and frees the index. Returns TRUE whenever the index had a window, but the
+// system destroys it only on the thread that created it.
 TESSELSLB_API BOOL __stdcall AdditionalWindow_Destroy(unsigned long index);
 
-// Posts a message, unchanged; the numbers from WM_APP on are free for hosts. FALSE also when the
-// system refuses the post (its last error tells why).
+// Posts a message, unchanged. The numbers from WM_APP on are free for hosts. Returns FALSE also
+// when the system refuses the post (see GetLastError).
 TESSELSLB_API BOOL __stdcall AdditionalWindow_PostMessage(unsigned long index, UINT message,
                                                           WPARAM wparam, LPARAM lparam);
 

@@ -1,16 +1,17 @@
-// Client process. Finds the elements of Silverlight content, describes, reads and drives them: this
-// header is what a client includes, TesselSLB_x64.dll what it links against or loads.
+// Client process. Finds the elements of Silverlight content, describes, reads and drives them. A
+// client includes this header, and links against TesselSLB_x64.dll or loads it.
 //
 // A client names the content by its window and its address, gets a first element from a point, the
 // focus or a collection, and goes on from there. Each element is a record (SLElemData) that holds
 // an object in the broker until it is destroyed.
 //
-// A call becomes one request to the broker of the element's content and one answer; a broker that
-// does not run yet is started. The calling thread does all of it and waits: up to 16 s for a broker
-// that has to be started, then up to 18 s each for connecting, writing and reading, so 70 s at
-// most. A function that searches may do this for two schemes in turn, then waits up to 30 s for
-// other clients' injections and about 10 s for its own, and searches once more: some 320 s. Each
-// record that a refilled vector held is released by one more such call.
+// A call becomes one request to the broker of the element's content and one answer. A broker that
+// does not run yet is started. The calling thread waits for all of it: up to 16 s for a broker that
+// has to be started, then up to 18 s each for connecting, writing and reading, about 70 s together.
+// The 18 s limit each wait for a part of the answer: a hostile broker that cancels and repeats its
+// writes can make a call longer. A function that searches may do this for two schemes in turn, then
+// waits up to 30 s for other clients' injections and about 10 s for its own, and searches once
+// more: about 320 s. Each record that a refilled vector held is released by one more such call.
 //
 // Result codes: SL_SUCCESS, or one of the groups that each function names.
 //   round trip  SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or
@@ -82,7 +83,7 @@ TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 // root    a valid record, or one with `hwnd` and `sourceUri` alone, which stands for the whole
 //         content. in and out as `window` of GetElemFromPoint; must not be one of `found`.
 // search1, search2, search3
-//         null is an empty text.
+//         only read; null is an empty text.
 // found   out: one record for each element, `rect` included; the records that it held are released.
 //         After SL_ARCHIVE_FAILURE behind the answer's count it holds that many records, and those
 //         that could not be read name no element.
@@ -138,8 +139,9 @@ TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
-// A named attribute as text: `*value` receives a BSTR that the client frees; what was there before
-// is overwritten, not freed.
+// A named attribute as text. `name` is only read; a literal needs a cast:
+// const_cast<wchar_t*>(L"text"). `*value` receives a BSTR that the client frees; what was there
+// before is overwritten, not freed.
 // Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name, or a null
 // `value`.
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
@@ -174,16 +176,25 @@ TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 
 // Letting go.
 
-// Tells the broker that the client no longer holds the element. The record keeps its fields; its
-// destruction calls this by itself.
+// Tells the broker that the client no longer holds the element. The record keeps its fields, and
+// its destruction tells the broker again. To let go early and only once, clear the object's id
+// after the call:
+//
+//     TesselSilverlight::ReleaseObj(record);
+//     SysFreeString(record.objectId);
+//     record.objectId = nullptr;
+//
+// The record's destruction then sends nothing; it only logs "Invalid SL object". When the broker is
+// gone, clear the id without this call: else each release looks for the broker and may start one.
 // Result: round trip, SL_INVALID_OBJECT; SL_FAILURE also when the broker refuses.
 TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
 }  // namespace TesselSilverlight
 
-// Names an element, or only a window and its content's address. Owns what it holds: destroying or
-// assigning to a record releases the broker's object (a call to the broker; one "Invalid SL object"
-// line and no call for a record that names none). Moved without a release, never copied.
+// Names an element, or only a window and its content's address. It owns the broker's object:
+// destroying the record, or assigning to it, releases the object by a call to the broker (see
+// ReleaseObj). A record without an object makes no call and logs "Invalid SL object". Records can
+// be moved, which releases nothing, but not copied.
 struct SLElemData {
   SLElemData() = default;
   SLElemData(const SLElemData&) = delete;

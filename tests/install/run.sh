@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh BUILD: installs the build into a tree that is then moved, compiles each header of it alone,
-# builds a client of it by CMake and by pkg-config and runs that against a broker out of the tree.
+# run.sh BUILD: installs the build into a tree, moves the tree and compiles each of its headers alone, the
+# hosts' headers in C too. Builds a client by CMake and by pkg-config, and runs it against the tree's broker.
 set -eu
 build=$1
 work=$build/install-test
@@ -33,15 +33,23 @@ for header in "${headers[@]}"; do compile 17 "$header"; done
 compile 20 windows.h "${headers[@]}"
 compile 20 windows.h $(printf '%s\n' "${headers[@]}" | tac)
 
+# What a host in C includes.
+for compiler in x86_64-w64-mingw32-gcc-posix 'clang --target=x86_64-w64-mingw32'; do
+  $compiler -std=c11 -Wall -Wextra -Werror -pedantic "-I$tree/include" -c "$root/tests/install/host.c" \
+    -o "$work/host.obj" || fail "does not compile as C11: $compiler"
+done
+
 cmake -S "$root/tests/install" -B "$work/cmake" -G Ninja -DCMAKE_SYSTEM_NAME=Windows \
   -DCMAKE_CXX_COMPILER=$gcc -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
   cmake --build "$work/cmake" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "by CMake"; }
 options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'TesselSLB >= 1.0')
 eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "by pkg-config"
+eval "x86_64-w64-mingw32-gcc-posix -o '$work/host.exe' '$work/host.obj' $options" || fail "a host in C"
 
 start_broker "$tree/bin" http://install.example/
 for client in "$work/cmake/client.exe" "$work/client.exe"; do
   output=$(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$client" "$(fact window)" | tr -d '\r')
   [ "$output" = 'user 0 TextBox' ] || fail "$client: $output"
 done
+(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$work/host.exe") || fail "the host in C: $?"
 stop_broker 2
