@@ -13,8 +13,9 @@ namespace base {
 // units become the head of a string.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// The last string has no comma, or the text ends within it.
-constexpr std::size_t kExtraBytes = 2 * packed::kTextHead;
+// A text may end with a string that has no comma, or with the start of a string: a quote and one
+// unit.
+constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
 // The most bytes that are written for a text of this length.
 constexpr std::size_t MostPacked(std::size_t units) {

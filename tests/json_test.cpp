@@ -249,6 +249,33 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   EXPECT_EQ(start, list.ByteSize());
 }
 
+// Into memory of the text's exact size, so that the sanitizer sees one unit more.
+template <class To, class From, class Copy>
+void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
+  std::vector<To> to(from.size());
+  To* end = to.data();
+  EXPECT_EQ(copy(from.data(), from.data() + from.size(), end), from.data() + count);
+  EXPECT_EQ(end, to.data() + count);
+  EXPECT_TRUE(std::equal(to.data(), end, from.data())) << from.size() << ' ' << count;
+}
+
+TEST(TextCopy, CopiesUpToWhereItStopsAndWritesNoMoreThanTheTextHas) {
+  const auto ascii = [](const auto* from, const auto* end, auto*& to) {
+    return base::CopyAscii<base::Stop::kLimits>(from, end, to);
+  };
+  for (std::size_t size = 0; size < 40; ++size) {
+    for (std::size_t stop = 0; stop <= size; ++stop) {
+      std::vector<char> bytes(size, 'a');
+      std::vector<base::Utf16Unit> units(size, u'a');
+      if (stop < size) bytes[stop] = '\x80', units[stop] = 0xD800;
+      ExpectCopied<char>(bytes, stop, ascii);
+      ExpectCopied<base::Utf16Unit>(bytes, stop, ascii);
+      ExpectCopied<char>(units, stop, ascii);
+      ExpectCopied<base::Utf16Unit>(units, stop, base::CopyWide<base::Stop::kLimits>);
+    }
+  }
+}
+
 TEST(ZeroSearch, FindsTheZeroAtEveryPlaceOfABlock) {
   for (std::size_t start = 0; start < 8; ++start) {
     for (std::size_t length = 0; length < 40; ++length) {

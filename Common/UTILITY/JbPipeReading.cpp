@@ -3,12 +3,13 @@
 #include <new>
 
 #include "UTILITY/JbPipe.h"
-#include "json/TextCopy.h"
 #include "logging/Log.h"
+#include "memory/ZeroSearch.h"
 
 namespace {
 
 constexpr std::size_t kFirstReadSize = 256;
+static_assert(kFirstReadSize % sizeof(wchar_t) == 0, "a last odd byte needs a second one");
 constexpr std::size_t kLargeBuffer = 0x10000000;
 constexpr DWORD kPumpMilliseconds = 1;
 
