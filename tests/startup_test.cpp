@@ -58,28 +58,20 @@ HANDLE server = nullptr;
 TEST(FailedCalls, AreExplainedInTheLog) {
   const StandIn launcher(L"sllauncher");
   std::ofstream(launcher.Program(), std::ios::trunc);  // no program any more
-  const struct {
-    DWORD scheme, access;  // of the address's pipe, or 0: there is none
-    int result;
-    Texts lines;
-  } kRows[] = {
-      {9,
-       0,
-       -9,
-       {"INFO SendMessageToBroker for UNKNOWN SCHEME scheme", "ERROR Unknown URI scheme 9",
-        "ERROR Cannot get URI scheme as string"}},
-      {SL_TAILORED_URI,
-       0,
-       -9,
-       {"ERROR CreateProcess failed, slLauncher=" + launcher.Program().string() +
-        " cmdLine=sllauncher.exe /overwrite /emulate:\"" + kFolder + "SLBroker.xap\" /origin:\"" +
-        "http://log" + Narrow(kProcess.c_str()) + "/TailoredBroker/SLBroker.xap\""}},
-      {SL_NO_URI,
-       PIPE_ACCESS_INBOUND,
-       -7,
-       {"INFO SL_NO_URI scheme", "INFO Prepare to send message for SL_TAILORED_URI scheme",
-        "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
-        "ERROR Cannot open server pipe: E_ACCESSDENIED", "ERROR Cannot connect to SL server pipe"}},
+  const std::string origin =
+      "http://log" + Narrow(kProcess.c_str()) + "/TailoredBroker/SLBroker.xap";
+  const Texts noLaunch = {"ERROR CreateProcess failed, slLauncher=" + launcher.Program().string() +
+                          " cmdLine=sllauncher.exe /overwrite /emulate:\"" + kFolder +
+                          "SLBroker.xap\" /origin:\"" + origin + '"'};
+  const Texts noAccess = {
+      "INFO SL_NO_URI scheme", "INFO Prepare to send message for SL_TAILORED_URI scheme",
+      "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
+      "ERROR Cannot open server pipe: E_ACCESSDENIED", "ERROR Cannot connect to SL server pipe"};
+  const std::tuple<DWORD, DWORD, int, Texts> kRows[] = {
+      // scheme, access of the address's pipe or 0 for none, result, lines
+      {9, 0, -9, {"INFO SendMessageToBroker for UNKNOWN SCHEME scheme"}},
+      {SL_TAILORED_URI, 0, -9, noLaunch},
+      {SL_NO_URI, PIPE_ACCESS_INBOUND, -7, noAccess},
       {SL_TAILORED_URI, PIPE_ACCESS_DUPLEX, -7, {"ERROR Cannot write to SL server pipe"}}};
   for (const auto& [scheme, access, result, lines] : kRows) {
     const SafeFile pipe(::CreateNamedPipeW((kTailoredPipe + L"http___log" + kProcess).c_str(),
