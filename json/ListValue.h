@@ -36,7 +36,6 @@ namespace packed {
 
 constexpr std::size_t kTypeSize = sizeof(ValueType);
 constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);  // type and length in bytes
-constexpr std::size_t kMaxFixedSize = kTypeSize + sizeof(double);
 
 using Flag = std::uint16_t;
 
@@ -178,7 +177,7 @@ class ListValue {
  private:
   template <class T>
   void AppendFixed(ValueType type, T value) {
-    Finish(packed::Put(Reserve(packed::kMaxFixedSize), type, value));
+    Finish(packed::Put(Reserve(packed::kTypeSize + sizeof(T)), type, value));
   }
 
   // Most answers fit the object itself.
