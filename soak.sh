@@ -7,17 +7,26 @@ usage() {
   cat <<'TEXT'
 usage: ./soak.sh [--seed N] [MINUTES]
 
-Installs what is missing, builds, and runs under Wine: two client processes with
-four threads each against two brokers that are killed, suspended, ended in order
-and started again, and whose place others take that talk nonsense, vanish, hang up,
-are slow or never answer; and a host whose channel raw clients misuse and another
-thread closes at every moment. Each call may end only with what its broker's doings
-deserve that it ran through; while a broker serves undisturbed, that is one code.
-Ends with a verdict, and a code other than 0 when something was lost.
+Installs what is missing, builds, and runs two parts under Wine.
 
-  MINUTES   of the clients' run, 5 if absent, behind a warm-up of one or two; the host
-            has 5000 rounds
-  --seed N  what the faults follow; printed by every run
+Clients: two processes with four threads each call two brokers. The brokers are
+killed, suspended, ended in order and started again. Impostors take their place
+that talk nonsense, vanish, hang up, are slow or never answer. Each call may end
+only with a code that its broker's state explains.
+
+Host: raw clients misuse its channel while another thread closes it at every
+moment.
+
+Each part ends with a verdict: nothing may be lost, no answer wrong, and each
+process must hold at the end what it held after its warm-up. The script's code is
+not 0 when a verdict is bad.
+
+  MINUTES   for both parts together, without the build; 5 if absent. The clients
+            get two thirds, the host the rest. This includes the warm-ups: about a
+            minute for the clients and half a minute for the host. After its
+            warm-up each part runs for 10 seconds at least, so less than 2 minutes
+            still take almost 2.
+  --seed N  for the random faults; printed by every run
   --help    this text
 TEXT
 }
@@ -38,6 +47,9 @@ while [ $# -gt 0 ]; do
   shift
 done
 
+# calculate EXPRESSION: its value, or 0 if that is negative.
+calculate() { awk "BEGIN { value = $1; print (value > 0 ? value : 0) }"; }
+
 mkdir -p "$ROOT/build"
 require_packages
 build mingw soak
@@ -46,11 +58,12 @@ hold_wine "$ROOT/build/wine-soak"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-soak
 
 failed=0
+begin=$SECONDS
 step "Clients against failing brokers"
 ends_with_word '^verdict of the clients: nothing lost' \
-  "$ROOT/cmake/run-wine.sh" "$BIN/soak_conductor.exe" "$minutes" "$seed" || failed=1
+  "$ROOT/cmake/run-wine.sh" "$BIN/soak_conductor.exe" "$(calculate "$minutes * 2 / 3")" "$seed" || failed=1
 step "A host under hostile clients"
 ends_with_word '^verdict of the host: nothing lost' \
-  "$ROOT/cmake/run-wine.sh" "$BIN/soak_host.exe" 5000 "$seed" || failed=1
+  "$ROOT/cmake/run-wine.sh" "$BIN/soak_host.exe" "$(calculate "$minutes - $((SECONDS - begin)) / 60")" "$seed" || failed=1
 [ "$failed" -eq 0 ] || die "something was lost (seed $seed)"
 step "Nothing was lost (seed $seed)"

@@ -19,7 +19,7 @@ namespace {
 
 using namespace soak;
 
-constexpr int kWarmUpSteps = 100;
+constexpr int kWarmUpSteps = 50;
 
 // The runtimes of the program and of the module keep a handle for each of their locks from when two
 // threads first meet at it: here they start, throw and end together until they must have met.

@@ -1,5 +1,5 @@
-// An endurance run: soak [MINUTES] [SEED]. Two client processes call two brokers without end, while
-// the brokers fail in every way at random; then the verdict.
+// An endurance run: soak_conductor [MINUTES] [SEED], the warm-up included. Two client processes
+// call two brokers all the time, while the brokers fail in every way at random. Then the verdict.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -7,6 +7,7 @@
 #include <memory>
 #include <random>
 
+#include "Deadline.h"
 #include "FaultyBroker.h"
 #include "Progress.h"
 
@@ -25,8 +26,7 @@ std::wstring OwnProgram(const wchar_t* name) {
 
 class Conductor {
  public:
-  Conductor(double minutes, unsigned seed)
-      : seed_(seed), random_(seed), duration_(static_cast<ULONGLONG>(minutes * 60000)) {
+  Conductor(double minutes, unsigned seed) : minutes_(minutes), seed_(seed), random_(seed) {
     for (int i = 0; i < kBrokers; ++i)
       brokers_[i] = std::make_unique<FaultyBroker>(*state_, run_, i);
     for (int i = 0; i < kClients; ++i) {
@@ -42,7 +42,7 @@ class Conductor {
   int Run() {
     progress_.Show();
     WarmUp();
-    const ULONGLONG end = ::GetTickCount64() + duration_;
+    const ULONGLONG end = EndOfRun(start_, minutes_);
     progress_.SetEnd(end);
     while (::GetTickCount64() < end && ClientsRun()) DisturbAtRandom();
     return Judge();
@@ -56,12 +56,11 @@ class Conductor {
     return true;
   }
 
-  // What the processes hold is counted from when calls and failures of every kind have been.
+  // What the clients hold is counted after calls and failures of every kind.
   void WarmUp() {
-    for (const auto& broker : brokers_) {
-      for (int fault = 0; fault < kFaults; ++fault) Disturb(*broker, static_cast<Fault>(fault));
-      broker->TellAllNonsense(random_);
-    }
+    for (int fault = 0; fault < kFaults; ++fault)
+      Disturb(*brokers_[fault % kBrokers], static_cast<Fault>(fault));
+    brokers_[0]->TellAllNonsense(random_);
     state_->warm = 1;
     while (state_->ready < kClients && ClientsRun()) DisturbAtRandom();
   }
@@ -117,10 +116,11 @@ class Conductor {
 
   const DWORD run_ = ::GetCurrentProcessId();
   const SharedMemory state_{run_};
+  const ULONGLONG start_ = ::GetTickCount64();
+  const double minutes_;
   const unsigned seed_;
   std::minstd_rand random_;
   std::discrete_distribution<int> anyFault_{std::begin(kWeights), std::end(kWeights)};
-  const ULONGLONG duration_;
   Progress progress_{*state_};
   std::unique_ptr<FaultyBroker> brokers_[kBrokers];
   std::unique_ptr<Program> clients_[kClients];

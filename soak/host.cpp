@@ -1,5 +1,6 @@
 // The host channel under raw clients that do what no client should, while another thread closes it
-// at every moment: soak_host ROUNDS SEED. Ends with 0 when every call ended and nothing was left.
+// at every moment: soak_host MINUTES SEED, the warm-up included. Ends with 0 when every call ended
+// and nothing was left.
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -10,13 +11,14 @@
 #include <thread>
 #include <vector>
 
+#include "Deadline.h"
 #include "ProcessCounters.h"
 #include "TesselHost.h"
 #include "wire/Addresses.h"
 
 namespace {
 
-constexpr int kWarmUpRounds = 100;
+constexpr int kWarmUpRounds = 4;          // of each misuse
 constexpr ULONGLONG kRoundLimit = 20000;  // ms; a call that takes longer hangs
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
@@ -128,7 +130,14 @@ void Watch() {
   }
 }
 
-bool RunRound(std::minstd_rand& random) {
+// One of sixty clients that would send 64 MiB does so, because that takes long.
+Misuse DrawMisuse(std::minstd_rand& random) {
+  const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
+  return misuse == Misuse::kHuge && random() % 60 != 0 ? Misuse::kClosesAtOnce : misuse;
+}
+
+// Opens the channel and closes it again while a client misuses it.
+bool RunRound(Misuse misuse, std::minstd_rand& random) {
   roundStart = ::GetTickCount64();
   int opened = 0;
   for (int i = 0; i < 200 && (opened = InitComm(SL_TAILORED_URI, INFINITE, kAddress.c_str())) != 0;
@@ -136,11 +145,7 @@ bool RunRound(std::minstd_rand& random) {
     ::Sleep(1);
   if (opened != 0) return false;
   std::thread host(Serve);
-  // One of sixty clients sends 64 MiB: each takes a while.
-  const bool huge = random() % 60 == 0;
-  const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
-  const auto what = misuse == Misuse::kHuge && !huge ? Misuse::kClosesAtOnce : misuse;
-  std::thread client([what, draw = static_cast<unsigned>(random())] { Misbehave(what, draw); });
+  std::thread client([misuse, draw = static_cast<unsigned>(random())] { Misbehave(misuse, draw); });
   const auto delay = random() % 4000;  // microseconds, of the cycle's few hundred and beyond
   LARGE_INTEGER frequency, start, now;
   ::QueryPerformanceFrequency(&frequency);
@@ -158,7 +163,8 @@ bool RunRound(std::minstd_rand& random) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const int rounds = count > 1 ? std::atoi(arguments[1]) : 5000;
+  const ULONGLONG start = ::GetTickCount64();
+  const double minutes = count > 1 ? std::atof(arguments[1]) : 2;
   const unsigned seed =
       count > 2 ? static_cast<unsigned>(std::strtoul(arguments[2], nullptr, 10)) : 1;
   std::minstd_rand random(seed + 1);
@@ -170,17 +176,21 @@ int main(int count, char** arguments) {
   std::printf("host: warming up\n");  // gives the output its buffer, which counts as a block
   bool good = true;
   const auto before = soak::CountWhenSettled([&](int) {
-    for (int i = 0; i < kWarmUpRounds && good; ++i) good = RunRound(random);
+    for (int i = 0; i < kWarmUpRounds * static_cast<int>(Misuse::kCount) && good; ++i)
+      good = RunRound(static_cast<Misuse>(i % static_cast<int>(Misuse::kCount)), random);
   });
   if (!before) {
     std::printf("host: holds more and more: %s\nverdict of the host: LOST\n",
                 soak::ToText(soak::CountProcess()).c_str());
     return 1;
   }
-  for (int i = 0; i < rounds && good; ++i) {
-    good = RunRound(random);
-    if (i % 100 == 0) {
-      std::printf("\rhost: round %d of %d   ", i, rounds);
+  const ULONGLONG end = soak::EndOfRun(start, minutes);
+  int rounds = 0;
+  for (; ::GetTickCount64() < end && good; ++rounds) {
+    good = RunRound(DrawMisuse(random), random);
+    if (rounds % 100 == 0) {
+      std::printf("\rhost: %d rounds, about %llu s left   ", rounds,
+                  (end - std::min(end, ::GetTickCount64())) / 1000);
       std::fflush(stdout);
     }
   }

@@ -1,0 +1,18 @@
+// How long a program of the endurance run goes on.
+#pragma once
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace soak {
+
+// Called after the warm-up. The tick at which the given minutes since `start` are over, but at
+// least 10 seconds from now, so that a short run tests something too.
+inline ULONGLONG EndOfRun(ULONGLONG start, double minutes) {
+  constexpr ULONGLONG kLeastMilliseconds = 10000;
+  return std::max(start + static_cast<ULONGLONG>(minutes * 60000),
+                  ::GetTickCount64() + kLeastMilliseconds);
+}
+
+}  // namespace soak
