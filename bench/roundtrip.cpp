@@ -202,7 +202,7 @@ void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, con
   } rows[] = {
       {kSleeping, &Ways::SleepingCall, {}}, {kCall, &Ways::Call, {}}, {kBare, &Ways::Bare, {}}};
   const ResidentServer server(host, 1 /*instance*/, pause);
-  const int rounds = report.Quick() ? 1 : 20;
+  const int rounds = report.Quick() ? 1 : 8;
   for (int round = 0; round < rounds; ++round) {
     for (auto& row : rows) TimeThreads(server, row.way, row.samples);
   }
