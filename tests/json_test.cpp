@@ -202,7 +202,11 @@ TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
 // With each kind of last element where a block ends, with and without room for what follows.
 TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
-  const Utf16Text texts[] = {{}, {'b'}, Utf16Text(130, u'\u20AC'), Utf16Text(3300, 1)};
+  const Utf16Text texts[] = {{},
+                             {'b'},
+                             Utf16Text(130, u'\u20AC'),
+                             Utf16Text(3300, 1),
+                             Utf16Text(3, '\n') + Utf16Text(614, 1)};  // fills its block
   for (std::size_t flags = 0; flags < 200; ++flags) {
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // so that the text takes every size
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
