@@ -1,12 +1,12 @@
-// json/ has no log. It reports a violated condition to a hook, and the module sets one that logs
-// it. Used in every process that loads the module.
+// Both processes. json/ has no log, so it reports a failed check to a hook. The module sets a hook
+// that logs it.
 #pragma once
 
 namespace base {
 
 using CheckFailedHook = void (*)(const char* condition);
 
-// Null, the initial value, reports nothing. May be called from any thread.
+// The initial hook is null, which reports nothing. Any thread may call this function.
 void SetCheckFailedHook(CheckFailedHook hook);
 
 void ReportCheckFailed(const char* condition);

@@ -1,5 +1,5 @@
-// Reads and writes decimal digits without a branch for each one, because processors cannot predict
-// how many there are. Used in every process that loads the module.
+// Both processes. Reads and writes decimal digits without a branch for each one, because processors
+// cannot predict how many there are.
 #pragma once
 
 #include <array>
@@ -12,14 +12,14 @@
 
 namespace base {
 
-// One bit for each of 32 units: set in `digits` where the unit is a digit, in `commas` where it is
-// a comma. This finds the ends of several numbers at once.
+// Finds the ends of several numbers at once. Has one bit for each of 32 units. The bit is set in
+// `digits` if the unit is a digit, and in `commas` if it is a comma.
 struct NumberBits {
   static constexpr int kUnits = 32;
   static constexpr int kMaxDigits = 8;
 
-  // The number of digits before the next comma. 0 if there are none or more than kMaxDigits, or if
-  // another unit comes before the comma.
+  // Returns the number of digits before the next comma. Returns 0 if there are none or more than
+  // kMaxDigits, or if anything else comes before the comma.
   int CountShort() const {
     const int count = std::countr_one(digits);
     return count <= kMaxDigits && (commas >> count & 1) != 0 ? count : 0;
@@ -46,14 +46,14 @@ inline NumberBits FindNumbers(const Unit* text) {
   return bits;
 }
 
-// The value of the first `count` digits of a text. `count` is 1 to 8; eight units are read whatever
-// it is.
+// Returns the value of the first `count` digits of a text. `count` is 1 to 8. Always reads eight
+// units.
 template <class Unit>
 inline std::int32_t ReadShortNumber(const Unit* text, int count) {
   const __m128i values = _mm_sub_epi16(LoadHalfAsUnits(text), _mm_set1_epi16('0'));
   const __m128i bytes = _mm_packus_epi16(values, values);
   auto digits = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)) << (8 * (8 - count));
-  // Adjacent numbers are combined: to two digits, then to four, then to eight.
+  // Combine neighbouring digits to numbers of two digits, then of four, then of eight.
   digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
   digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
   return static_cast<std::int32_t>(digits * 10000 + (digits >> 32));

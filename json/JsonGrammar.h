@@ -1,5 +1,4 @@
-// The grammar of JSON values, one function for each rule. Used in every process that loads the
-// module.
+// Both processes. The grammar of JSON values, one function for each rule.
 #pragma once
 
 #include <vector>
@@ -14,9 +13,10 @@ namespace base {
 
 constexpr int kMaxDepth = 199;
 
-// Each function reads what its rule says from `in`, and puts the values into `out`, which must have
-// room for all that the text can become. False if the text does not follow the rule, or ends too
-// early; `in` and `out` then stand anywhere. `depth` counts the open brackets.
+// Each function reads text by its rule from `in` and appends the values to `out`. The caller must
+// have made room in `out` for the values of the whole text. The functions return false if the text
+// does not follow the rule or ends too early. The positions in `in` and `out` are then undefined.
+// `depth` is the number of open brackets.
 template <class Unit>
 class JsonGrammar {
  public:
@@ -45,7 +45,7 @@ class JsonGrammar {
     }
   }
 
-  // element = gap value, after any number of short integers with a comma each
+  // elements = { short-integer ',' } gap value
   bool ReadListElements(int depth) {
     ReadShortInts(in_, out_);
     in_.SkipGap();
@@ -53,7 +53,7 @@ class JsonGrammar {
   }
 
  private:
-  // list = '[' gap [ element gap { ',' element gap } ] ']'
+  // list = '[' gap [ elements gap { ',' elements gap } ] ']'
   bool ReadList(int depth) {
     out_.PutType(ValueType::kList);
     const auto readElements = [this, depth] { return ReadListElements(depth + 1); };
@@ -86,7 +86,7 @@ class JsonGrammar {
     return ReadValue(depth);
   }
 
-  // From the opening bracket to `close`, both included.
+  // Reads from the opening bracket to `close`, both included.
   template <class ReadItem>
   bool ReadBracketed(int depth, char close, ReadItem readItem) {
     if (depth == kMaxDepth) return false;

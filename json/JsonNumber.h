@@ -1,4 +1,4 @@
-// Numbers that do not fit an integer. Runs in every process that loads the module.
+// Both processes. Converts the text of a number to a double.
 #pragma once
 
 #include <optional>
@@ -6,8 +6,8 @@
 
 namespace base {
 
-// `number` follows JSON's grammar. Returns a zero of the same sign if it is too small for a double,
-// nothing if it is too large.
+// `number` must follow the grammar of JSON. Returns a zero of the same sign if the number is too
+// small for a double, and nothing if it is too large.
 std::optional<double> ParseDouble(std::string_view number);
 
 }  // namespace base

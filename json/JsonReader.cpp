@@ -10,11 +10,12 @@ namespace base {
 
 namespace {
 
-// Estimate the space for at most 512 times as much text as was read so far.
+// Estimate the needed space for at most 512 times the text read so far.
 constexpr std::size_t kMaxEstimate = 512;
 
-// Reads a whole text. Room for all that a large text could become would cost more than reading it.
-// So the elements of its list are read in steps: for each step there is room, whatever its text is.
+// Reads a complete text. Reserving enough room for any text of its length would cost more than
+// reading it. So the elements of the outer list are read in steps, and each step has enough room
+// for any text of the step's length.
 template <class Unit>
 class DocumentReader {
  public:
@@ -57,8 +58,8 @@ class DocumentReader {
     return in_.Accept(']');
   }
 
-  // Elements and the gaps around them, up to a comma or bracket within this step. Else returns
-  // false and goes back to where it started.
+  // Reads elements and the gaps around them, up to the next comma or closing bracket. If the step
+  // ends before that, returns false and goes back to where it started.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();
@@ -71,8 +72,8 @@ class DocumentReader {
     return false;
   }
 
-  // Starts a step at the current place. If a whole step was too short for one element, the next
-  // one is all the rest. False if the step that failed was the last one already.
+  // Starts a step at the current place. If a whole step was too short for one element, the new step
+  // is the rest of the text. Returns false if the previous step already was the rest of the text.
   bool StartStep() {
     if (in_.end == limit_) return false;
     const std::size_t rest = limit_ - in_.at;
@@ -83,11 +84,13 @@ class DocumentReader {
     return true;
   }
 
+  // Sets the end of the step. The output has room for the values of the whole step.
   void EndStepWithRoom() {
     in_.end = in_.at + std::min<std::size_t>(limit_ - in_.at, out_.UnitsWithRoom());
   }
 
-  // What the next units become if they are like those before, with a little to spare.
+  // Returns the size of the values of the next units if they are like the text read so far, plus
+  // 1/32.
   std::size_t EstimateSize(std::size_t units) const {
     const auto read = static_cast<std::size_t>(in_.at - start_);
     units = std::min(units, kMaxEstimate * read);
@@ -95,7 +98,7 @@ class DocumentReader {
                                     static_cast<double>(units + units / 32));
   }
 
-  // One unit more is tolerated if it is one byte of UTF-8.
+  // The text may contain one more unit after the value if that unit is one byte in UTF-8.
   bool IsAtEnd() const {
     return in_.Left() == 0 || (in_.Left() == 1 && (sizeof(Unit) == 1 || IsAscii(*in_.at)));
   }

@@ -1,4 +1,4 @@
-// Reads JSON text. Runs in every process that loads the module.
+// Both processes. Reads JSON text.
 #pragma once
 
 #include <cstddef>

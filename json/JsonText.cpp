@@ -7,7 +7,7 @@ namespace base {
 namespace {
 
 constexpr std::size_t kMaxEscape = 6;
-constexpr std::size_t kPiece = 512;  // units of a string that are written per check for room
+constexpr std::size_t kPiece = 512;  // how many units of a string are written per check for room
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;

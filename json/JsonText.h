@@ -1,5 +1,4 @@
-// Numbers and strings as JSON text in UTF-16.
-// Used in every process that loads the module.
+// Both processes. Writes numbers and strings as JSON text in UTF-16.
 #pragma once
 
 #include <algorithm>
@@ -12,15 +11,16 @@
 
 namespace base {
 
-// Growing text. Most requests fit the object itself.
+// A text that grows. Most requests fit into the object itself and need no allocation.
 using TextBlock = GrowingBlock<Utf16Unit, 120>;
 
-// Both write text to a place that has room for it, and return its end.
+// PutAscii and PutInt write to a place that has room for the text, and return the end of the text.
 inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {
   return std::copy(text.begin(), text.end(), to);
 }
 
-constexpr std::size_t kMaxIntUnits = 11;  // also holds for short numbers, which write four units
+// The length of "-2147483648". PutNumber writes at least four units, even for a shorter number.
+constexpr std::size_t kMaxIntUnits = 11;
 inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   auto magnitude = static_cast<std::uint32_t>(value);
   if (value < 0) {
@@ -30,7 +30,8 @@ inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   return PutNumber(magnitude, to);
 }
 
-// A writer refuses strings with more bytes of UTF-8. A unit of UTF-16 becomes at most three bytes.
+// A writer refuses strings that are longer than this in UTF-8. One UTF-16 unit becomes at most
+// three bytes.
 constexpr std::size_t kMaxStringBytes = 2147483647;
 inline bool MayBeTooLong(std::size_t units) { return units > kMaxStringBytes / 3; }
 
@@ -38,8 +39,8 @@ struct PutText {
   Utf16Unit* end;
   bool exact;  // false if a noncharacter became U+FFFD
 };
-// Both write a string with its quotes after `end`, which need not be finished yet. An unpaired
-// surrogate becomes U+FFFD.
+// Both functions write a string with its quotes at `end`, which may be after the finished content
+// of the block. An unpaired surrogate becomes U+FFFD.
 PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text);
 PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii);
 

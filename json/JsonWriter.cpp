@@ -18,11 +18,11 @@ class Writer {
  public:
   explicit Writer(const ListValue& list) : at_(list.begin()), end_(list.end()) {}
 
-  // Each writes the element at at_ and advances at_ past it.
   bool WriteList() { return WriteItems<&Writer::WriteValue>('[', ']'); }
   Utf16View Text() const { return {text_.begin(), text_.size()}; }
 
  private:
+  // Each function writes the element at at_ and moves at_ to the next one.
   bool WriteValue();
   bool WriteMember();
   template <bool (Writer::*WriteItem)()>

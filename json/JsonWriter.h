@@ -1,4 +1,4 @@
-// Writes JSON text in its compact form. Runs in every process that loads the module.
+// Both processes. Writes JSON text in its compact form.
 #pragma once
 
 #include "json/ListValue.h"

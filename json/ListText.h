@@ -1,5 +1,4 @@
-// A JSON list that is kept as text from its first element on, so that writing it out costs nothing.
-// Used in every process that loads the module.
+// Both processes. A JSON list that is stored as text, so that a finished list is its own JSON text.
 #pragma once
 
 #include <cassert>
@@ -33,7 +32,7 @@ class ListText {
   }
 
  private:
-  // The place of the next element, with room for `units` units and the closing bracket.
+  // Returns the place of the next element. It has room for `units` units and the closing bracket.
   Utf16Unit* Start(std::size_t units) {
     Utf16Unit* const end = text_.Reserve(units + 2);
     *end = ',';

@@ -1,6 +1,5 @@
-// A JSON list in one block of memory. Its elements follow one another, each as a type and its
-// content. An int takes six bytes, and a list of any length needs at most one allocation.
-// Used in every process that loads the module.
+// Both processes. A JSON list in one block of memory. Its elements follow one another, each as a
+// type and its content. An int takes six bytes. A list uses at most one allocated block.
 #pragma once
 
 #include <algorithm>
@@ -26,12 +25,13 @@ enum class ValueType : std::uint16_t {
   kBinary,
   kDictionary,  // strings and values in turn, sorted by key in UTF-8's order, one value per key
   kList,
-  // Only within a block:
+  // Used only inside a block:
   kEnd,        // of a nested list or dictionary
   kWideString  // a string that is not ASCII, in UTF-16
 };
 
-// The layout of elements in a block. Each starts at an even offset, as UTF-16 needs it.
+// The layout of elements in a block. Each element starts at an even offset, because UTF-16 text
+// needs an even address.
 namespace packed {
 
 constexpr std::size_t kTypeSize = sizeof(ValueType);
@@ -57,8 +57,8 @@ char* Put(char* to, ValueType type, T object) {
   std::memcpy(PutType(to, type), &object, sizeof(T));
   return to + kTypeSize + sizeof(T);
 }
-// Puts the head of a string whose bytes are already there, from to + kTextHead to `end`. Returns
-// the place of the next element.
+// Writes the head of a string whose bytes are already in [to + kTextHead, end). Returns the place
+// of the next element.
 inline char* PutTextHead(char* to, ValueType type, const char* end) {
   const auto size = static_cast<std::size_t>(end - to) - kTextHead;
   return Put(to, type, size) + Even(size);
@@ -66,15 +66,15 @@ inline char* PutTextHead(char* to, ValueType type, const char* end) {
 
 }  // namespace packed
 
-// A string as a list keeps it: `ascii` or `wide`; the other one is empty. `wide` is well-formed
+// A string in a list, either in `ascii` or in `wide`. The other one is empty. `wide` is well-formed
 // UTF-16.
 struct StringView {
   std::string_view ascii;
   Utf16View wide;
 };
 
-// One element in its list. Valid until the list changes. For a nested list or dictionary, it is the
-// start alone.
+// Refers to one element in a list. Valid until the list changes. For a nested list or dictionary,
+// it covers only the type at the start; the elements inside follow as elements of their own.
 class ValueView {
  public:
   explicit ValueView(const char* at) : at_(at) {}
@@ -90,7 +90,7 @@ class ValueView {
   std::optional<std::int32_t> GetIfInt() const { return CopyIf<std::int32_t>(ValueType::kInteger); }
   std::optional<double> GetIfDouble() const { return CopyIf<double>(ValueType::kDouble); }
   std::optional<StringView> GetIfString() const;
-  // The start of the next element.
+  // Returns the start of the next element.
   const char* End() const;
   std::size_t ByteSize() const { return End() - at_; }
 
@@ -157,13 +157,14 @@ class ListValue {
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
 
-  // An element is named by its offset in bytes.
+  // The offset of an element in bytes identifies it.
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
   const char* begin() const { return block_.begin(); }
   const char* end() const { return block_.end(); }
 
-  // For a caller that writes packed elements itself. See GrowingBlock.
+  // These functions are for callers that write packed elements directly. GrowingBlock describes
+  // them.
   char* Reserve(std::size_t bytes) { return block_.Reserve(bytes); }
   char* ReserveAfter(char* end, std::size_t bytes) { return block_.ReserveAfter(end, bytes); }
   char* ReserveEstimateAfter(char* end, std::size_t bytes) {
@@ -180,7 +181,7 @@ class ListValue {
     Finish(packed::Put(Reserve(packed::kTypeSize + sizeof(T)), type, value));
   }
 
-  // Most answers fit the object itself.
+  // Most answers fit into the object itself and need no allocation.
   GrowingBlock<char, 216> block_;
 };
 

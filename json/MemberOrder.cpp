@@ -10,13 +10,13 @@ namespace base {
 
 namespace {
 
-// Compares the code points of two texts of any encoding, which is the order of their bytes in
-// UTF-8.
+// Compares two texts of any encoding by their code points. The result is the same as for their
+// bytes in UTF-8.
 template <class A, class B>
 int Compare(std::basic_string_view<A> a, std::basic_string_view<B> b) {
   const auto rank = [](auto unit) {
     const auto code = static_cast<char32_t>(unit);
-    // A surrogate is part of a code point above all other units.
+    // Rank surrogates above all other units, because the code points of their pairs are greater.
     return code >= 0xE000 ? code - 0x800 : code >= 0xD800 ? code + 0x2000 : code;
   };
   const std::size_t shared = std::min(a.size(), b.size());

@@ -1,12 +1,12 @@
-// The order of a dictionary's members. Runs in every process that loads the module.
+// Both processes. Sorts the members of a dictionary.
 #pragma once
 
 #include <span>
 
 namespace base {
 
-// Each member is a packed string and its packed value. The last one ends at `end`. Sorts the
-// members by key and, of several with the same key, keeps the last. Returns the new end.
+// Sorts the members by key. Of several members with the same key, keeps only the last. Each member
+// is a packed string and a packed value, and the last member ends at `end`. Returns the new end.
 char* SortMembers(std::span<char* const> members, char* end);
 
 }  // namespace base

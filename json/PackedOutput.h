@@ -1,5 +1,5 @@
-// Where the JSON reader puts values: the end of a list, with room for all that the next units of
-// text can become. Used in every process that loads the module.
+// Both processes. The output of the JSON reader. Appends values to a list, after the reader has
+// made room for the values of the next piece of text.
 #pragma once
 
 #include <cassert>
@@ -9,32 +9,32 @@
 
 namespace base {
 
-// An empty string and its comma, "", are the text that needs the most room for its length: three
-// units become the head of a string.
+// Empty strings, each with its comma, need the most room for their length: three units become the
+// head of a string.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// A text may end with a string that has no comma, or with the start of a string: a quote and one
-// unit.
+// Room for the last string of a text. It may have no comma, or the text may end inside it, after
+// its opening quote and one unit.
 constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
-// The most bytes that are written for a text of this length.
+// Returns the most bytes that the values of a text of `units` units need.
 constexpr std::size_t MostPacked(std::size_t units) {
   return units / kDensestUnits * kDensestBytes + kExtraBytes;
 }
 
-// The inverse: how long a text may be whose values always fit `room` bytes. The extra bytes are
-// always there, because what was read before ended with a comma.
+// The inverse: returns the greatest length of a text whose values always fit into `room` bytes.
+// `room` always contains the extra bytes, because the text read so far ended with a comma and did
+// not need them.
 constexpr std::size_t UnitsThatFit(std::size_t room) {
   assert(room >= kExtraBytes);
   return (room - kExtraBytes) / kDensestBytes * kDensestUnits + kDensestUnits - 1;
 }
 
-// The caller makes room for a piece of text and then puts only what that piece becomes. Nothing
-// tests the room while values are put, because that would cost more than the values. Debug builds
-// assert it.
+// The caller makes room for a piece of text, and then writes only the values of this piece. No
+// write checks the room, because the check would cost more than the write. Debug builds assert it.
 class PackedOutput {
  public:
-  // `values` must be empty. There is room for what `units` of text become.
+  // Makes room for the values of `units` units of text. `values` must be empty.
   PackedOutput(ListValue& values, std::size_t units)
       : values_(values), to_(values.Reserve(MostPacked(units))) {}
 
@@ -42,9 +42,9 @@ class PackedOutput {
   std::size_t size() const { return to_ - values_.begin(); }
   std::size_t UnitsWithRoom() const { return UnitsThatFit(values_.RoomAfter(to_)); }
 
-  // For what `units` of text become. May move what was put before.
+  // Makes room for the values of `units` more units of text. May move the values written so far.
   void MakeRoom(std::size_t units) { to_ = values_.ReserveAfter(to_, MostPacked(units)); }
-  // The same where about `more` bytes will follow.
+  // Does the same for a caller that expects about `more` bytes of further values.
   void MakeRoom(std::size_t units, std::size_t more) {
     to_ = values_.ReserveEstimateAfter(to_, MostPacked(units) + more);
   }
@@ -54,11 +54,13 @@ class PackedOutput {
   void Put(ValueType type, T value) {
     MoveTo(packed::Put(to_, type, value));
   }
-  // The text of the next string goes here; PutString then says where it ends.
+  // The caller writes the text of the next string to this place. Then it calls PutString with the
+  // end of the text.
   char* StringText() const { return to_ + packed::kTextHead; }
   void PutString(ValueType type, const char* end) { MoveTo(packed::PutTextHead(to_, type, end)); }
 
-  // Back to an earlier place, or forward after values that were put by pointer.
+  // Moves back to an earlier place, or forward to the end of values that the caller has written
+  // itself.
   void MoveTo(char* to) {
     assert(values_.Holds(to));
     to_ = to;

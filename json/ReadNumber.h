@@ -1,4 +1,4 @@
-// The grammar of JSON numbers. Used in every process that loads the module.
+// Both processes. The grammar of JSON numbers.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,9 @@
 
 namespace base {
 
-// Reads integers of up to eight digits while a comma follows each, several at a time: the numbers
-// of ordinary messages come in such runs. Stops after a comma, so a value must follow. Reads none
-// where less than a block of text is left.
+// Reads integers of up to eight digits, several at a time, while each is followed by a comma.
+// Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
+// Reads none if the rest of the text is shorter than a block.
 template <class Unit>
 void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* at = in.at;
@@ -47,8 +47,9 @@ bool AcceptFraction(TextInput<Unit>& in) {
   return in.AtDelimiter();
 }
 
-// number = [ '-' ] digits fraction, and no other digit after a leading zero. An integer if it has
-// no fraction and fits 32 bits.
+// number = [ '-' ] digits fraction
+// No digit may follow a leading zero. The number becomes an integer if it has no fraction and fits
+// into 32 bits, else a double.
 template <class Unit>
 bool ReadNumber(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* const start = in.at;

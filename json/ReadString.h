@@ -1,4 +1,4 @@
-// The grammar of JSON strings. Used in every process that loads the module.
+// Both processes. The grammar of JSON strings.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +13,14 @@ namespace base {
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 
-// The value of a hexadecimal digit, or -1.
+// Returns the value of a hexadecimal digit, or -1.
 inline int HexDigit(char32_t c) {
   if (IsDigit(c)) return static_cast<int>(c - '0');
   const char32_t lower = c | 0x20;
   return lower >= 'a' && lower <= 'f' ? static_cast<int>(lower - 'a' + 10) : -1;
 }
 
-// The value of `digits` hexadecimal digits, or -1.
+// Reads `digits` hexadecimal digits and returns their value, or -1.
 template <class Unit>
 int ReadHex(TextInput<Unit>& in, int digits) {
   int value = 0;
@@ -32,8 +32,8 @@ int ReadHex(TextInput<Unit>& in, int digits) {
   return value;
 }
 
-// The code point of "\xHH" or "\uHHHH", from its first digit on. A high surrogate must be followed
-// by the escape of a low one. kNoCodePoint if the escape is wrong.
+// Reads "\xHH" or "\uHHHH" from the first digit on. Returns the code point, or kNoCodePoint if the
+// escape is wrong. The escape of a low surrogate must follow that of a high surrogate.
 template <class Unit>
 char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
   const int code = ReadHex(in, digits);
@@ -45,7 +45,8 @@ char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
   return 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
 }
 
-// The code point of an escape, from the unit after the backslash on. kNoCodePoint if it is wrong.
+// Reads an escape from the unit after the backslash on. Returns its code point, or kNoCodePoint if
+// the escape is wrong.
 template <class Unit>
 char32_t ReadEscape(TextInput<Unit>& in) {
   static constexpr std::string_view kLetters = "\"\\/bfnrtv";
@@ -59,8 +60,8 @@ char32_t ReadEscape(TextInput<Unit>& in) {
   return kMeanings[index];
 }
 
-// Copies up to the next quote or backslash. False if the text ends first, is ill-formed, or cannot
-// be kept in units of type To.
+// Copies up to the next quote or backslash. Returns false if the text ends first, is ill-formed, or
+// cannot be stored in units of type To.
 template <class Unit, class To>
 bool ReadPlainText(TextInput<Unit>& in, To*& to) {
   for (;;) {
@@ -78,8 +79,8 @@ bool ReadPlainText(TextInput<Unit>& in, To*& to) {
   }
 }
 
-// Copies a string from after its opening quote on, as ASCII (To is char) or in UTF-16. Returns the
-// end of the copy, or null for a string that is wrong or cannot be kept in units of type To.
+// Copies a string from after its opening quote on, as ASCII (To is char) or as UTF-16. Returns the
+// end of the copy. Returns null if the string is wrong or cannot be stored in units of type To.
 template <class Unit, class To>
 To* ReadStringText(TextInput<Unit>& in, To* to) {
   constexpr char32_t kLimit = sizeof(To) == 1 ? 0x7F : kMaxCodePoint;
@@ -102,7 +103,8 @@ bool ReadString(TextInput<Unit>& in, PackedOutput& out) {
     out.PutString(ValueType::kString, end);
     return true;
   }
-  in.at = text;  // most likely because the string is not ASCII: all of it is kept in UTF-16 then
+  // The string probably is not ASCII. Read it again, and store all of it in UTF-16.
+  in.at = text;
   auto* const units = reinterpret_cast<Utf16Unit*>(out.StringText());
   const Utf16Unit* const end = ReadStringText(in, units);
   if (end == nullptr) return false;

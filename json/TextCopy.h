@@ -1,6 +1,6 @@
-// Copies of text, 16 bytes at a time up to the first unit that needs a closer look. Messages spend
-// most of their time here. Needs SSE2, which every x86-64 processor has.
-// Used in every process that loads the module.
+// Both processes. Copies text 16 bytes at a time, up to the first unit that needs special
+// treatment. Reading and writing messages takes most of its time here. Needs SSE2, which every
+// x86-64 processor has.
 #pragma once
 
 #include <emmintrin.h>
@@ -15,11 +15,11 @@
 
 namespace base {
 
-// Where a copy stops. Each value adds to those before it.
+// Where a copy stops. Each value also includes the stops of the values before it.
 enum class Stop {
   kLimits,      // at the first unit beyond ASCII, or at the first surrogate or unit above them
   kStringEnds,  // at a quote or a backslash
-  kEscapes      // at a unit that a JSON string holds only as an escape
+  kEscapes      // at a unit that the writer escapes
 };
 
 template <Stop kStop, class Unit>
@@ -42,11 +42,13 @@ inline void StoreVector(void* to, __m128i vector) {
   _mm_storeu_si128(static_cast<__m128i*>(to), vector);
 }
 
-// One bit for each of 16 bytes, set where a copy of ASCII stops.
+// Returns one bit for each of 16 bytes. The bit is set if a copy of ASCII stops at this byte.
 template <Stop kStop>
 inline unsigned StopBits(__m128i bytes) {
   const auto equal = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-  __m128i stops = bytes;  // the top bit of each byte counts, and bytes beyond ASCII have it set
+  // A copy stops at each byte whose top bit is set in `stops`. Bytes beyond ASCII already have it
+  // set.
+  __m128i stops = bytes;
   if constexpr (kStop != Stop::kLimits)
     stops = _mm_or_si128(stops, _mm_or_si128(equal('"'), equal('\\')));
   if constexpr (kStop == Stop::kEscapes) {
@@ -56,8 +58,9 @@ inline unsigned StopBits(__m128i bytes) {
   return static_cast<unsigned>(_mm_movemask_epi8(stops));
 }
 
-// Two bits for each of 8 units, set where a copy of text without surrogates stops. Units above the
-// surrogates are rare and stop it, too: that saves a comparison.
+// Returns two bits for each of 8 units. The bits are set if a copy of text without surrogates stops
+// at this unit. It also stops at units above the surrogates: they are rare, and this saves a
+// comparison.
 template <Stop kStop>
 inline unsigned WideStopBits(__m128i units) {
   const auto equal = [](__m128i a, short b) { return _mm_cmpeq_epi16(a, _mm_set1_epi16(b)); };
@@ -77,7 +80,8 @@ inline unsigned WideStopBits(__m128i units) {
   return stops;
 }
 
-// Prepares 16-bit units for packing into bytes: units beyond ASCII become bytes beyond ASCII.
+// Prepares 16-bit units so that they can be packed into bytes. Units beyond ASCII become bytes
+// beyond ASCII.
 inline __m128i Narrow(__m128i units) {
   // The packing reads its input as signed and would turn units above 0x7FFF into 0.
   const __m128i beyond = _mm_srai_epi16(units, 15);
@@ -108,7 +112,7 @@ inline void StoreBytes(Utf16Unit* to, __m128i bytes) {
 // The copies below may write up to as many units as the text has, even if they stop before its end:
 // they store whole vectors.
 
-// Copies ASCII between any two of the encodings and advances `to`. Returns where it stopped.
+// Copies ASCII from UTF-8 or UTF-16 to UTF-8 or UTF-16 and advances `to`. Returns where it stopped.
 template <Stop kStop, class From, class To>
 inline const From* CopyAscii(const From* from, const From* end, To*& to) {
   const auto advance = [&](unsigned stops, int count) {
@@ -131,8 +135,8 @@ inline const From* CopyAscii(const From* from, const From* end, To*& to) {
   return from;
 }
 
-// Copies UTF-16 up to the first surrogate or unit above them, and advances `to`. Returns where it
-// stopped.
+// Copies UTF-16 up to the first unit that is a surrogate or above the surrogates, and advances
+// `to`. Returns where it stopped.
 template <Stop kStop>
 inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Utf16Unit*& to) {
   while (end - from >= 8) {

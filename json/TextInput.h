@@ -1,5 +1,5 @@
-// The text that the JSON reader reads, and what every rule of the grammar needs from it.
-// Used in every process that loads the module.
+// Both processes. The input text of the JSON reader, with the operations that all rules of the
+// grammar use.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +16,11 @@ inline bool IsBlank(char32_t c) { return c == ' ' || c == '\t' || c == '\r' || c
 template <class Unit>
 struct TextInput {
   std::size_t Left() const { return end - at; }
-  // Zero at the end. No token contains that unit, so most callers need no test for the end.
+  // Returns zero at the end. No token contains a zero, so most callers need no test for the end.
   Unit Peek() const { return at != end ? *at : Unit{}; }
 
-  // These step over what they name. False if it is not there.
+  // These functions move past the text that their names and arguments describe. They return false
+  // if the text is not there.
   bool Accept(char c) {
     if (Peek() != static_cast<Unit>(c)) return false;
     ++at;
@@ -44,13 +45,13 @@ struct TextInput {
       ++at;
     }
   }
-  // Blanks and comments. Compact messages have none, so most calls end at the first test.
+  // Skips blanks and comments. Compact messages have none, so most calls end at the first test.
   void SkipGap() {
     if (Peek() <= ' ' || Peek() == '/') [[unlikely]]
       SkipBlanksAndComments();
   }
 
-  // Whether a number may end here.
+  // Returns whether a number may end here.
   bool AtDelimiter() const {
     return at == end || *at == ',' || *at == ']' || *at == '}' || IsBlank(*at);
   }
@@ -69,7 +70,7 @@ struct TextInput {
     }
   }
 
-  // False for a comment that does not end. The grammar then meets its slash and refuses the text.
+  // Returns false if the comment has no end. The grammar then finds the slash and rejects the text.
   bool SkipComment() {
     if (Left() < 2) return false;
     const Unit* next = at + 2;

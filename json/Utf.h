@@ -1,4 +1,4 @@
-// Code points in UTF-8 and UTF-16, strictly. Used in every process that loads the module.
+// Both processes. Decodes and encodes code points in UTF-8 and UTF-16.
 #pragma once
 
 #include <cstddef>
@@ -21,12 +21,12 @@ inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; 
 
 struct CodePoint {
   char32_t code;
-  std::size_t length;  // in units; of the ill-formed part if not valid
+  std::size_t length;  // in units; the length of the ill-formed part if not valid
   bool valid;
 };
 
-// [text, end) must not be empty. An ill-formed part ends before the first byte that no valid
-// sequence could have there.
+// Decodes the first code point of [text, end), which must not be empty. An ill-formed part ends
+// before the first byte that no valid sequence could have there.
 inline CodePoint Decode(const char* text, const char* end) {
   const auto lead = static_cast<unsigned char>(*text);
   if (lead < 0x80) return {lead, 1, true};
@@ -45,7 +45,7 @@ inline CodePoint Decode(const char* text, const char* end) {
   return {code, length, true};
 }
 
-// Every UTF-16 text is valid here: an unpaired surrogate decodes as U+FFFD.
+// Decodes UTF-16, which is always valid here: an unpaired surrogate is decoded as U+FFFD.
 inline CodePoint Decode(const Utf16Unit* text, const Utf16Unit* end) {
   const char32_t unit = *text;
   if (!IsSurrogate(*text)) return {unit, 1, true};
@@ -54,7 +54,8 @@ inline CodePoint Decode(const Utf16Unit* text, const Utf16Unit* end) {
   return {kReplacement, 1, true};
 }
 
-// At most three bytes for each UTF-16 unit, and four for two.
+// Writes at most three bytes for a code point of one UTF-16 unit, and four bytes for one of two
+// units.
 inline char* Encode(char32_t code, char* to) {
   const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(byte); };
   if (code < 0x80) {

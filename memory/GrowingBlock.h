@@ -1,5 +1,5 @@
-// A block of memory that grows at its end. Small contents stand inside the object and need no
-// allocation. Used in every process that loads the module.
+// Both processes. A block of memory that grows at its end. Small contents are stored inside the
+// object and need no allocation.
 #pragma once
 
 #include <algorithm>
@@ -39,26 +39,28 @@ class GrowingBlock {
   Unit* begin() const { return begin_; }
   Unit* end() const { return begin_ + size_; }
 
-  // Both make room for `units` after an end, and return that end, which may have moved. Reserve is
-  // for the finished content, ReserveAfter for content that is not finished yet. If they throw
-  // std::bad_alloc, the block is unchanged.
+  // Both functions make room for `units` more units and return the place to write them, because the
+  // block may have moved. Reserve continues after the last Finish. ReserveAfter continues at `end`,
+  // the end of content that was written since then. If they throw std::bad_alloc, the block is
+  // unchanged.
   Unit* Reserve(std::size_t units) { return ReserveAfter(end(), units); }
   Unit* ReserveAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, FastCapacity(end));
   }
-  // The same for a caller who knows how much will follow: grows hardly beyond `units`.
+  // Does the same as ReserveAfter for a caller that knows how much will follow. Grows to what
+  // `units` needs, or by a quarter if that is more.
   Unit* ReserveEstimateAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
   }
 
-  // Whether content may end there.
+  // Returns whether content may end at `end`.
   bool Holds(const Unit* end) const { return begin_ <= end && end <= begin_ + capacity_; }
   std::size_t RoomAfter(const Unit* end) const {
     assert(Holds(end));
     return begin_ + capacity_ - end;
   }
 
-  // The content ends there now.
+  // Makes `end` the end of the content.
   void Finish(const Unit* end) {
     assert(Holds(end));
     size_ = end - begin_;

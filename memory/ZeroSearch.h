@@ -1,4 +1,4 @@
-// Finds the zero that ends a text, 16 bytes at a time. Used in every process that loads the module.
+// Both processes. Finds the zero that ends a text, 16 bytes at a time.
 #pragma once
 
 #include <emmintrin.h>
@@ -11,7 +11,7 @@
 
 namespace base {
 
-// Has sizeof(Unit) bits for each unit of the vector, set where the unit is zero.
+// Returns sizeof(Unit) bits for each unit of the vector. The bits are set if the unit is zero.
 template <class Unit>
 inline unsigned ZeroBits(__m128i units) {
   const __m128i zero = _mm_setzero_si128();
@@ -19,7 +19,7 @@ inline unsigned ZeroBits(__m128i units) {
                                                                    : _mm_cmpeq_epi16(units, zero)));
 }
 
-// The first zero of [from, end), or `end`.
+// Returns the first zero in [from, end), or `end` if there is none.
 template <class Unit>
 inline const Unit* FindZero(const Unit* from, const Unit* end) {
   constexpr std::ptrdiff_t kStep = 16 / sizeof(Unit);
@@ -31,13 +31,13 @@ inline const Unit* FindZero(const Unit* from, const Unit* end) {
   return std::find(from, end, Unit{});
 }
 
-// A text up to its terminating zero. Reads 16 bytes at a time at addresses that are multiples of
-// 16, so it may read bytes after the zero, but never from another page.
+// Returns a text without its terminating zero. Reads 16 bytes at a time at addresses that are
+// multiples of 16. So it may read bytes after the zero, but never from another page.
 template <class Unit>
 inline std::basic_string_view<Unit> UpToZero(const Unit* text) {
   const Unit* at = text;
   const auto misplaced = [&at] { return reinterpret_cast<std::uintptr_t>(at) % 16; };
-  // A text at an odd address never gets to a multiple of 16, and is read unit by unit.
+  // A UTF-16 text at an odd address never reaches a multiple of 16, so it is read unit by unit.
   for (; misplaced() != 0; ++at) {
     if (*at == Unit{}) return {text, static_cast<std::size_t>(at - text)};
   }
