@@ -1,5 +1,5 @@
-// Both processes. A classic event-tracing provider: registration, the session's control callback,
-// and the writing of events while a session listens.
+// Both processes. A classic event-tracing provider. Trace sessions switch it on and off. It writes
+// events while it is switched on.
 #pragma once
 
 #include <windows.h>
@@ -11,9 +11,9 @@
 
 namespace logging {
 
-// The system's trace functions, as the providers call them. Wine registers a provider but never
-// calls it back and has no session to write to, so a test puts its own in before the first log
-// call.
+// The system's trace functions. The providers call them through this table, so that a test can
+// replace them before the first log call. Under Wine a test cannot use the real ones: Wine
+// registers a provider, but never calls it back and has no trace sessions.
 struct TraceFunctions {
   decltype(&::RegisterTraceGuidsW) registerGuids;
   decltype(&::UnregisterTraceGuids) unregisterGuids;
@@ -46,7 +46,8 @@ class EtwTraceProvider {
   ULONG Write(EVENT_TRACE_HEADER* event) const;
 
  protected:
-  // Called on the system's thread after the level and the flags were taken over, or cleared.
+  // A thread of the system calls these functions after the level and the flags were stored or
+  // cleared.
   virtual void OnEventsEnabled(UCHAR /*sessionLevel*/) {}
   virtual void OnEventsDisabled() {}
 

@@ -1,4 +1,4 @@
-// Both processes. Keeps the thread's last error over a stretch of code.
+// Both processes. Saves the thread's last error and restores it at the end of the scope.
 #pragma once
 
 #include <windows.h>

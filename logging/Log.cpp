@@ -14,14 +14,14 @@ namespace logging {
 namespace {
 
 constexpr std::size_t kLongestMessage = 4095;
-constexpr std::size_t kLineCapacity =
-    std::size_t{24} * 1024;  // a message of 3-byte sequences and a stack dump
+// Enough for the longest message, with 3 bytes of UTF-8 for each unit, and a stack dump.
+constexpr std::size_t kLineCapacity = std::size_t{24} * 1024;
 constexpr std::size_t kDebuggerCapacity = 8192;
 
 #define WIDEN_LITERAL(text) L##text
 #define WIDEN(text) WIDEN_LITERAL(text)
 
-// The product version as the prefix shows it: "1, 0, 0, 0" becomes 1_0_0_0.
+// The product version in the form that log lines show: "1, 0, 0, 0" becomes "1_0_0_0".
 struct VersionText {
   constexpr VersionText() {
     std::size_t length = 0;
@@ -69,7 +69,8 @@ void HandleLine(const LogLine& line) {
 template <class Character>
 void WriteFormatted(const LogSite& site, const Character* format, std::va_list arguments) {
   const LastErrorGuard keepLastError;
-  if (!IsLogged(site.level)) return;  // for the callers who bring a site of their own
+  // The log macros have checked the level already. Callers that make their own LogSite have not.
+  if (!IsLogged(site.level)) return;
 
   char prefixStorage[MAX_PATH];
   TextBuffer prefix(prefixStorage, sizeof(prefixStorage));

@@ -1,7 +1,7 @@
-// Both processes. The one log of the module: lines with a level, which go to the debugger output
-// and to event tracing. Use the macros below: when a line is not logged, they cost one look at a
-// cached level and do not evaluate the arguments. Callable from any thread; keeps the thread's last
-// error.
+// Both processes. The log of the module. Each line has a level, and goes to the debugger output and
+// to event tracing. Use the macros below: if a line is not logged, they only compare its level with
+// cached levels, and do not evaluate the arguments. Any thread may log. Logging keeps the thread's
+// last error.
 #pragma once
 
 #include "logging/LogLevel.h"
@@ -16,8 +16,8 @@ constexpr const char* BareFileName(const char* path) {
   return name;
 }
 
-// The place and the level of a log call. Compilers record paths with either kind of separator;
-// every line shows the bare file name.
+// The source file, line number and level of a log call. Stores the file name without its folders.
+// Compilers separate folders by slashes or by backslashes.
 struct LogSite {
   constexpr LogSite(const char* path, int lineNumber, int levelNumber)
       : file(BareFileName(path)), line(lineNumber), level(levelNumber) {}
@@ -27,12 +27,12 @@ struct LogSite {
   int level;
 };
 
-// `format` follows Microsoft's printf rules. Wide text in a narrow format ("%ls", "%S") comes out
-// as UTF-8. A message is cut at 4095 bytes.
+// Writes one line. `format` follows the printf rules of Microsoft's runtime library. Wide text in a
+// narrow format ("%ls", "%S") is converted to UTF-8. Messages are cut at 4095 bytes.
 void WriteLog(const LogSite& site, const char* format, ...);
 
-// The same for wide formats, in which "%s" and "%ls" take wide text. A message is cut at 4095
-// UTF-16 units, before it becomes UTF-8.
+// Writes one line with a wide format, in which "%s" and "%ls" take wide text. Messages are cut at
+// 4095 UTF-16 units and then converted to UTF-8.
 void WriteLogW(const LogSite& site, const wchar_t* format, ...);
 
 }  // namespace logging

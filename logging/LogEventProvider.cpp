@@ -49,7 +49,8 @@ MofEvent MakeEvent(UCHAR type, UCHAR level, std::initializer_list<MOF_FIELD> fie
 
 std::atomic<const LogEventProvider*> currentProvider{nullptr};
 
-// A function-local static's destructor runs when the module unloads.
+// Makes the provider available from its construction to its destruction. EnsureEventProvider keeps
+// it in a local static variable, which is destroyed when the module is unloaded.
 struct ProviderLifetime {
   ProviderLifetime() {
     provider.Register();
@@ -84,7 +85,8 @@ void LogEventProvider::WriteLine(const LogLine& line) const {
 }
 
 void LogEventProvider::OnEventsEnabled(UCHAR sessionLevel) {
-  // A session that changes its level enables again: what is restored is the level before it.
+  // A session that changes its level enables the provider again. Save only the level from before
+  // the session, because that level is restored later.
   if (!savedTraceLevel_) savedTraceLevel_ = GetTraceLevel();
   SetTraceLevel(sessionLevel < 2 ? kFatal : 4 - sessionLevel);
 }

@@ -1,4 +1,4 @@
-// Both processes. The log's own event-tracing provider.
+// Both processes. The event-tracing provider that writes log lines as trace events.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,13 @@
 
 namespace logging {
 
-// One finished line: what both sinks are given. The texts end in a zero.
+// One complete log line. The debugger output and event tracing both receive it. `file` and `text`
+// are followed by a terminating zero.
 struct LogLine {
   int level;
-  const char* file;  // the prefix: version and file name
+  const char* file;  // product version and file name
   int line;
-  std::size_t messageStart;
+  std::size_t messageStart;  // where the message starts in `text`
   std::string_view text;
 };
 
@@ -28,13 +29,14 @@ class LogEventProvider final : public base::win::EtwTraceProvider {
   void OnEventsEnabled(UCHAR sessionLevel) override;
   void OnEventsDisabled() override;
 
-  std::optional<int> savedTraceLevel_;  // while a session listens
+  std::optional<int> savedTraceLevel_;  // from before the session; empty without a session
 };
 
-// Registers the process-wide provider, once; it is unregistered when the module unloads.
+// Registers the provider on the first call in the process. It is unregistered when the module is
+// unloaded.
 void EnsureEventProvider();
 
-// Null before the registration and after the module began to unload.
+// Returns null before the registration, and after the module has started to unload.
 const LogEventProvider* GetEventProvider();
 
 }  // namespace logging

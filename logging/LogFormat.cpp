@@ -15,7 +15,7 @@ constexpr std::size_t kLongestMessage = 4095;
 
 enum class Width { kNarrow, kShort, kDefault, kLong, k64 };
 
-// One conversion of a format: "%-#0*.*I64x" and the like.
+// One conversion of a printf format, for example "%-#0*.*I64x".
 struct Conversion {
   char flags[8] = {};
   int width = 0;
@@ -28,7 +28,7 @@ struct Conversion {
 
 bool IsHighSurrogate(wchar_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 
-// Reads the conversion behind a '%' and leaves `format` behind it.
+// Reads a conversion. `format` points after the '%' at first, and after the conversion at the end.
 Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   Conversion result;
   std::size_t flagCount = 0;
@@ -77,7 +77,7 @@ Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   return result;
 }
 
-// The conversion with its arguments' places filled in, for the runtime library.
+// The format of one conversion for the runtime library. Contains numbers instead of '*'.
 struct RuntimeFormat {
   RuntimeFormat(const Conversion& conversion, const char* size) {
     char* end = text + std::snprintf(text, sizeof(text), "%%%s", conversion.flags);
@@ -165,7 +165,8 @@ class MessageWriter {
   void WriteByRuntime(const Conversion& conversion, const char* size, T value) {
     char text[kLongestMessage + 1];
     const int length = _snprintf(text, sizeof(text), RuntimeFormat(conversion, size).text, value);
-    // Negative: the text did not fit, fills the buffer and will be cut anyhow.
+    // A negative length means that the text did not fit. Then it fills the whole buffer, and the
+    // message is cut there anyway.
     out_.Append({text, length < 0 ? sizeof(text) : static_cast<std::size_t>(length)});
   }
 

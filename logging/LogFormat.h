@@ -1,5 +1,6 @@
-// Both processes. Text of a log line: printf formats with the meaning of Microsoft's runtime, wide
-// text as UTF-8 whatever the C locale, in buffers that never allocate.
+// Both processes. Formats the text of log lines. printf formats mean the same as in Microsoft's
+// runtime library. Wide text is converted to UTF-8, whatever the C locale is. Nothing here
+// allocates memory.
 #pragma once
 
 #include <cstdarg>
@@ -8,10 +9,12 @@
 
 namespace logging {
 
-// The longest prefix of `text` within `limit` bytes that ends with a whole UTF-8 sequence.
+// Returns the length of the longest prefix of `text` that has at most `limit` bytes and ends with a
+// complete UTF-8 sequence.
 std::size_t WholeSequences(std::string_view text, std::size_t limit);
 
-// A zero-terminated text in a caller's buffer; what does not fit is cut after a whole sequence.
+// A zero-terminated text in a buffer of the caller. Text that does not fit is cut after a complete
+// UTF-8 sequence.
 class TextBuffer {
  public:
   TextBuffer(char* storage, std::size_t capacity);
@@ -21,8 +24,8 @@ class TextBuffer {
   void AppendWide(std::wstring_view text);
   void AppendFormat(const char* format, ...);
 
-  // Keeps at most `longest` units of the message: bytes of a narrow one, UTF-16 units of a wide
-  // one.
+  // Both functions append a message. `longest` limits its length: in bytes for a narrow format, in
+  // UTF-16 units for a wide one.
   void AppendMessage(std::size_t longest, const char* format, std::va_list arguments);
   void AppendMessage(std::size_t longest, const wchar_t* format, std::va_list arguments);
 
@@ -32,7 +35,7 @@ class TextBuffer {
   char* const storage_;
   const std::size_t capacity_;
   std::size_t length_ = 0;
-  bool cut_ = false;  // nothing follows a cut
+  bool cut_ = false;  // true after a text was cut; later texts are dropped
 };
 
 }  // namespace logging

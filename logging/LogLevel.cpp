@@ -16,7 +16,7 @@ int LevelFromText(const char* text) {
     int level;
   } kNames[] = {{"VERBOSE", kVerbose}, {"INFO", kInfo}, {"WARNING", kWarning}, {"ERROR", kError}};
   for (const auto& entry : kNames) {
-    // Not lstrcmpi: a linguistic comparison passes over control characters.
+    // lstrcmpi would ignore control characters, because it compares by the rules of a language.
     if (::_stricmp(text, entry.name) == 0) return entry.level;
   }
   return kFatal;
@@ -32,7 +32,7 @@ int ReadLevelFromRegistry() {
   char text[11] = {};
   for (const auto& place : kPlaces) {
     DWORD size = sizeof(text) - 1;
-    // Without RRF_NOEXPAND an expandable string would count as a string.
+    // Without RRF_NOEXPAND, RegGetValueA would accept REG_EXPAND_SZ values as well.
     if (::RegGetValueA(place.root, place.key, "TESSEL_LOG_LEVEL", RRF_RT_REG_SZ | RRF_NOEXPAND,
                        nullptr /*type*/, text, &size) == ERROR_SUCCESS) {
       return LevelFromText(text);
@@ -41,7 +41,8 @@ int ReadLevelFromRegistry() {
   return kFatal;
 }
 
-// Returns the levels as `change` left them.
+// Changes the levels in one atomic step, even if other threads change them at the same time.
+// Returns the new levels.
 template <class Change>
 LogLevels ChangeLevels(Change change) {
   LogLevels old = logLevels.load(), levels;

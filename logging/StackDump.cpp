@@ -12,9 +12,10 @@ namespace {
 constexpr DWORD kMostFrames = 62;
 constexpr DWORD kLongestName = 100;
 
-// This process's symbols. The handle is of its own, because the system keeps symbols by handle: the
-// host may have initialised and may be using those of GetCurrentProcess(). Only one thread at a
-// time may call the symbol functions.
+// Loads the symbols of this process and frees them again. The system keeps one set of symbols for
+// each handle. This class opens a handle of its own, because the host may already use the symbols
+// of GetCurrentProcess(). It also holds a lock, because only one thread at a time may call the
+// symbol functions.
 class Symbols {
  public:
   Symbols() {

@@ -1,11 +1,12 @@
-// Both processes. The call stack as text, for lines that report a broken invariant.
+// Both processes. Writes the call stack to a log line of the level FATAL.
 #pragma once
 
 #include "logging/LogFormat.h"
 
 namespace logging {
 
-// One line a frame, with symbol names where the system can resolve them.
+// Appends one line for each stack frame, with the name of the function if the system finds its
+// symbol.
 void AppendStackDump(TextBuffer& out);
 
 }  // namespace logging
