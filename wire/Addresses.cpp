@@ -10,7 +10,8 @@ constexpr std::wstring_view kPipeBaseName =
     L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name";
 constexpr std::size_t kLongestPipeName = 255;
 
-// As the narrow isalnum of the C locale judges a unit's low byte.
+// Returns the result of isalnum in the C locale for the low byte of the unit. Ignores the high
+// byte.
 bool IsPlainLetterOrDigit(wchar_t unit) {
   const auto low = static_cast<unsigned char>(unit);
   return (low >= '0' && low <= '9') || (low >= 'A' && low <= 'Z') || (low >= 'a' && low <= 'z');

@@ -1,5 +1,5 @@
-// Both processes. From a content's address to the name of its broker's pipe: the same functions for
-// the client that looks for the pipe and for the host that serves it.
+// Both processes. Computes the name of a broker's pipe from the address of the content. The client
+// that opens the pipe and the host that creates it use the same functions.
 #pragma once
 
 #include <optional>
@@ -10,17 +10,19 @@
 
 namespace wire {
 
-// "SL_HTTP_URI" and so on, for the log.
+// Returns the name of the scheme for the log, for example "SL_HTTP_URI".
 const char* SchemeName(unsigned long scheme);
 
-// The scheme of the address's prefix, which is case-sensitive.
+// Returns the scheme that the address starts with, or nothing if it starts with none. Upper case
+// does not match: "HTTP:" is not a scheme.
 std::optional<SLUriScheme> GetUriScheme(std::wstring_view address);
 
-// The address up to its host, or for a file up to its folder. An address without a path is returned
-// whole.
+// Returns the part of the address before its third slash, which is the scheme and the host. For a
+// file, returns the part before the sixth slash. Returns the whole address if it has fewer slashes,
+// and nothing if it has no scheme.
 std::optional<std::wstring_view> GetUriOrigin(std::wstring_view address);
 
-// Empty for a scheme without a pipe.
+// Returns an empty name if the scheme has no pipe.
 std::wstring PipeName(unsigned long scheme, std::wstring_view address);
 
 }  // namespace wire

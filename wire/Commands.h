@@ -1,4 +1,4 @@
-// Both processes. The commands of the bridge: the first value of every request.
+// Both processes. The numbers of the commands. The first value of each request is one of them.
 #pragma once
 
 namespace wire {

@@ -1,19 +1,19 @@
-// Both processes. The statuses of the bridge: the first value of every answer.
+// Both processes. The status numbers. The first value of each answer is a status.
 #pragma once
 
 #include "TesselCodes.h"
 
 namespace wire {
 
-// A broker may use other numbers for reasons of its own. A client receives any of them unchanged.
+// A broker may also define other numbers. The client receives every status unchanged.
 enum Status : int {
   kSuccess = SL_SUCCESS,
-  kNotServed = SL_NOT_SERVED,  // a client that searches goes on to the next scheme
+  kNotServed = SL_NOT_SERVED,  // a search continues with the next scheme
 
-  // Recommended to every broker.
+  // Every broker should use these four numbers where they fit.
   kUnknownCommand = 100,
   kUnknownElement = 101,
-  kNotSupported = 102,  // the element does not have what was asked for
+  kNotSupported = 102,  // the element has no such attribute, state or item
   kMalformedRequest = 103,
 };
 

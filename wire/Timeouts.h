@@ -1,21 +1,23 @@
-// Client process. How long a call waits, in milliseconds, for a broker and for its answer.
+// Client process. How long a call waits for a broker and for its answer, in milliseconds.
 #pragma once
 
 #include <cstdint>
 
 namespace wire {
 
-// Connecting, writing and reading have this time each.
+// Connecting, writing and reading have this time-out each.
 inline constexpr std::uint32_t kPipeTimeoutMilliseconds = 18000;
 
-// A broker that the launcher starts: until its pipe exists, and then until it is asked.
+// After a call has started a broker, it waits for the broker's pipe. Then it pauses before it
+// connects.
 inline constexpr std::uint32_t kLaunchedPipeTimeoutMilliseconds = 15000;
 inline constexpr std::uint32_t kPauseAfterLaunchMilliseconds = 1000;
 
 inline constexpr std::uint32_t kLongestRoundTripMilliseconds =
     kLaunchedPipeTimeoutMilliseconds + kPauseAfterLaunchMilliseconds + 3 * kPipeTimeoutMilliseconds;
 
-// An injection waits for those of other clients, then gives its own injector this many rounds.
+// An injection first waits for the injections of other clients. Then it starts its injector,
+// pauses, and waits for the injector in rounds.
 inline constexpr std::uint32_t kInjectionMutexTimeoutMilliseconds = 30000;
 inline constexpr std::uint32_t kPauseAfterInjectorStartMilliseconds = 150;
 inline constexpr std::uint32_t kInjectorRoundMilliseconds = 1000;
