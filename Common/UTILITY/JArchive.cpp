@@ -12,7 +12,7 @@ using Tessel::ArchiveException;
 
 namespace {
 
-// The JSON floor knows no log; what it refuses as a broken invariant is told here.
+// json/ cannot log, so it reports failed checks through this hook, which writes them to the log.
 const struct CheckReporter {
   CheckReporter() {
     base::SetCheckFailedHook(
@@ -28,7 +28,8 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-// Names the type, because the default constructor would first fill the content with zeros.
+// Constructs the ListText explicitly. The variant's default constructor would first fill it with
+// zeros.
 JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {
@@ -103,7 +104,8 @@ JArchive& JArchive::operator>>(bool& value) {
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
-  const base::ValueView current = Current();  // at the end of the archive the target stays as it is
+  // Current throws at the end of the archive. Then `utf8` must still be unchanged.
+  const base::ValueView current = Current();
   utf8.clear();
   utf8 = base::ToUtf8(StringOf(current));
   return MoveAfter(current);
@@ -111,7 +113,7 @@ JArchive& JArchive::operator>>(std::string& utf8) {
 
 JArchive& JArchive::operator>>(CComBSTR& text) {
   const base::ValueView current = Current();
-  // A BSTR is made from zero-terminated text.
+  // The BSTR receives the text only up to its first zero.
   const base::StringView utf16 = base::UpToZero(StringOf(current));
   const std::size_t units = base::Utf16Length(utf16);
   const BSTR read =

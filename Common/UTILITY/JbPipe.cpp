@@ -1,4 +1,4 @@
-// Both processes. What both roles of an endpoint share.
+// Both processes. The functions that both roles of a pipe endpoint, server and client, share.
 #include "UTILITY/JbPipe.h"
 
 #include "logging/Log.h"
@@ -28,7 +28,7 @@ OVERLAPPED CJbPipe::MakeOverlapped() const {
 DWORD CJbPipe::WaitForIo() const { return ::WaitForSingleObject(ioEvent_.Get(), timeout_); }
 
 HANDLE CJbPipe::DuplicatePipeHandle(std::uint32_t processId) {
-  // DuplicateHandle takes the empty value, -1, for this process.
+  // Without a pipe the handle is -1, and DuplicateHandle takes -1 for the handle of this process.
   if (!pipe_) return nullptr;
   const SafeHandle process(::OpenProcess(PROCESS_DUP_HANDLE, FALSE /*inheritable*/, processId));
   HANDLE duplicate = nullptr;

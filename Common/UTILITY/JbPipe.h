@@ -1,5 +1,5 @@
-// Both processes. One end of a message-mode named pipe: the broker's process serves it, the
-// client's process opens it. One message carries one whole text.
+// Both processes. One end (endpoint) of a named pipe in message mode. The broker's process creates
+// the pipe, and the client's process opens it. Each message contains one complete text.
 #pragma once
 
 #include <windows.h>
@@ -13,44 +13,46 @@
 
 #include "internal/SafeObject.h"
 
-// Misuse of an endpoint: wrong state, wrong role. Derives from nothing.
+// Thrown when an endpoint is misused, for example in the wrong state or role. Has no base class.
 class PipeException {
  public:
   explicit PipeException(const char* message) : message_(message) {}
   const char* Message() const { return message_; }
 
  private:
-  const char* message_;  // a literal
+  const char* message_;  // points to a string literal
 };
 
-// The endpoint was shut down.
+// Thrown by the functions of an endpoint after Shutdown.
 class PipeShutdownException {};
 
-// One message as it was read.
+// The bytes of a message, as read from the pipe.
 struct PipeMessage {
   std::unique_ptr<BYTE[]> bytes;
   std::size_t size = 0;
   std::size_t capacity = 0;
 };
 
-// Time-outs are in milliseconds. Functions return true on success, and false when a system call
-// fails. Such a failure is logged, except in DisconnectClient, in DuplicatePipeHandle, and for a
-// write that fails at once. Misuse throws PipeException. Only one thread at a time may use an
-// endpoint; a second one may call Shutdown.
+// Time-outs are in milliseconds. Functions return true on success, and false if a system call
+// fails. The failure is logged, except in DisconnectClient, in DuplicatePipeHandle, and when a
+// write fails at once. Misuse throws PipeException. Only one thread at a time may use an endpoint,
+// but a second thread may call Shutdown.
 class IJbPipe {
  public:
-  // Server. Creates the pipe. While the name is taken it tries again, until the time-out.
+  // Server. Creates the pipe. If the pipe's name is already in use, tries again until the time-out.
   virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
-  // Server. `timedOut` receives 1 when no client came in time, else 0; it may be null. INFINITE
-  // waits without limit.
+  // Server. Waits until a client connects. A time-out of INFINITE waits without limit. `timedOut`
+  // may be null. It receives 1 if no client connected in time, else 0.
   virtual bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) = 0;
   // Server. Waits until the client has read everything, then disconnects it.
   virtual bool DisconnectClient() = 0;
-  // Client. Waits for a busy server until the endpoint's time-out, but not for a missing one.
+  // Client. Opens the pipe. If the pipe is busy, tries again until the endpoint's time-out. If
+  // there is no such pipe, fails at once.
   virtual bool ConnectToServerPipe(std::uint32_t serverProcessId) = 0;
-  // Client. Takes ownership of an open pipe handle. Null and INVALID_HANDLE_VALUE are misuse.
+  // Client. Takes ownership of an open pipe handle. Throws PipeException for null and for
+  // INVALID_HANDLE_VALUE.
   virtual bool AttachToServerPipe(HANDLE pipe) = 0;
-  // Returns a handle that is valid in that process, or null.
+  // Duplicates the pipe's handle into the process `processId`. Returns null on failure.
   virtual HANDLE DuplicatePipeHandle(std::uint32_t processId) = 0;
   virtual void Close() = 0;
   virtual bool ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeout) = 0;
@@ -61,12 +63,15 @@ class IJbPipe {
   virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
   virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
   virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
-  // Limits each wait of a read, each wait of a write, and the tries to connect.
+  // Limits each single wait in a read or a write, and the time that ConnectToServerPipe keeps
+  // trying.
   virtual void SetTimeout(std::uint32_t timeout) = 0;
-  // While a read waits, messages sent to the thread's windows are dispatched.
+  // If `pump` is true, the thread's windows receive the messages that are sent to them while a read
+  // waits.
   virtual void SetPumpMessages(bool pump) = 0;
-  // Server, callable from another thread. Wakes a server that waits for a client. Until Close,
-  // CreateServerPipe, WaitClientToConnect and all reads and writes throw PipeShutdownException.
+  // Server. A second thread may call it. Wakes a thread that waits in WaitClientToConnect. From
+  // then until Close, CreateServerPipe, WaitClientToConnect and all reads and writes throw
+  // PipeShutdownException. The time-out limits the connection that wakes the thread.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;
 };
@@ -88,7 +93,7 @@ class CJbPipe final : public IJbPipe {
   void SetPipeName(const std::wstring& baseName) override { baseName_ = baseName; }
   void SetAppendProcessId(bool append) override { appendProcessId_ = append; }
   bool ReadString(std::wstring& text) override;
-  // The same without a copy: `text` points into `message`.
+  // Reads a text without copying it: `text` points into `message`.
   bool ReadString(PipeMessage& message, std::wstring_view& text);
   bool WriteString(std::wstring_view text) override;
   bool ReadBuffer(std::vector<BYTE>& bytes) override;
@@ -121,7 +126,7 @@ class CJbPipe final : public IJbPipe {
   DWORD ReadPart(PipeMessage& message, OVERLAPPED& overlapped);
 
   std::uint32_t timeout_ = 3000;
-  SafeHandle ioEvent_;  // manual reset
+  SafeHandle ioEvent_;  // a manual-reset event
   SafeFile pipe_;
   State state_ = State::kNone;
   bool server_ = false;

@@ -1,17 +1,18 @@
-// Both processes. The client's role of an endpoint: it finds a server's pipe and opens it. A server
-// uses it in Shutdown.
+// Both processes. The client role of an endpoint: finds and opens the pipe that a server has
+// created. The broker's process uses it in Shutdown.
 #include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
 
 namespace {
 
-constexpr DWORD kBusyWaitMilliseconds = 50;  // for a free instance, before the next try
+constexpr DWORD kBusyWaitMilliseconds = 50;  // the longest wait for a free instance
 constexpr DWORD kConnectRetryMilliseconds = 50;
 constexpr DWORD kProbeWaitMilliseconds = 1;
 constexpr DWORD kProbeRetryMilliseconds = 5;
 
-// Attempts, and pauses between attempts, until an attempt returns true. Returns false when more
-// milliseconds than `timeout` have passed since the start. A negative time-out allows one attempt.
+// Calls `attempt` until it returns true, with a call of `pause` between two attempts. Returns false
+// if an attempt fails after more than `timeout` milliseconds. A negative time-out allows one
+// attempt.
 template <class Attempt, class Pause>
 bool Poll(std::int64_t timeout, Attempt attempt, Pause pause) {
   const std::uint64_t start = ::GetTickCount64();
@@ -22,12 +23,14 @@ bool Poll(std::int64_t timeout, Attempt attempt, Pause pause) {
   }
 }
 
-// Whether the pipe has an instance that is free or becomes free in time, or one that stays busy.
+// Returns true if the pipe exists. Waits up to `wait` milliseconds for a free instance, and also
+// returns true if all instances stay busy.
 bool InstanceExists(const std::wstring& name, DWORD wait) {
   return ::WaitNamedPipeW(name.c_str(), wait) || ::GetLastError() == ERROR_SEM_TIMEOUT;
 }
 
-// What to do between two tries to open the pipe, after this error.
+// Waits between two attempts to open the pipe. After ERROR_PIPE_BUSY the wait ends as soon as an
+// instance is free.
 void PauseConnecting(const std::wstring& name, DWORD error) {
   if (error == ERROR_PIPE_BUSY && InstanceExists(name, kBusyWaitMilliseconds)) return;
   ::Sleep(kConnectRetryMilliseconds);
@@ -57,8 +60,8 @@ bool CJbPipe::ConnectToServerPipe(std::uint32_t serverProcessId) {
     return false;
   }
   DWORD mode = PIPE_READMODE_MESSAGE;
-  if (!::SetNamedPipeHandleState(pipe_.Get(), &mode, nullptr /*collection*/,
-                                 nullptr /*collection*/)) {
+  if (!::SetNamedPipeHandleState(pipe_.Get(), &mode, nullptr /*collection count*/,
+                                 nullptr /*collection time-out*/)) {
     LOG_ERROR("SetNamedPipeHandleState failed");
     Close();
     return false;
@@ -68,7 +71,7 @@ bool CJbPipe::ConnectToServerPipe(std::uint32_t serverProcessId) {
   return true;
 }
 
-// Returns the error of the last try.
+// Returns the error of the last attempt, or ERROR_SUCCESS.
 DWORD CJbPipe::OpenPipe(const std::wstring& name) {
   DWORD error = ERROR_SUCCESS;
   const auto isDecided = [&] {

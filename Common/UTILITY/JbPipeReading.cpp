@@ -1,4 +1,4 @@
-// Both processes. An endpoint reads whole messages, as bytes and as texts.
+// Both processes. The functions of an endpoint that read complete messages, as bytes or as text.
 #include <algorithm>
 #include <new>
 
@@ -9,11 +9,13 @@
 namespace {
 
 constexpr std::size_t kFirstReadSize = 256;
-static_assert(kFirstReadSize % sizeof(wchar_t) == 0, "a last odd byte needs a second one");
+static_assert(kFirstReadSize % sizeof(wchar_t) == 0,
+              "ReadString may append a byte to a message of odd size");
 constexpr std::size_t kLargeBuffer = 0x10000000;
 constexpr DWORD kPumpMilliseconds = 1;
 
-// Runs `allocate`. Returns false, with a line in the log, when memory is exhausted.
+// Calls `allocate`, which allocates `bytes` bytes. Returns false and logs an error if memory is
+// exhausted.
 template <class Allocate>
 bool TryToAllocate(std::size_t bytes, Allocate allocate) {
   try {
@@ -27,7 +29,7 @@ bool TryToAllocate(std::size_t bytes, Allocate allocate) {
 
 bool GrowBuffer(PipeMessage& message, std::size_t capacity) {
   return TryToAllocate(capacity, [&] {
-    // Not initialised, because most of a large buffer is never used.
+    // The new buffer is not initialised, because most of a large buffer is never used.
     auto bytes = std::make_unique_for_overwrite<BYTE[]>(capacity);
     std::copy_n(message.bytes.get(), message.size, bytes.get());
     message.bytes = std::move(bytes);
@@ -62,8 +64,8 @@ bool CJbPipe::ReadMessage(PipeMessage& message) {
   return true;
 }
 
-// Reads as much as the buffer holds. Returns ERROR_MORE_DATA when the message is longer; other
-// errors are logged.
+// Reads as much of the message as fits into the buffer. Returns ERROR_MORE_DATA if the message is
+// longer. Logs all other errors.
 DWORD CJbPipe::ReadPart(PipeMessage& message, OVERLAPPED& overlapped) {
   const BOOL started = ::ReadFile(pipe_.Get(), message.bytes.get() + message.size,
                                   static_cast<DWORD>(message.capacity - message.size),
@@ -117,8 +119,8 @@ bool CJbPipe::ReadString(PipeMessage& message, std::wstring_view& text) {
     return false;
   }
   std::size_t size = message.size;
-  // The last byte of an odd size becomes a unit with a zero as its high byte. There is room for it,
-  // because all capacities are even.
+  // If the size is odd, append a zero as the high byte of the last UTF-16 unit. The buffer has room
+  // for this byte, because all capacities are even.
   if (size % sizeof(wchar_t) != 0) message.bytes[size++] = 0;
   const auto* const begin = reinterpret_cast<const wchar_t*>(message.bytes.get());
   text = {begin, base::FindZero(begin, begin + size / sizeof(wchar_t))};

@@ -1,5 +1,5 @@
-// Broker's process. The server's role of an endpoint: one instance that takes one client after the
-// other.
+// Broker's process. The server role of an endpoint: creates an instance of the pipe and serves one
+// client after the other.
 #include "UTILITY/JbPipe.h"
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr DWORD kTakenNameMilliseconds = 200;  // between two tries to create a taken name
+constexpr DWORD kTakenNameMilliseconds = 200;  // the pause while the pipe's name is in use
 constexpr DWORD kDefaultTimeoutMilliseconds = 20000;
 
 }  // namespace
@@ -34,7 +34,7 @@ bool CJbPipe::CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) {
   return true;
 }
 
-// Returns true when there is nothing left to try.
+// Returns true if no further attempt is needed: the pipe is created, or cannot be created at all.
 bool CJbPipe::TryCreateInstance(const std::wstring& name, bool firstInstance) {
   const DWORD openMode = PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED |
                          (firstInstance ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0);
@@ -77,7 +77,8 @@ bool CJbPipe::StartWait(OVERLAPPED& overlapped) {
     case ERROR_PIPE_LISTENING:
       return true;
     case ERROR_IO_PENDING:
-      // A Shutdown that came just before ConnectNamedPipe may have connected too early to end it.
+      // If Shutdown ran just before ConnectNamedPipe, its connection may have come too early to end
+      // this wait.
       if (!shutDown_) return true;
       CancelWait(overlapped);
       return false;
@@ -87,7 +88,8 @@ bool CJbPipe::StartWait(OVERLAPPED& overlapped) {
       return true;
     case ERROR_NO_DATA:
       LOG_VERBOSE("The pipe is being closed; continue");
-      // The client came and went. Without this call the instance returns this error for ever.
+      // A client connected and left again. Without DisconnectNamedPipe, ConnectNamedPipe would
+      // return this error for ever.
       ::DisconnectNamedPipe(pipe_.Get());
       return false;
     default:
@@ -118,7 +120,8 @@ bool CJbPipe::FinishWait(OVERLAPPED& overlapped, bool timedOut) {
   return true;
 }
 
-// A wait that fails during a shutdown ends as a shutdown, whatever made it fail.
+// Ends a wait that has failed. Throws if the endpoint is shut down, whatever made the wait fail.
+// Otherwise returns false.
 bool CJbPipe::GiveUpWait() {
   ThrowIfShutDown();
   return false;
@@ -139,7 +142,7 @@ bool CJbPipe::DisconnectClient() {
 void CJbPipe::Shutdown(std::uint32_t timeout) {
   if (!server_) throw PipeException("Shutdown can be called only for server pipe");
   shutDown_ = true;
-  // A connection to its own pipe wakes a server that waits.
+  // A connection to this endpoint's own pipe wakes a thread that waits for a client.
   CJbPipe knock;
   knock.SetTimeout(timeout);
   knock.SetPipeName(baseName_);

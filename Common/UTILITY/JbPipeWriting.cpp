@@ -1,4 +1,4 @@
-// Both processes. An endpoint writes whole messages, as bytes and as texts.
+// Both processes. The functions of an endpoint that write complete messages, as bytes or as text.
 #include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
 

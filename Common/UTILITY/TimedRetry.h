@@ -1,4 +1,4 @@
-// Both processes. Repeats an attempt until it succeeds, is cancelled, or its time is over.
+// Both processes. Repeats an attempt until it succeeds, is cancelled or times out.
 #pragma once
 
 #include <windows.h>
@@ -12,11 +12,11 @@ class TimedRetry {
   static constexpr HRESULT kCancelled = static_cast<HRESULT>(0x80040225);
   static constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x80040226);
 
-  // The time starts now. No `cancelled`: cannot be cancelled.
+  // The time-out starts at construction. Without `cancelled` the retry cannot be cancelled.
   explicit TimedRetry(std::int32_t timeoutMilliseconds, std::function<bool()> cancelled = {})
       : timeout_(timeoutMilliseconds), cancelled_(std::move(cancelled)) {}
 
-  // The attempt, a callable that returns true when it is done, runs once at least.
+  // Calls `attempt` until it returns true, at least once, and sleeps between two attempts.
   template <class Attempt>
   HRESULT Run(Attempt attempt) const {
     for (;;) {

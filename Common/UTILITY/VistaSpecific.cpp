@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr DWORD kSmallAclSize = 64;  // one entry with a short SID
+constexpr DWORD kSmallAclSize = 64;  // enough for one entry with a short SID
 
 struct LocalFreeDeleter {
   void operator()(void* memory) const { ::LocalFree(memory); }
@@ -19,7 +19,8 @@ struct LocalFreeDeleter {
   throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), what);
 }
 
-// Owner and group: none. The lists live beside the descriptor that points at them.
+// Security attributes without owner and group. The access lists are members, because the descriptor
+// points to them.
 struct LowIntegrityAttributes {
   LowIntegrityAttributes() {
     CopyMandatoryLabel();
@@ -32,7 +33,7 @@ struct LowIntegrityAttributes {
     attributes.bInheritHandle = FALSE;
     published = &attributes;
   }
-  // The descriptor points into the object itself.
+  // Not copyable, because the descriptor points into this object.
   LowIntegrityAttributes(const LowIntegrityAttributes&) = delete;
   LowIntegrityAttributes& operator=(const LowIntegrityAttributes&) = delete;
 

@@ -3,8 +3,9 @@
 
 #include <windows.h>
 
-// Lets processes of any integrity level, low included, open the object with full access. Built on
-// the first call, for the life of the process; the caller does not free it. Null: the access list
-// could not be built, take the default security. Throws std::system_error when the label cannot be
-// built; the next call then tries again. Callable from any thread.
+// Returns attributes that let processes of every integrity level, even low, open the object with
+// full access. The first call builds them. They stay valid until the process ends, and the caller
+// does not free them. Returns null, which means default security, if the access list cannot be
+// built. Throws std::system_error if the integrity label cannot be built; the next call then tries
+// again. Any thread may call it.
 SECURITY_ATTRIBUTES* GetPipeSecurityAttributes();
