@@ -1,4 +1,4 @@
-// The exception for a failed HRESULT, for compilers without ATL.
+// Both processes. ATL's exception for a failed HRESULT, for compilers without ATL.
 #pragma once
 
 #include <windows.h>

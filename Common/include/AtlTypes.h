@@ -1,9 +1,10 @@
-// The ATL types of the interface: ATL's own with Microsoft's compiler, elsewhere the module's, with
-// the same layouts and the same ownership rules.
+// Both processes. The ATL types of the interface. With Microsoft's compiler these are ATL's own
+// types. Other compilers use the module's types, which have the same layouts and the same ownership
+// rules.
 #pragma once
 
 #include <windows.h>
-// the OLE headers need windows.h before them
+// oleauto.h needs windows.h before it
 #include <oleauto.h>
 
 #ifdef _MSC_VER

@@ -1,4 +1,4 @@
-// An owned BSTR, laid out as ATL's: one pointer.
+// Both processes. Owns a BSTR and has the layout of ATL's class: one pointer.
 #pragma once
 
 #include <windows.h>
@@ -30,7 +30,7 @@ class CComBSTR {
   }
   CComBSTR& operator=(const wchar_t* text) { return *this = CComBSTR(text); }
 
-  // A BSTR of the caller's own, with embedded zeros kept; null for a null text.
+  // Returns a copy that the caller owns. Keeps embedded zeros. Returns null if there is no text.
   BSTR Copy() const {
     if (m_str == nullptr) return nullptr;
     return Allocated(

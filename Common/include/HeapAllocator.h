@@ -1,6 +1,6 @@
-// Any process that loads the module. The allocator of every vector that crosses the interface: such
-// a vector is made by the client, filled by the module and destroyed by the client, so its storage
-// is on the one heap that both reach the same way, the process's.
+// Both processes. The allocator of all vectors in the interface. A client creates such a vector,
+// the module fills it, and the client destroys it. So its storage is on the process heap, which
+// both can use.
 #pragma once
 
 #include <windows.h>
@@ -25,7 +25,7 @@ inline void ReportHeapFreeFailure(DWORD error) {
   LOG_ERROR("HeapAllocator: HeapFree failed err=%d", error);
 }
 #else
-// A client's copy of the allocator has no log but the module's.
+// In a client the allocator logs through DTrace, which the module exports.
 inline void ReportNullPointer() { DTrace(1, L"HeapAllocator: null pointer on deallocate"); }
 inline void ReportHeapFreeFailure(DWORD error) {
   wchar_t text[64];
@@ -48,7 +48,7 @@ class HeapAllocator {
   template <class U>
   HeapAllocator(const HeapAllocator<U>&) noexcept {}
 
-  // Storage for `count` objects. Throws std::bad_alloc.
+  // Returns storage for `count` objects. Throws std::bad_alloc.
   T* allocate(std::size_t count) {
     if (count > static_cast<std::size_t>(-1) / sizeof(T)) throw std::bad_alloc();
     void* storage = ::HeapAlloc(::GetProcessHeap(), 0 /*flags*/, count * sizeof(T));
@@ -69,7 +69,7 @@ template <class T, class U>
 bool operator==(const HeapAllocator<T>&, const HeapAllocator<U>&) noexcept {
   return true;
 }
-template <class T, class U>  // which C++17 does not derive
+template <class T, class U>  // C++17 does not derive this operator from ==
 bool operator!=(const HeapAllocator<T>&, const HeapAllocator<U>&) noexcept {
   return false;
 }

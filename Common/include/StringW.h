@@ -1,6 +1,6 @@
-// A shared UTF-16 text, laid out as ATL's: one pointer to the first unit, behind a header that
-// names the manager whose buffer it is. A buffer always goes back to that manager, so texts cross
-// between modules that were built apart.
+// Both processes. A shared UTF-16 string with the layout of ATL's class: one pointer to the first
+// unit. A header before the first unit names the manager that allocated the buffer. Only this
+// manager frees the buffer, so modules that were built separately can exchange strings.
 #pragma once
 
 #include <windows.h>
@@ -14,7 +14,8 @@ namespace ATL {
 
 struct StringHeader;
 
-// The layout of the virtual table is part of the interface: five entries, no destructor.
+// The virtual table is part of the interface: exactly these five functions in this order, and no
+// virtual destructor.
 struct StringManager {
   virtual StringHeader* Allocate(int units, int unitSize) noexcept = 0;
   virtual void Free(StringHeader* header) noexcept = 0;
@@ -28,13 +29,13 @@ struct StringHeader {
   wchar_t* Text() noexcept { return reinterpret_cast<wchar_t*>(this + 1); }
 
   StringManager* manager;
-  int length;    // in units, terminator not counted
-  int capacity;  // likewise
+  int length;    // in units, without the terminator
+  int capacity;  // in units, without the terminator
   long references;
 };
 static_assert(sizeof(StringHeader) == 24);
 
-// Buffers on the process heap. One object an image.
+// Allocates buffers on the process heap. Each program and each DLL has one manager of its own.
 class HeapStringManager final : public StringManager {
  public:
   static HeapStringManager* Instance() noexcept {
@@ -69,7 +70,7 @@ class HeapStringManager final : public StringManager {
  private:
   HeapStringManager() noexcept { nil_.header = {this, 0, 0, 1}; }
 
-  // 0: no such size
+  // Returns 0 if the arguments are out of range.
   static SIZE_T SizeOf(int units, int unitSize) noexcept {
     if (units < 0 || units == INT_MAX || unitSize <= 0) return 0;
     return sizeof(StringHeader) + (static_cast<SIZE_T>(units) + 1) * unitSize;
@@ -78,7 +79,7 @@ class HeapStringManager final : public StringManager {
   struct {
     StringHeader header;
     wchar_t terminator;
-  } nil_ = {};  // the reference of its own keeps it from being freed
+  } nil_ = {};  // starts with one reference, so that it is never freed
 };
 
 class CStringW {
@@ -87,10 +88,10 @@ class CStringW {
   CStringW(const wchar_t* text) : CStringW() { Assign(text, LengthOf(text)); }
   CStringW(const CStringW& other) : text_(CloneOf(other.text_)) {}
   CStringW(CStringW&& other) noexcept : text_(other.text_) { other.text_ = Nil(ManagerOf(text_)); }
-  // A text that a client zeroed stays so.
+  // A client may have filled the string with zero bytes. There is nothing to release then.
   ~CStringW() { Release(text_); }
 
-  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the same text is the same object, too
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): equal pointers include self-assignment
   CStringW& operator=(const CStringW& other) {
     if (text_ == other.text_) return *this;
     StringHeader* source = HeaderOf(other.text_);

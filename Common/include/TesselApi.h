@@ -1,6 +1,7 @@
-// How the module's functions are declared, on either side of its boundary. With Microsoft's
-// compiler the declaration exports or imports; elsewhere the export definition file does, and a
-// client's linker finds the functions through the import library.
+// Both processes. TESSELSLB_API marks the functions that the module exports. With Microsoft's
+// compiler it exports them from the module and imports them into a client. With other compilers it
+// is empty: the export definition file exports the functions, and a client's linker finds them
+// through the import library.
 #pragma once
 
 #if defined(_MSC_VER) && defined(TESSELSLB_BUILD)
@@ -11,7 +12,8 @@
 #define TESSELSLB_API
 #endif
 
-// The underlying type of an enumeration. It is part of the interface in C++; C11 cannot name one.
+// The underlying types of enumerations. In C++ they are part of the interface. C11 has no syntax
+// for them.
 #ifdef __cplusplus
 #define TESSELSLB_AS_INT : int
 #define TESSELSLB_AS_ULONG : unsigned long

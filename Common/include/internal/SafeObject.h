@@ -1,4 +1,5 @@
-// Both processes. Owners of system handles, one type for each value that means "none".
+// Both processes. Owners of system handles. There are two types, because some system functions
+// return null for "no handle" and others return INVALID_HANDLE_VALUE.
 #pragma once
 
 #include <windows.h>
@@ -32,7 +33,7 @@ class SafeObject {
   HANDLE Get() const noexcept { return handle_; }
   HANDLE Release() noexcept { return std::exchange(handle_, Kind::Empty()); }
 
-  // Closes what is held; keeps the thread's last error.
+  // Closes the current handle and takes ownership of the new one. Keeps the thread's last error.
   void Reset(HANDLE handle = Kind::Empty()) noexcept {
     const HANDLE old = std::exchange(handle_, handle);
     if (old == Kind::Empty()) return;

@@ -1,10 +1,11 @@
-// Client process. The growth rule of the vectors that cross the interface, which is not every
-// standard library's own.
+// Client process. Lets the vectors in the interface grow by the same rule with every standard
+// library.
 #pragma once
 
 #include <algorithm>
 #include <utility>
 
+// Appends `value`. A full vector grows by half of its capacity.
 template <class Vector>
 void AppendGrowing(Vector& vector, typename Vector::value_type&& value) {
   if (vector.size() == vector.capacity()) {

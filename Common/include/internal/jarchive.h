@@ -1,5 +1,6 @@
-// Both processes. The message of the bridge: plain values in order, carried as one JSON array. The
-// sender appends, the receiver reads in the same order and knows what comes next.
+// Both processes. A message between client and broker: a list of simple values, sent as one JSON
+// array. The sender appends the values, and the receiver reads them in the same order. Both must
+// know the order of the types, because each read expects one type.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +18,7 @@
 
 namespace Tessel {
 
-// The one failure of an archive. Derives from nothing: caught by its own type.
+// Thrown when an archive cannot be read or written. Has no base class, so catch exactly this type.
 class ArchiveException {
  public:
   explicit ArchiveException(std::string message) : message_(std::move(message)) {}
@@ -29,33 +30,36 @@ class ArchiveException {
 
 }  // namespace Tessel
 
-// Copies share the list of values; each has its own cursor. For one thread at a time.
+// Copies of an archive share the values, but each copy has its own cursor. Only one thread at a
+// time may use an archive and its copies.
 class JArchive {
  public:
   JArchive();
-  // A moved-from archive must stay usable, so there is no move: it copies.
+  // There is no move constructor, so a move copies: a moved-from archive must stay usable.
   JArchive(const JArchive&) = default;
   JArchive& operator=(const JArchive&) = default;
 
-  // The text of the array, compact. Throws ArchiveException.
+  // Returns the array as compact JSON text. Throws ArchiveException if the values cannot be written
+  // as JSON.
   std::wstring toString() const;
-  // The same without a copy if the content is text already. Otherwise the text is written to
-  // `buffer`. Valid until the archive or the buffer changes.
+  // Returns the same text, without a copy if the content is text already. Otherwise writes the text
+  // to `buffer`. The result is valid until the archive or the buffer changes.
   std::wstring_view toString(std::wstring& buffer) const;
 
-  // Replaces the content by that of a text and sets the cursor to the start. If it throws
-  // ArchiveException, the archive is unchanged.
+  // Replaces the content by the elements of a JSON array and sets the cursor to the first one. If
+  // the text is not a JSON array, throws ArchiveException and leaves the archive unchanged.
   void fromString(std::wstring_view text);
 
   JArchive& operator<<(std::int32_t value);
   JArchive& operator<<(bool value);
-  JArchive& operator<<(const wchar_t* text);  // null throws
+  JArchive& operator<<(const wchar_t* text);  // throws ArchiveException for null
   JArchive& operator<<(const CComBSTR& text);
   JArchive& operator<<(const POINT& point);
 
-  // A read that fails throws ArchiveException and leaves the cursor where it was.
+  // A read that fails throws ArchiveException and does not move the cursor.
   JArchive& operator>>(std::int32_t& value);
-  JArchive& operator>>(long& value) {  // of 32 bits, as int is, and yet another type
+  // On Windows, long has 32 bits like int, but C++ treats them as different types.
+  JArchive& operator>>(long& value) {
     std::int32_t read = 0;
     *this >> read;
     value = read;
@@ -65,7 +69,7 @@ class JArchive {
   JArchive& operator>>(std::string& utf8);
   JArchive& operator>>(CComBSTR& text);
 
-  // A count, then that many elements, appended to what the vector holds.
+  // Reads a count and then this number of elements, and appends them to the vector.
   template <class T, class Allocator>
   JArchive& operator>>(std::vector<T, Allocator>& elements) {
     LOG_INFO_W(L"Archive: read vector");
@@ -80,7 +84,7 @@ class JArchive {
   }
 
  private:
-  // A request is written and never read, so it starts as text. It is converted to values on the
+  // A request is only written, so the content starts as text. It is converted to values on the
   // first read, or when a string cannot be stored exactly as text.
   using Content = std::variant<base::ListText, base::ListValue>;
 
@@ -89,5 +93,5 @@ class JArchive {
   JArchive& MoveAfter(base::ValueView element);
 
   std::shared_ptr<Content> content_;
-  std::size_t cursor_ = 0;  // in bytes of the values
+  std::size_t cursor_ = 0;  // the byte offset of the next value
 };
