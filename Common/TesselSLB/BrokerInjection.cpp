@@ -34,7 +34,8 @@ bool EndedWell(HANDLE injector) {
     LOG_ERROR("Silverlight injector failed, exit code =%d", exitCode);
     return false;
   }
-  LOG_ERROR("Silverlight injector succeeded");  // at this level on purpose
+  // The success is logged as an error on purpose: the level is part of the interface.
+  LOG_ERROR("Silverlight injector succeeded");
   return true;
 }
 
@@ -83,7 +84,7 @@ int RunInjector(HWND window, DWORD processId) {
       L"slinject.exe --pid=" + std::to_wstring(static_cast<int>(processId));
   LOG_INFO("slinject.exe=%ls", injector.c_str());
   LOG_INFO("cmdLine=%ls", commandLine.c_str());
-  const auto started = StartHidden(injector, commandLine, nullptr /*the caller's directory*/);
+  const auto started = StartHidden(injector, commandLine, nullptr /*directory*/);
   if (!started) {
     LOG_ERROR("CreateProcess failed, cmdLine=%ls", commandLine.c_str());
     return SL_INJECTOR_NOT_STARTED;

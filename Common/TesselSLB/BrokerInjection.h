@@ -1,11 +1,14 @@
-// Client process. Brings the broker into the process that owns a window, with the injector program.
+// Client process. Runs the injector program, which starts a broker inside the process that owns a
+// window.
 #pragma once
 
 #include <windows.h>
 
-// Returns 0 or an SLResult. Only one injection runs at a time in the whole logon session: the
-// function waits up to 30 s for those of other clients, then about 10 s for its own.
+// Runs the injector for the process that owns the window. Returns 0 or an SLResult. Only one
+// injection runs at a time in a logon session: the function waits up to 30 s for the injections of
+// other clients, and then about 10 s for its own injector.
 int InjectBroker(HWND window);
 
-// Runs the injector once. Returns 0 or an SLResult.
+// Runs the injector for the process `processId`. Nudges the window until the injector ends, for
+// about 10 s at most. Returns 0 or an SLResult.
 int RunInjector(HWND window, DWORD processId);

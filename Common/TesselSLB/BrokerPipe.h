@@ -1,4 +1,4 @@
-// Both processes. The pipe of a broker: its name, and whether it exists.
+// Both processes. Computes the name of a broker's pipe and checks whether the pipe exists.
 #pragma once
 
 #include <windows.h>
@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-// Empty, with a line in the log, for a scheme without a pipe.
+// Returns an empty name and logs an error if the scheme has no pipe.
 std::wstring GetBrokerPipeName(DWORD scheme, std::wstring_view address);
 
-// Waits up to `wait` milliseconds for the pipe, and keeps no connection. False, with a line in the
-// log, for an empty name.
+// Returns true if the pipe exists or appears within `wait` milliseconds. Does not connect to the
+// pipe. If it returns false, which it also does for an empty name, it writes a line to the log.
 bool BrokerPipeExists(const std::wstring& name, std::int32_t wait);

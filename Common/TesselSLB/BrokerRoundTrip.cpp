@@ -54,7 +54,7 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
     LOG_ERROR("Cannot start SLBroker process");
     return SL_BROKER_NOT_STARTED;
   }
-  // One connection carries one request and one answer; it ends with this function.
+  // A connection carries one request and one answer. The destructor of `pipe` closes it.
   CJbPipe pipe;
   pipe.SetTimeout(wire::kPipeTimeoutMilliseconds);
   pipe.SetPipeName(pipeName);

@@ -1,5 +1,5 @@
-// Client process. Builds the requests, carries a request to the broker and its answer back, and
-// searches for the scheme under which the broker of a content answers.
+// Client process. Builds requests, sends them to the broker and receives the answers. If the scheme
+// is not known, finds the scheme whose broker shows the content.
 #pragma once
 
 #include <string_view>
@@ -8,31 +8,38 @@
 #include "internal/jarchive.h"
 #include "wire/Commands.h"
 
-// The address of the record's content; empty for a record whose memory a client has zeroed.
+// Returns the address of the record's content. Returns an empty text if a client has filled the
+// record with zero bytes.
 std::wstring_view SourceUriOf(const SLElemData& record);
 
-// Both replace what `request` held. The caller appends the arguments of its command.
+// Both functions replace the content of `request`. The caller then appends the arguments of the
+// command.
 
-// A request about an element: command, process, object.
+// Builds a request about an element: command, process id, object id.
 void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchive& request);
 
-// A request about a window, or an element of it. Fills in the record's process when it is 0.
+// Builds a request about a window or an element in it: command, process id, object id. The object
+// id may be empty. If the record's process id is 0, sets it to that of the window.
 void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& request);
 
-// All three return 0, a code of SLResult, or a status that only the broker knows. After 0 the
-// caller reads its results from `answer`: the status is already read. They throw ArchiveException
-// when the request cannot become a text, or the answer does not begin with a status.
+// All three functions return 0, an SLResult or a status that the broker defines. After 0 the caller
+// reads the results from `answer`, whose cursor is after the status. The functions throw
+// ArchiveException if the request cannot be written as text or the answer does not begin with a
+// status.
 
-// Asks the broker of this scheme, which is started when its pipe does not exist.
+// Sends the request to the broker of this scheme. If its pipe does not exist, starts the broker
+// first.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
-// Asks the broker of the tailored scheme, then that of the address's own scheme, until one serves
-// the content. `scheme` receives the scheme of the broker that returned 0.
+// Sends the request to the broker of the tailored scheme. If that returns SL_NOT_SERVED, sends it
+// to the broker of the address's own scheme. On success `scheme` receives the scheme of the broker
+// that answered.
 int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
                                  std::wstring_view address);
 
-// Asks the broker of `scheme`. For SL_NO_URI it searches as above; when no broker serves the
-// content, it injects one into the window's process and searches once more.
+// Sends the request to the broker of `scheme`. For SL_NO_URI, calls SendMessageToBrokerAnyScheme
+// instead. If that returns SL_NOT_SERVED, injects a broker into the window's process and calls it
+// once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

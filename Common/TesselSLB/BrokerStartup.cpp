@@ -69,6 +69,8 @@ bool LaunchBroker(DWORD scheme, std::wstring_view address) {
   const std::wstring package = PathBesideModule(kPackageFile);
   std::wstring launcher;
   if (!FindLauncher(launcher)) {
+    // The texts that the module logs are part of its interface, because users search for them. Keep
+    // every text letter for letter, even one that looks like a misspelling.
     LOG_ERROR("Cannot sllauncher.exe");
     return false;
   }
@@ -81,7 +83,7 @@ bool LaunchBroker(DWORD scheme, std::wstring_view address) {
       L"sllauncher.exe /overwrite /emulate:" + Quoted(package) + L" /origin:" + origin;
   LOG_INFO("sllauncher.exe=%ls", launcher.c_str());
   LOG_INFO("cmdLine=%ls", commandLine.c_str());
-  {
+  {  // This block closes the launcher's handles at once: nothing waits for the launcher to end.
     const auto started = StartHidden(launcher, commandLine, GetModuleDirectory().c_str());
     if (!started) {
       LOG_ERROR("CreateProcess failed, slLauncher=%ls cmdLine=%ls", launcher.c_str(),
@@ -89,7 +91,7 @@ bool LaunchBroker(DWORD scheme, std::wstring_view address) {
       return false;
     }
     LOG_INFO("Created sllauncher process with pid %i", started->id);
-  }  // the launcher is not waited for
+  }
   return BrokerPipeExists(GetBrokerPipeName(scheme, address),
                           wire::kLaunchedPipeTimeoutMilliseconds);
 }

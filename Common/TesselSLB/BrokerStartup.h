@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
-// The launcher's origin argument, in double quotes. Empty for a scheme without one, and for the
-// tailored scheme, whose origin LaunchBroker makes of the address.
+// Returns the launcher's /origin argument for http, https and file, in double quotes. Returns an
+// empty text and logs an error for all other schemes. LaunchBroker itself builds the origin of the
+// tailored scheme from the address.
 std::wstring GetBrokerOrigin(DWORD scheme);
 
-// False, with a line in the log, if the launcher is not installed.
+// Sets `path` to the launcher's program file. Returns false and logs an error if the launcher is
+// not installed.
 bool FindLauncher(std::wstring& path);
 
-// Starts the broker and waits up to 15 s for its pipe. True if the pipe exists then.
+// Starts the broker and waits up to 15 s for its pipe. Returns true if the pipe appears in time.
 bool LaunchBroker(DWORD scheme, std::wstring_view address);

@@ -1,4 +1,4 @@
-// Client process. The exports that make the broker act on an element. Their answers hold only the
+// Client process. The exports that make the broker act on an element. The answers contain only the
 // status.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"

@@ -1,10 +1,12 @@
-// Client process. The frame of every element export: validity, request, round trip, and what
-// becomes of the failures. Its lines in the log carry the export's own place.
+// Client process. The steps that all element exports share: check the record, build the request,
+// send it, read the answer, and turn failures into log lines and result codes. The log lines name
+// the source file and line of the export.
 #pragma once
 
 #include "TesselSLB/BrokerRoundTrip.h"
 
-// Where a call stands. Clang 14 has no std::source_location with GNU's library.
+// The source file and line of a call. Replaces std::source_location, which Clang 14 does not
+// support with GNU's standard library.
 struct CallSite {
   const char* file;
   int line;
@@ -15,33 +17,37 @@ struct CallSite {
   }
 };
 
-// Whether the record names an element.
+// Returns true if the record names an element: its scheme, window, process id, object id and
+// address are all set.
 bool IsValid(const SLElemData& record);
 
-// The same, with a line in the log when it does not.
+// Returns the same as IsValid. Logs an error if the record is not valid.
 bool CheckObject(const SLElemData& record, CallSite site = CallSite::current());
 
-// `prefix` stands before the message.
+// Both functions put `prefix` before the message.
 void LogRoundTripFailure(const CallSite& site, const char* prefix, int code);
 void LogArchiveFailure(const CallSite& site, const char* prefix,
                        const Tessel::ArchiveException& failure);
 
-// Gives `element` the window, process and scheme of `source`, and the object of that id.
+// Makes `element` name an object in the window, process and scheme of `source`. Moves the id out of
+// `objectId`. Frees the old id of `element`, but does not release the old object.
 void NameObject(SLElemData& element, const SLElemData& source, CComBSTR& objectId);
 
-// The same with the address: an element of the same content.
+// Does the same as NameObject and also copies the address of `source`.
 void NameElement(SLElemData& element, const SLElemData& source, CComBSTR& objectId);
 
-// An answer that ends early leaves the remaining fields as they were.
+// Reads the four sides of a rectangle. If the answer ends early, throws ArchiveException and leaves
+// the remaining sides unchanged.
 void ReadRectangle(JArchive& answer, RECT& rect);
 
-// For commands that carry nothing after the object.
+// Used for commands without arguments after the object id.
 inline void NoArguments(JArchive& /*request*/) {}
 
-// For commands whose answer ends with the status.
+// Used for commands whose answer contains only the status.
 inline void NoResults(JArchive& /*answer*/) {}
 
-// Request and answer of one call; `scheme` is found when it is not known yet.
+// Sends one request and reads its answer. If `scheme` is SL_NO_URI, finds the scheme and stores it
+// there.
 template <class WriteRequest, class ReadAnswer>
 int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeRequest,
                ReadAnswer readAnswer, const char* prefix, const CallSite& site) {
@@ -62,7 +68,8 @@ int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeReques
   }
 }
 
-// About an element that the caller has checked. `prefix` goes before what the frame logs.
+// Makes a call about an element that the caller has checked with CheckObject. Puts `prefix` before
+// the messages that report a failure.
 template <class WriteArguments, class ReadAnswer>
 int CallObject(wire::Command command, const SLElemData& object, WriteArguments writeArguments,
                ReadAnswer readAnswer, const char* prefix = "",
@@ -75,7 +82,8 @@ int CallObject(wire::Command command, const SLElemData& object, WriteArguments w
   return CallBroker(scheme, object, writeRequest, readAnswer, prefix, site);
 }
 
-// About a window, or an element of it: fills in the record's process and scheme.
+// Makes a call about a window or an element in it. Sets the record's process id and scheme if they
+// are not known yet.
 template <class WriteArguments, class ReadAnswer>
 int CallWindow(wire::Command command, SLElemData& window, WriteArguments writeArguments,
                ReadAnswer readAnswer, CallSite site = CallSite::current()) {

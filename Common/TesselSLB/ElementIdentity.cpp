@@ -1,4 +1,5 @@
-// Client process. The exports that describe an element and find elements again.
+// Client process. The exports that return the identity, the selector and the ancestors of an
+// element, and the export that finds all elements that match search texts.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"
 
@@ -8,8 +9,8 @@ namespace {
 
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 
-// A count, then each record. The old records are released before the first one is read; those that
-// a short answer leaves out stay empty.
+// Reads a count and then each record. Releases the old records before it reads the first new one.
+// If the answer ends early, the records that were not read stay empty.
 template <class ReadRecord>
 void ReadRecords(JArchive& answer, Records& records, ReadRecord readRecord) {
   std::int32_t count = 0;
@@ -83,7 +84,7 @@ int GetAncestryInfo(const SLElemData& elem, Records& ancestors,
 
 int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                    wchar_t* const search3, int option1, bool option2, Records& found) {
-  // A window alone stands for all of its content.
+  // A root with a window needs no object: it then means the whole content of the window.
   if (root.hwnd == nullptr && !CheckObject(root)) return SL_INVALID_OBJECT;
   return CallWindow(
       wire::Command::kCollection, root,

@@ -1,4 +1,5 @@
-// Client process. The exports that find, walk to and release elements.
+// Client process. The exports that return the element at a point, the focused element and an
+// element's parent, and the export that releases an element.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"
 
@@ -15,7 +16,7 @@ int GetElemFromPoint(SLElemData& window, const POINT& pt, int option, SLElemData
 }
 
 int GetFocusedElement(HWND hwnd, SLElemData& focused) {
-  // Its destruction says "Invalid SL object" in the log: it never names an element.
+  // This record never names an element, so its destructor logs "Invalid SL object".
   SLElemData window;
   window.hwnd = hwnd;
   window.sourceUri = focused.sourceUri;

@@ -14,6 +14,7 @@ struct HiddenProcess {
   DWORD id;
 };
 
-// `directory`: the program's current directory; null takes the caller's.
+// Returns nothing if the program cannot be started. `directory` is the current directory of the new
+// process. Null means the caller's current directory.
 std::optional<HiddenProcess> StartHidden(const std::wstring& program, std::wstring commandLine,
                                          const wchar_t* directory);

@@ -6,7 +6,9 @@
 
 #include "AtlTypes.h"
 
-extern "C" IMAGE_DOS_HEADER __ImageBase;  // from the linker: the image's start is its handle
+// The linker defines this symbol. Its address is the start of the module, which is the module's
+// handle.
+extern "C" IMAGE_DOS_HEADER __ImageBase;
 
 namespace {
 

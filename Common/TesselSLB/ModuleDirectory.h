@@ -1,4 +1,4 @@
-// Both processes. Where the module lies, and the files beside it.
+// Both processes. The folder that contains the module, and the paths of files in that folder.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,10 @@
 
 HINSTANCE GetModuleInstance();
 
-// Ends in a backslash. Found once, for the life of the process; callable from any thread.
+// Returns the module's folder with a backslash at the end. Looks it up once per process. Any thread
+// may call it.
 const std::wstring& GetModuleDirectory();
 
-// The path of a file in that folder. Throws ATL's exception when it does not fit MAX_PATH.
+// Returns the path of a file in the module's folder. Throws ATL's exception if the path does not
+// fit into MAX_PATH characters.
 std::wstring PathBesideModule(const wchar_t* file);

@@ -1,5 +1,5 @@
-// Both processes. The module's plain exports: the log for its callers; for the program that hosts
-// the broker, the server side of the pipe and the additional windows.
+// Both processes. The exports with C linkage: the log for callers, and, for the program that hosts
+// the broker, the server's end of the pipe and the additional windows.
 #include <windows.h>
 
 #include <array>
@@ -16,14 +16,16 @@
 
 namespace {
 
-// What lasts from InitComm to UninitComm. A request belongs to the channel that it came through.
+// The state from InitComm to UninitComm. The pending message is a part of it, so that a new channel
+// never returns a request of an old one.
 struct Channel {
   const std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
   std::uint32_t connectTimeout = 0;
   std::wstring pendingMessage;
 };
 
-// Every call takes a reference of its own, so UninitComm may come at any moment.
+// Each call copies this pointer before it uses the channel. So another thread may call UninitComm
+// at any moment.
 std::atomic<std::shared_ptr<Channel>> currentChannel;
 
 std::wstring SourceText(const wchar_t* source) {
@@ -32,7 +34,7 @@ std::wstring SourceText(const wchar_t* source) {
   const wchar_t* resource = nullptr;
   const int length =
       ::LoadStringW(GetModuleInstance(), static_cast<UINT>(reinterpret_cast<ULONG_PTR>(source)),
-                    reinterpret_cast<wchar_t*>(&resource), 0 /*gives the resource itself*/);
+                    reinterpret_cast<wchar_t*>(&resource), 0 /*returns a pointer to the resource*/);
   return length > 0 ? std::wstring(resource, static_cast<std::size_t>(length)) : std::wstring();
 }
 
@@ -76,7 +78,8 @@ int ReceiveMessage(Channel& channel) {
   return code;
 }
 
-// The window of an index, and what its messages go to. Its thread owns both; any thread may post.
+// One additional window and the callback that receives its messages. Only the thread that created
+// the window changes the two fields. Any thread reads them to post a message.
 struct AdditionalWindow {
   std::atomic<HWND> handle = nullptr;
   std::atomic<SLWindowCallback> callback = nullptr;
@@ -84,7 +87,7 @@ struct AdditionalWindow {
 
 std::array<AdditionalWindow, 10> additionalWindows;
 
-// Null, with a line in the log, when the index has no window.
+// Returns the window with this index. Returns null and logs an error if there is none.
 AdditionalWindow* ExistingWindow(unsigned long index) {
   if (index >= additionalWindows.size()) {
     LOG_ERROR("Index out of bounds");
@@ -97,9 +100,10 @@ AdditionalWindow* ExistingWindow(unsigned long index) {
   return &additionalWindows[index];
 }
 
-// The window's own callback. True when that has handled the message.
+// Passes a message to the window's callback. Returns true if the callback has handled it.
 bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  // The index plus one is stored: until then, for the messages of the creation, this is none.
+  // AdditionalWindow_Create stores the index plus one. While the window is being created the value
+  // is still 0, so the index is out of bounds and no callback is called.
   const auto index = static_cast<ULONG_PTR>(::GetWindowLongPtrW(window, GWLP_USERDATA)) - 1;
   if (index >= additionalWindows.size()) return false;
   const AdditionalWindow& entry = additionalWindows[index];
@@ -113,13 +117,14 @@ bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 }
 
 LRESULT CALLBACK Additional_WndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  // At this level by intent, as are the lines around the callback.
+  // This line and the two lines around the callback are logged as errors on purpose: the level is
+  // part of the interface.
   LOG_ERROR("Additional_WndProc called with %#p, %x, %Ii, %Ii", window, message, wparam, lparam);
   if (HandleMessage(window, message, wparam, lparam)) return 0;
   return ::DefWindowProcW(window, message, wparam, lparam);
 }
 
-// The process's own, so that two processes' classes never clash.
+// Contains the process id, so that no two processes register the same class name.
 const std::wstring& WindowClassName() {
   static const std::wstring name =
       L"SL_Additional_Wnd_Class_pid" + std::to_wstring(::GetCurrentProcessId()) + L"_";
@@ -138,7 +143,8 @@ bool RegisterWindowClass() {
   return false;
 }
 
-// Tried once a process, but for an attempt that an exception has ended.
+// Registers the class once per process. Tries again only if an exception ended the previous
+// attempt.
 bool IsWindowClassRegistered() {
   static const bool registered = RegisterWindowClass();
   return registered;
@@ -163,7 +169,7 @@ int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout, const
   }
   try {
     const auto channel = std::make_shared<Channel>();
-    currentChannel.store(channel);  // the channel before, if any, is closed
+    currentChannel.store(channel);  // closes the previous channel unless a call still uses it
     channel->pipe->SetPipeName(name);
     channel->pipe->SetAppendProcessId(false);
     if (!channel->pipe->CreateServerPipe(0 /*retry time-out*/, true /*first instance*/)) {
