@@ -7,7 +7,7 @@ namespace {
 constexpr long long kSecondsBeforeNotice = 2;
 constexpr long long kTimerTicksPerSecond = 10'000'000;
 
-// The system takes a negative time as one that begins now.
+// A negative due time is relative to now.
 FILETIME FromNow(long long seconds) {
   const auto ticks = static_cast<unsigned long long>(-seconds * kTimerTicksPerSecond);
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
@@ -17,8 +17,8 @@ std::uint32_t SecondsRoundedUp(std::uint32_t milliseconds) { return (millisecond
 
 }  // namespace
 
-// Uses a timer of the thread pool, because a thread for each call would cost a tree of many
-// elements more than the calls do.
+// Uses a timer of the thread pool: reading a large tree makes many calls, and starting a thread
+// for each would take longer than the calls.
 CallNotice::CallNotice(const std::string& what, std::uint32_t longestMilliseconds)
     : text_("tessel: waiting for the broker to " + what + " (at most " +
             std::to_string(SecondsRoundedUp(longestMilliseconds)) + " s)\n"),

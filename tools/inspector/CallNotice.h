@@ -1,4 +1,4 @@
-// tessel. Tells the user, on standard error, what a call that takes long waits for.
+// tessel. Prints a notice to standard error when a call takes long.
 #pragma once
 
 #include <windows.h>
@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-// Lives as long as the call. `what` completes "waiting for the broker to ...", and
-// `longestMilliseconds` is how long the call may wait at most.
+// Create it before the call and destroy it after the call. `what` completes the sentence "waiting
+// for the broker to ...". The call waits for at most `longestMilliseconds`.
 class CallNotice {
  public:
   CallNotice(const std::string& what, std::uint32_t longestMilliseconds);

@@ -12,14 +12,15 @@
 
 namespace {
 
-// A search may ask two brokers, inject one, and ask both again.
+// A search asks the tailored broker and, if the address has a scheme, the broker of that scheme.
+// If neither shows the content, it injects a broker and asks again.
 std::uint32_t LongestSearch(const std::string& address) {
   const bool hasOwnScheme = wire::GetUriScheme(tools::Wide(address)).has_value();
   const std::uint32_t brokers = (hasOwnScheme ? 2 : 1) * wire::kLongestRoundTripMilliseconds;
   return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
-// What is looked for, for messages.
+// Names the target of the search in messages.
 std::string TargetName(const InspectorOptions& options) {
   if (options.at) return "the element at " + TextOf(*options.at);
   if (options.focus) return "the focused element";

@@ -1,5 +1,5 @@
-// tessel. The content that a run looks at: its window, its address, its broker's scheme; how its
-// elements are found, and the calls that are made to its broker.
+// tessel. The content that one run of the tool inspects: its window, its address and the scheme of
+// its broker. Finds elements in it and calls its broker.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,7 @@
 #include "tools/inspector/InspectorError.h"
 #include "tools/inspector/InspectorOptions.h"
 
-// Its functions throw InspectorError.
+// The functions throw InspectorError.
 class Content {
  public:
   explicit Content(const InspectorOptions& options);
@@ -26,14 +26,16 @@ class Content {
   // `steps` must be positive.
   ElementOwner AncestorOf(const SLElemData& element, int steps) const;
 
-  // `root` is an element or the content as a whole.
+  // `root` is an element or the record that Whole() returns.
   ElementList FindBelow(SLElemData& root, const std::string& what, const SearchTexts& texts,
                         int levels, bool containing) const;
 
-  // A record that names no element; it may learn its scheme.
+  // Returns a record for the content as a whole: it has no element id. FindBelow may store the
+  // scheme of the broker in it.
   SLElemData Whole() const;
 
-  // One call about an element. `what` completes "cannot ...": "read the items of element ...".
+  // Makes one call to the broker. `what` completes the message "cannot ...", for example "read the
+  // items of element ...".
   void Do(const std::string& what, const std::function<int()>& call) const;
 
   // The same, but returns false if the call returns `refusal`.

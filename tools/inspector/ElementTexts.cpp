@@ -5,7 +5,8 @@
 
 namespace {
 
-// Empty if the broker answers with the status `refusal`. With SL_SUCCESS every refusal is an error.
+// Returns no value if the broker answers with the status `refusal`. If `refusal` is SL_SUCCESS,
+// every failure throws, so a value is always returned.
 std::optional<std::string> Attribute(const Content& content, const SLElemData& element,
                                      const std::string& name, int refusal) {
   std::wstring wideName = tools::Wide(name);

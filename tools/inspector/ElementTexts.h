@@ -1,4 +1,4 @@
-// tessel. Reads the texts of one element, its attributes and items, for a report or for the tree.
+// tessel. Reads the attributes and items of one element.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@ std::string ReadAttribute(const Content& content, const SLElemData& element,
                           const std::string& name);
 std::vector<std::string> ReadItems(const Content& content, const SLElemData& element);
 
-// Empty if the broker says that the element has no such attribute, or is no list.
+// Return no value if the broker answers that the element has no such attribute or is not a list.
 std::optional<std::string> TryAttribute(const Content& content, const SLElemData& element,
                                         const std::string& name);
 std::optional<std::vector<std::string>> TryItems(const Content& content, const SLElemData& element);

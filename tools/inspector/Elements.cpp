@@ -8,7 +8,8 @@
 
 namespace {
 
-// Runs `destroy`, which releases the element when the record names one.
+// Runs `destroy`. Destroying a record that has an element id calls the broker, so this shows a
+// notice if it takes long.
 template <class Destroy>
 void Release(const SLElemData& element, Destroy destroy) {
   std::optional<CallNotice> notice;

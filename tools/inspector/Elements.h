@@ -1,5 +1,5 @@
-// tessel. The elements that a run was given, and what becomes of them at its end, whichever way it
-// ends: each is released, with a notice when that takes long.
+// tessel. Owners for the elements that the broker handed out. Each element is released when its
+// owner goes out of scope, with a notice on standard error if that takes long.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@
 
 std::string IdOf(const SLElemData& element);
 
-// For a message: element "ID".
+// Returns the text: element "ID". For messages.
 std::string NameOf(const SLElemData& element);
 
 struct ElementReleaser {

@@ -42,9 +42,10 @@ InspectorError MakeCallFailure(const std::string& what, const std::string& addre
 std::string ExitCodeHelp() {
   return "Exit codes:\n"
          "  0  done\n"
-         "  1  no such element: none at the point, no focus, no such ancestor, no one match\n"
-         "  2  wrong command line, or no one window of that title or handle\n"
+         "  1  no such element: none at the point, no focus, no such ancestor, not exactly one "
+         "match\n"
+         "  2  wrong command line, or not exactly one window with that title or handle\n"
          "  3  no broker: not started, not connected, or no answer\n"
          "  4  the broker refused, with a status of its own\n"
-         "  5  an answer that does not fit the request, or any other failure";
+         "  5  the answer does not fit the request, or any other failure";
 }

@@ -1,4 +1,4 @@
-// tessel. How it ends when it cannot do what it was told: the message and the exit code.
+// tessel. Errors that end the tool: a message for the user and an exit code.
 #pragma once
 
 #include <stdexcept>
@@ -6,14 +6,14 @@
 
 enum class ExitCode : int {
   kSuccess = 0,
-  kNothingThere = 1,      // no element, or not exactly one, or no such ancestor
+  kNothingThere = 1,      // no element, more than one element, or no such ancestor
   kUsage = 2,             // wrong command line, or not exactly one window
   kUnreachable = 3,       // no broker: not started, not connected, no answer
-  kRefused = 4,           // the broker's own status
+  kRefused = 4,           // the broker answered with a status of its own
   kUnexpectedAnswer = 5,  // an answer that does not fit the request
 };
 
-// Ends the tool; the message has been made for its user.
+// main() prints the message as it is and returns the exit code.
 class InspectorError : public std::runtime_error {
  public:
   InspectorError(ExitCode exitCode, const std::string& message)
@@ -22,12 +22,12 @@ class InspectorError : public std::runtime_error {
   const ExitCode exitCode;
 };
 
-// "cannot WHAT: REASON; CURE", with the address.
+// Makes the message "cannot WHAT: REASON; CURE", followed by the address.
 InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
                            const std::string& reasonAndCure, const std::string& address);
 
-// For a call that returned `code`. `what` completes "cannot ...".
+// Makes the error for a call that returned `code`. `what` completes the message "cannot ...".
 InspectorError MakeCallFailure(const std::string& what, const std::string& address, int code);
 
-// For the help text.
+// Returns the section of the help text that lists the exit codes.
 std::string ExitCodeHelp();

@@ -34,7 +34,7 @@ void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions
 
 std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
   CLI::App app("Inspects elements of Silverlight content through TesselSLB_x64.dll.", "tessel");
-  app.allow_windows_style_options(false);  // "/x" is a text, as everywhere
+  app.allow_windows_style_options(false);  // "/x" is an argument, not an option
   app.require_subcommand(1);
   app.footer("tessel COMMAND --help shows the options of a command.\n\n" + ExitCodeHelp());
   for (const InspectorCommand& command : AllCommands()) AddCommand(app, command, options);

@@ -1,4 +1,4 @@
-// tessel. What the command line asks for.
+// tessel. The options that were given on the command line.
 #pragma once
 
 #include <windows.h>
@@ -10,7 +10,7 @@
 
 struct InspectorCommand;
 
-// The texts of A,B,C; an empty one matches everything.
+// The three texts of the argument "A,B,C". An empty text matches everything.
 using SearchTexts = std::array<std::string, 3>;
 
 struct InspectorOptions {
@@ -19,18 +19,19 @@ struct InspectorOptions {
 
   std::string window;
   std::string address;
-  std::string scheme;  // empty: search
+  std::string scheme;  // empty: search for the broker
 
-  // What names the element: one of these, or none where a command looks at the whole content.
+  // The element: at most one of these is given. If none is given, the command is about the whole
+  // content.
   std::optional<POINT> at;
   bool focus = false;
   std::optional<SearchTexts> find;
-  int option = 0;  // goes with the point
+  int option = 0;  // sent to the broker with the point
   int parentSteps = 0;
 
   bool NamesElement() const { return at || focus || find; }
 
-  // Of single commands.
+  // Options that only some commands have.
   std::string text;  // get: the attribute's name; set, select: the new value
   std::optional<SearchTexts> search;
   int levels = 0;
@@ -40,5 +41,5 @@ struct InspectorOptions {
   std::vector<std::string> attributes = {"name", "type"};
 };
 
-// A value is the exit code with which to end at once.
+// If it returns a value, the tool must end at once with that exit code.
 std::optional<int> ReadInspectorOptions(InspectorOptions& options);

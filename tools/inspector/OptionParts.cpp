@@ -9,7 +9,8 @@ std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must n
 CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point) {
   const auto store = [name, &point](const std::string& text) {
     point = ParsePoint(text);
-    if (!point) throw CLI::ValidationError(name, tools::Quoted(text) + " is no point; write X,Y");
+    if (!point)
+      throw CLI::ValidationError(name, tools::Quoted(text) + " is not a point; write X,Y");
   };
   return app.add_option_function<std::string>(name, store, "A point, two integers")
       ->type_name("X,Y");
@@ -27,14 +28,15 @@ CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
   };
   return app
       .add_option_function<std::string>(
-          name, store, "Three texts (SceneBroker: name, type, id); an empty one matches all")
+          name, store,
+          "Three texts (SceneBroker: name, type, id); an empty text matches everything")
       ->type_name("A,B,C");
 }
 
 CLI::Option* AddPointOption(CLI::App& app, InspectorOptions& options) {
   return app
       .add_option("--option", options.option,
-                  "An integer for the broker, whose meaning is the broker's; SceneBroker's: none")
+                  "An integer that is sent to the broker with the point; SceneBroker ignores it")
       ->type_name("N")
       ->capture_default_str();
 }
@@ -50,8 +52,8 @@ void AddContentOptions(CLI::App& command, InspectorOptions& options) {
       ->type_name("URI")
       ->check(RefuseEmpty);
   tools::AddSchemeOption(command, options.scheme,
-                         "The broker's scheme, in place of a search; an element by focus is always "
-                         "searched for");
+                         "The broker's scheme, if you know it; otherwise tessel searches. --focus "
+                         "always searches");
   command.add_flag("--json", options.json, "Report in JSON");
 }
 
@@ -65,7 +67,7 @@ void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequ
 }
 
 void AddParentOption(CLI::App& command, InspectorOptions& options) {
-  command.add_option("--parent", options.parentSteps, "Then go up so many steps")
+  command.add_option("--parent", options.parentSteps, "Then go up N steps to an ancestor")
       ->type_name("N")
       ->check(CLI::Range(0, kMostSteps));
 }

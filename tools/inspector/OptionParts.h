@@ -8,22 +8,22 @@
 
 #include "tools/inspector/InspectorOptions.h"
 
-// Up the tree.
+// The most steps up the tree.
 inline constexpr int kMostSteps = INT_MAX;
 
 std::string RefuseEmpty(const std::string& text);
 
-// "X,Y" and "A,B,C"; what is none ends the parsing with an error.
+// Add an option whose value is "X,Y" or "A,B,C". Any other value is a usage error.
 CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point);
 CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
                             std::optional<SearchTexts>& texts);
 
-// What goes to the broker with a point.
+// Adds --option, an integer that is sent to the broker with a point.
 CLI::Option* AddPointOption(CLI::App& app, InspectorOptions& options);
 
-// The options of every command.
+// Adds the options that every command has.
 void AddContentOptions(CLI::App& command, InspectorOptions& options);
 
-// Those that name an element, and the steps up from it.
+// Add the options that name an element, and --parent, which goes up from it.
 void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequired);
 void AddParentOption(CLI::App& command, InspectorOptions& options);

@@ -1,4 +1,4 @@
-// tessel. The texts of options that are more than a text or a number.
+// tessel. Parses the option values "X,Y" and "A,B,C", and formats them.
 #pragma once
 
 #include <optional>
@@ -6,12 +6,13 @@
 
 #include "tools/inspector/InspectorOptions.h"
 
-// "X,Y", two integers of 32 bits.
+// `text` is "X,Y", two 32-bit integers.
 std::optional<POINT> ParsePoint(const std::string& text);
 
-// "A,B,C"; a backslash stands before a comma or a backslash that belongs to a text.
+// `text` is "A,B,C". A comma or a backslash that belongs to one of the three is escaped with a
+// backslash.
 std::optional<SearchTexts> ParseSearchTexts(const std::string& text);
 
-// The reverse.
+// Format a value so that it can be parsed again.
 std::string TextOf(POINT point);
 std::string TextOf(const SearchTexts& texts);

@@ -1,4 +1,5 @@
-// tessel. What a command has found out: lines for people and JSON for programs, made side by side.
+// tessel. The result of a command, as lines for people and as JSON for programs. Both are built at
+// the same time.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -11,7 +12,7 @@ using Json = nlohmann::ordered_json;
 
 Json RectJson(const RECT& rect);
 
-// "[left, top, right, bottom]".
+// Returns "[left, top, right, bottom]".
 std::string RectText(const Json& rect);
 
 class Report {
@@ -23,16 +24,16 @@ class Report {
 
   Report() = default;
 
-  // Begins with the element that it is about.
+  // Starts the report with the id of `element`.
   explicit Report(const SLElemData& element);
 
-  // A field and its line.
+  // Add a JSON field and a line.
   void Add(const std::string& key, const std::string& text);
   void Add(const std::string& key, long long number);
   void AddList(const std::string& key, const std::vector<Entry>& entries);
   void AddTexts(const std::string& key, const std::vector<std::string>& texts);
 
-  // The one without the other.
+  // Add only a JSON field, or only a line.
   void SetField(const std::string& key, Json value) { json_[key] = std::move(value); }
   void AddLine(const std::string& line) { lines_ += line + '\n'; }
 

@@ -1,4 +1,4 @@
-// tessel. The window that shows the content, by handle or by title.
+// tessel. Finds the window that shows the content, by its handle or its title.
 #pragma once
 
 #include <windows.h>
@@ -6,13 +6,13 @@
 #include <stdexcept>
 #include <string>
 
-// Says why there is no one such window, and the cure.
+// The message says why no window, or more than one, was found, and how to solve it.
 class WindowError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// `text` is a handle ("0x...") or the exact title of one top-level window. Throws WindowError.
+// `text` is a handle ("0x...") or the exact title of a top-level window. Throws WindowError.
 HWND FindTargetWindow(const std::string& text);
 
 std::wstring TitleOf(HWND window);

@@ -14,7 +14,7 @@ using tools::Quoted;
 
 constexpr int kSceneVersion = 1;
 
-// Each is asked for like an attribute.
+// States are read in the same way as attributes.
 constexpr const char* kStates[] = {"checked", "selected", "value"};
 
 std::string RefuseState(const std::string& name) {
@@ -31,7 +31,7 @@ Json ReadAttributes(const Content& content, const SLElemData& element) {
   return attributes;
 }
 
-// A text that is neither true nor false stays one.
+// A scene file stores "checked" as a boolean. Any other text stays a text.
 Json StateJson(const std::string& name, const std::string& text) {
   if (name == "checked" && (text == "true" || text == "false")) return text == "true";
   return text;
@@ -60,8 +60,8 @@ Json ReadSceneElement(const Content& content, const SLElemData& element) {
   return json;
 }
 
-// The search for the focus begins with the tailored broker, so where another one is named it may
-// not find this content, or find another.
+// The search for the focus asks the tailored broker first. If the user named another broker, the
+// search might find other content or none, so the focus is left out.
 std::string ReadFocus(const Content& content) {
   const DWORD scheme = tools::SchemeFromName(content.Options().scheme);
   if (scheme != SL_NO_URI && scheme != SL_TAILORED_URI) return "";
@@ -97,7 +97,7 @@ std::string ElementLine(const Json& element) {
   return line;
 }
 
-// Parents stand before their children.
+// `elements` must list every parent before its children.
 void AddElementLines(Report& report, const Json& elements) {
   std::map<std::string, std::size_t> depths;
   for (const Json& element : elements) {
@@ -114,7 +114,7 @@ void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
   command
       .add_option(
           "--attr", options.attributes,
-          "An attribute to read, in place of these; repeat it for more. The states checked, "
+          "An attribute to read instead of these; repeat the option for more. The states checked, "
           "selected and value are always read")
       ->type_name("NAME")
       ->capture_default_str()

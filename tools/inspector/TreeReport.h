@@ -1,4 +1,4 @@
-// tessel. The command that reads all elements: a scene.
+// tessel. The command "tree", which reads all elements.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -8,5 +8,5 @@
 
 void AddTreeOptions(CLI::App& command, InspectorOptions& options);
 
-// Text, indented by depth, and a scene file of version 1.
+// The lines are indented by depth. The JSON is a scene file of version 1.
 Report ReportTree(const Content& content);

@@ -1,5 +1,5 @@
-// tessel. The inspector: one command a run, text for people or JSON for programs, an exit code for
-// scripts.
+// tessel. The inspector's main program. Runs one command, prints its report as text or as JSON, and
+// returns an exit code for scripts.
 #include <exception>
 #include <iostream>
 
@@ -15,7 +15,7 @@ int EndWith(ExitCode exitCode, const std::string& message) {
   return static_cast<int>(exitCode);
 }
 
-// All that it was given is released before anything is printed.
+// The command releases its elements before the report is printed.
 void Inspect(const InspectorOptions& options) {
   const Report report = options.command->run(Content(options));
   std::cout << (options.json ? report.JsonText() : report.Lines()) << std::flush;

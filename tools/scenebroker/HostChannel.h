@@ -1,4 +1,4 @@
-// SceneBroker. The module's host channel: requests in, answers out.
+// SceneBroker. The module's host channel: reads requests and writes answers.
 #pragma once
 
 #include <atomic>
@@ -11,22 +11,23 @@
 
 class HostChannel {
  public:
-  // Throws std::runtime_error when the module lacks the channel.
+  // Throws std::runtime_error if the module does not export the channel's functions.
   explicit HostChannel(const HostModule& module);
 
-  // Opens the channel. Throws std::runtime_error when it cannot be.
+  // Throws std::runtime_error if the channel cannot be opened.
   void Open(SLUriScheme scheme, const std::wstring& address);
 
-  // Hands each request to `answer`, sends what it gives and tells `sent` whether the client got
-  // it, until Stop is called. Throws std::runtime_error when the channel fails for good.
+  // Runs until Stop is called. Passes each request to `answer`, writes the text that it returns,
+  // and then calls `sent` with true if the client received it. Throws std::runtime_error if the
+  // channel fails and cannot recover.
   void Serve(const std::function<std::wstring(const std::wstring&)>& answer,
              const std::function<void(bool)>& sent);
 
-  // From any thread, any number of times; true for the first one.
+  // May be called from any thread, any number of times. Returns true for the first call.
   bool Stop();
 
  private:
-  // The code of ReadMessage; on 0 `request` holds the message.
+  // Returns the code of ReadMessage. If it is 0, `request` holds the message.
   int Read(std::wstring& request);
 
   decltype(&InitComm) init_ = nullptr;

@@ -1,4 +1,4 @@
-// SceneBroker. The module, loaded at run time as any host does.
+// SceneBroker. Loads the module at run time, as any host does, and finds its exports.
 #pragma once
 
 #include <windows.h>
@@ -9,10 +9,10 @@
 
 class HostModule {
  public:
-  // Throws std::runtime_error when it cannot be loaded.
+  // Throws std::runtime_error if the module cannot be loaded.
   explicit HostModule(const std::wstring& path);
 
-  // Throws std::runtime_error when the module has no such export.
+  // Sets `function` to the export of that name. Throws std::runtime_error if there is none.
   template <class Function>
   void Bind(Function& function, const char* name) const {
     function = reinterpret_cast<Function>(FindExport(name));
@@ -22,7 +22,7 @@ class HostModule {
   struct Closer {
     void operator()(HMODULE module) const { ::FreeLibrary(module); }
   };
-  // Never null.
+  // Returns the address of the export, never null. Throws std::runtime_error if there is none.
   void* FindExport(const char* name) const;
 
   std::unique_ptr<std::remove_pointer_t<HMODULE>, Closer> module_;

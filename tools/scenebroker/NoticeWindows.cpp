@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr UINT kLastMessage = 0xBFFF;  // of those that belong to applications
+constexpr UINT kLastMessage = 0xBFFF;  // the last one that Windows leaves to applications
 
-// The module gives the callback nothing of ours, so it finds the windows here.
+// The module passes no user data to the callback, so the callback finds the windows here.
 const NoticeWindows* openWindows = nullptr;
 
 LONG_PTR __stdcall OnMessage(HWND window, UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/) {

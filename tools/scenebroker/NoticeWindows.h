@@ -1,5 +1,5 @@
-// SceneBroker. The module's additional windows: they bring the notice that a request changed the
-// scene onto the thread of the scene's window.
+// SceneBroker. The module's additional windows. When a request has changed the scene, they carry a
+// notice to the thread of the scene's window.
 #pragma once
 
 #include <windows.h>
@@ -13,16 +13,16 @@ inline constexpr int kMostNoticeWindows = 10;
 
 class NoticeWindows {
  public:
-  // Throws std::runtime_error when some are wanted and the module has none to give.
+  // Throws std::runtime_error if `count` is not 0 and the module has no additional windows.
   NoticeWindows(const HostModule& module, int count);
   NoticeWindows(const NoticeWindows&) = delete;
   NoticeWindows& operator=(const NoticeWindows&) = delete;
 
-  // Both on the thread that dispatches their messages. Open throws std::runtime_error.
+  // Call both on the thread that dispatches the windows' messages. Open throws std::runtime_error.
   void Open();
   void Close();
 
-  // From any thread.
+  // Posts a notice of `command` to every window. May be called from any thread.
   void Post(int command) const;
 
   const std::vector<HWND>& Handles() const { return handles_; }

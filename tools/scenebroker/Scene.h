@@ -1,4 +1,4 @@
-// SceneBroker. A form as a scene file describes it: what the broker's answers are read from.
+// SceneBroker. The form that a scene file describes. The broker answers requests from it.
 #pragma once
 
 #include <windows.h>
@@ -16,19 +16,19 @@ inline constexpr char kValueState[] = "value";
 inline constexpr std::initializer_list<const char*> kStateNames = {kCheckedState, kSelectedState,
                                                                    kValueState};
 
-// Texts are UTF-8.
+// All texts are UTF-8.
 struct SceneElement {
-  // An attribute, or a state read as one.
+  // The attributes include the states.
   std::optional<std::string> Attribute(const std::string& name) const;
   std::vector<std::string> AttributeNames() const;
   bool Contains(POINT point) const;
 
   std::string id;
   std::string parent;  // empty for a root
-  int position = 0;    // among its parent's children, or among the roots; the scene counts
+  int position = 0;    // among its parent's children, or among the roots; set by Scene::Add
   RECT rect = {};
   std::map<std::string, std::string> attributes;
-  std::optional<std::vector<std::string>> items;  // none: not a list
+  std::optional<std::vector<std::string>> items;  // no value: the element is not a list
   std::optional<bool> checked;
   std::optional<std::string> selected;
   std::optional<std::string> value;
@@ -36,25 +36,25 @@ struct SceneElement {
 
 class Scene {
  public:
-  // False when the id is taken. The parent comes first.
+  // Returns false if another element has the id. Add a parent before its children.
   bool Add(SceneElement element);
 
-  // Null when there is none.
+  // Return null if no element has the id.
   const SceneElement* Find(const std::string& id) const;
   SceneElement* Find(const std::string& id);
 
   // From the parent up to the root.
   std::vector<const SceneElement*> Ancestors(const SceneElement& element) const;
 
-  // For each element how many levels it lies below the one of this id, or below the scene itself
-  // for an empty id; 0 for what is not below.
+  // Returns, for each element, how many levels it lies below the element with this id. It is 0 if
+  // the element does not lie below. With an empty id the roots lie at level 1.
   std::vector<int> LevelsBelow(const std::string& id) const;
 
   const std::vector<SceneElement>& Elements() const { return elements_; }
 
   std::string address;
   std::string title;
-  std::string focus;  // empty: no element has it
+  std::string focus;  // the id of the element that has the focus; empty if none has it
 
  private:
   std::vector<SceneElement> elements_;  // in drawing order

@@ -1,5 +1,5 @@
-// SceneBroker. Serves a scene to the module's clients, as the broker of real content would: start,
-// facts, requests, summary.
+// SceneBroker's main program. Serves a scene to the module's clients, as the broker of real content
+// would. Prints facts about the scene at the start, each request, and a summary at the end.
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
@@ -35,14 +35,15 @@ std::optional<int> ReadOptions(Options& options) {
       "Serves a scene, a form described by a JSON file, to clients of TesselSLB_x64.dll until "
       "Ctrl-C.",
       "SceneBroker");
-  app.allow_windows_style_options(false);  // "/x" is a path
+  app.allow_windows_style_options(false);  // "/x" is a path, not an option
   app.add_option("scene", options.scene, "The scene file")->required()->type_name("SCENE");
   tools::AddSchemeOption(app, options.scheme, "The scheme to serve")->capture_default_str();
   app.add_option("--dll", options.dll,
-                 "The module; TesselSLB_x64.dll beside this program if absent")
+                 "The module. The default is TesselSLB_x64.dll in the folder of this program")
       ->type_name("PATH");
   app.add_option("--additional-windows", options.additionalWindows,
-                 "So many of the module's additional windows, each notified of every change")
+                 "How many of the module's additional windows to create; each is notified of every "
+                 "change")
       ->check(CLI::Range(0, kMostNoticeWindows))
       ->type_name("COUNT")
       ->capture_default_str();
@@ -58,13 +59,14 @@ std::wstring DefaultModulePath() {
   return path.substr(0, path.rfind(L'\\') + 1) + L"TesselSLB_x64.dll";
 }
 
-// The console calls its handler on a thread of its own, with nothing but the event: it finds the
-// channel here, and the channel does not go while the handler is at it.
+// The console calls its handler on a thread of its own and passes only the event, so the handler
+// finds the channel here. The mutex keeps the channel alive while the handler uses it.
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-// What this leaves alone ends the process: a second Ctrl-C, while the last answer waits for a
-// client that does not read, and the events after which the system ends it in any case.
+// Returns FALSE for an event that is to end the process: a second Ctrl-C, for the case that the
+// last answer waits for a client that does not read it, and events after which the system ends the
+// process anyway.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   const std::lock_guard lock(channelMutex);

@@ -17,7 +17,7 @@ using tools::Quoted;
 
 constexpr int kVersion = 1;
 
-// A value of the file and where it stands.
+// A value of the file and its path, for messages.
 struct Place {
   [[noreturn]] void Fail(const std::string& problemAndCure) const {
     throw SceneError((path.empty() ? "the scene" : path) + ": " + problemAndCure);
@@ -60,13 +60,14 @@ void CheckObject(const Place& place, std::initializer_list<const char*> required
   }
 }
 
-// On the way between broker and client a text ends at U+0000, and a noncharacter becomes U+FFFD.
+// A client does not receive every character of a text: the text ends at the first U+0000, and a
+// noncharacter arrives as U+FFFD.
 bool IsCarried(char32_t code) {
   const bool isNoncharacter = (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
   return code != 0 && !isNoncharacter;
 }
 
-// `subject` goes before the message: empty, or the part of the place that `text` is.
+// The message starts with `subject`, which is empty if `text` is the value of `place`.
 void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
   const std::wstring units = tools::Wide(text);
   for (std::size_t i = 0; i < units.size(); ++i) {
@@ -219,7 +220,7 @@ Scene ReadSceneFile(const std::wstring& path) {
   try {
     return ParseScene(ParseSceneText(ReadFileText(path)));
   } catch (const SceneError& error) {
-    // The library quotes the bytes that it refuses, which need not be UTF-8.
+    // The JSON library quotes bytes that may not be UTF-8. Wide and Narrow replace those.
     throw SceneError(tools::Narrow(path + L": " + tools::Wide(error.what())));
   }
 }

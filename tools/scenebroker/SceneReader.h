@@ -1,4 +1,4 @@
-// SceneBroker. Scene files; docs/scene.md describes them.
+// SceneBroker. Reads scene files, which docs/scene.md describes.
 #pragma once
 
 #include <string>

@@ -13,7 +13,7 @@ using tools::Narrow;
 using tools::Printable;
 using tools::Wide;
 
-// Whole lines, so that two threads' do not mix, at once: others wait for them.
+// The lock keeps the lines of two threads apart. Flushes, because programs wait for the lines.
 void Print(const std::string& lines) {
   static std::mutex mutex;
   const std::lock_guard lock(mutex);
@@ -26,7 +26,8 @@ std::string Line(std::string_view key, std::string_view value) {
 
 std::string Line(std::string_view key, int value) { return Line(key, std::to_string(value)); }
 
-// After the line "element:" come lines that say what a client can ask for.
+// Returns the line "element: ..." and, after it, one line for each thing that a client can read
+// from the element.
 std::string ElementLines(const SceneMap& map, const SceneElement& element) {
   const POINT point = map.PointOf(element);
   std::string lines = Line("element", std::to_string(point.x) + ',' + std::to_string(point.y) +

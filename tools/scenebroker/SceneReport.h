@@ -1,4 +1,4 @@
-// SceneBroker. What it tells its user on standard output, line by line; from any thread.
+// SceneBroker. Prints lines for the user to standard output. May be called from any thread.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 #include "tools/scenebroker/ServedScene.h"
 
-// All that clients need, and what there is to ask for; `scheme` by its name.
+// Prints what clients need to find the content, and the elements. `scheme` is the scheme's name.
 void PrintFacts(const ServedScene& served, const std::string& scheme, HWND window,
                 const std::vector<HWND>& noticeWindows);
 void PrintServed(std::string_view request, std::string_view answer);

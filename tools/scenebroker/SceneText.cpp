@@ -9,7 +9,7 @@
 
 namespace {
 
-// Line and column of a byte; columns are counted in characters.
+// Returns the line and column of a byte. Columns are counted in characters.
 std::string PlaceOf(const std::string& text, std::size_t byte) {
   const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size()));
   const auto lines = std::count(text.begin(), end, '\n');
@@ -19,15 +19,15 @@ std::string PlaceOf(const std::string& text, std::size_t byte) {
   return "line " + std::to_string(lines + 1) + ", column " + std::to_string(characters + 1);
 }
 
-// The library's own words, without the place that it puts before them.
+// Returns the library's message without the position at its start.
 std::string Reason(const std::string& what) {
   const std::size_t place = what.find(", column ");
   const std::size_t start = place == std::string::npos ? 0 : what.find(": ", place) + 2;
   return what.substr(start);
 }
 
-// Reads a text for its faults alone: the values are read when it has none. The parser would take
-// the second of two fields of one name, and tells no place for a number that is too large.
+// Finds errors that the library's parser does not report well: it accepts two fields with the same
+// name, and it reports no position for a number that is too large. Keeps no values.
 class TextCheck : public nlohmann::json_sax<Json> {
  public:
   explicit TextCheck(const std::string& text) : text_(text) {}
@@ -48,12 +48,12 @@ class TextCheck : public nlohmann::json_sax<Json> {
     Level& level = levels_.back();
     level.field = field;
     if (!level.fields.insert(field).second) {
-      throw SceneError(Path() + ": the same field stands here twice; remove one of them");
+      throw SceneError(Path() + ": the object has this field twice; remove one of them");
     }
     return true;
   }
 
-  // The position counts the bytes read, the last one of the token included.
+  // `position` is the number of bytes read, including the last byte of the token.
   bool parse_error(std::size_t position, const std::string& token,
                    const Json::exception& error) override {
     if (dynamic_cast<const Json::out_of_range*>(&error) != nullptr) {

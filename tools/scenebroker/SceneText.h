@@ -1,4 +1,4 @@
-// SceneBroker. JSON text of a scene file: read strictly, failures told with their place.
+// SceneBroker. Parses the JSON text of a scene file strictly. Errors say where they are.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -8,15 +8,16 @@
 
 using Json = nlohmann::ordered_json;
 
-// A scene that cannot be shown. The message says where in the file, what is wrong, and the cure.
+// The scene cannot be shown. The message says where in the file, what is wrong and how to solve it.
 class SceneError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Throws SceneError, with line and column for a syntax error or a number too large, with the path
-// for a field that an object has twice.
+// Throws SceneError. It names line and column for a syntax error or a number that is too large, and
+// the path for a field that an object has twice.
 Json ParseSceneText(const std::string& text);
 
-// A JSON integer of 32 bits, the only numbers that the bridge carries.
+// Returns no value if `value` is not an integer of 32 bits. The module sends and receives no other
+// numbers.
 std::optional<int> AsInt32(const Json& value);

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr wchar_t kClassName[] = L"TesselSceneWindow";
-constexpr UINT kEnd = WM_APP;  // from the destructor: the window goes
+constexpr UINT kEnd = WM_APP;  // the destructor posts it to destroy the window
 
 void RunMessageLoop() {
   MSG message;
@@ -79,7 +79,8 @@ HWND SceneWindow::Open(const std::wstring& title) {
 
 void SceneWindow::Run(const std::wstring& title, std::promise<HWND>& opened) {
   try {
-    opened.set_value(Open(title));  // what was taken by reference is gone after this
+    opened.set_value(
+        Open(title));  // ends the constructor's wait: `title` and `opened` are gone now
   } catch (...) {
     opened.set_exception(std::current_exception());
     return;

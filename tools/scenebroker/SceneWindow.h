@@ -1,5 +1,5 @@
-// SceneBroker. The window that shows a scene's content: real and titled, with a thread and a
-// message loop of its own, which serves the notice windows too.
+// SceneBroker. The window of the served scene: a real window with a title. It has a thread and a
+// message loop of its own, which also dispatches the messages of the notice windows.
 #pragma once
 
 #include <windows.h>
@@ -13,9 +13,9 @@
 
 class SceneWindow {
  public:
-  // Returns when the windows are there; throws std::runtime_error when they cannot be. `onClosed`
-  // is called on the window's thread when the user closes the window. It is hidden then, and its
-  // handle stays good until the destructor.
+  // Returns when all windows exist. Throws std::runtime_error if one cannot be created. When the
+  // user closes the window, it is hidden and `onClosed` is called on the window's thread. The
+  // handle stays valid until the destructor runs.
   SceneWindow(const std::wstring& title, NoticeWindows& notices, std::function<void()> onClosed);
   ~SceneWindow();
   SceneWindow(const SceneWindow&) = delete;

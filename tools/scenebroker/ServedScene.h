@@ -1,4 +1,4 @@
-// SceneBroker. A scene while it is served: the form as it now is, and the objects of it that
+// SceneBroker. A scene while it is served: the current state of the form, and the objects that
 // clients hold.
 #pragma once
 
@@ -14,13 +14,13 @@
 
 inline Json StatusAnswer(wire::Status status) { return Json::array({static_cast<int>(status)}); }
 
-// How often each id was handed out and not released yet.
+// Counts, for each id, how many objects were handed out and not yet released.
 class HeldObjects {
  public:
   void HandOut(const std::string& id);
   bool Release(const std::string& id);
 
-  // What was handed out since the last call is with the client, or came to nobody.
+  // Says whether the client received the objects that were handed out since the last call.
   void Settle(bool delivered);
 
   int HandedOut() const { return handedOut_; }

@@ -18,7 +18,7 @@ constexpr struct {
                 {"https", SL_HTTPS_URI},
                 {"file", SL_FILE_URI}};
 
-// In the order in which the parser takes them: the last one first, the program's name left out.
+// CLI11 takes the arguments in reverse order, without the name of the program.
 std::vector<std::string> ReversedArguments() {
   int count = 0;
   const std::unique_ptr<wchar_t*, decltype(&::LocalFree)> arguments(

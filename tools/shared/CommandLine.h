@@ -1,5 +1,4 @@
-// Both tools. The command line: arguments in UTF-8, the options that both have, one exit code for
-// a wrong one.
+// Both tools. Parses the command line as UTF-8, and adds the options that both tools have.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -12,14 +11,14 @@ namespace tools {
 
 inline constexpr int kUsageError = 2;
 
-// Parses this process's arguments. A value is the exit code with which the tool has to end: what
-// there is to say (the help, or what is wrong) has been printed.
+// Parses this process's arguments. If it returns a value, it has printed the help text or an error,
+// and the tool must end with that exit code.
 std::optional<int> ParseCommandLine(CLI::App& app);
 
-// --scheme, one of tailored, http, https and file.
+// Adds --scheme. Its value is one of tailored, http, https and file.
 CLI::Option* AddSchemeOption(CLI::App& app, std::string& scheme, const std::string& description);
 
-// SL_NO_URI for an empty name.
+// Returns SL_NO_URI for an empty name.
 SLUriScheme SchemeFromName(const std::string& name);
 std::string NameOfScheme(DWORD scheme);
 

@@ -8,8 +8,8 @@
 namespace tools {
 namespace {
 
-// What a terminal acts upon in place of showing it: the control characters, and those that end a
-// line or change the direction of what follows.
+// Returns true for characters that change how a terminal shows other text: control characters, line
+// separators, and characters that change the direction of text.
 bool IsControl(wchar_t unit) {
   constexpr struct {
     wchar_t first, last;
