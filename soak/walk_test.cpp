@@ -100,7 +100,7 @@ class Walk {
   Records records_;
 };
 
-TEST(Walk, GivesBackWhatItWasHandedOut) {
+TEST(Walk, ReleasesEveryElement) {
   SceneBroker broker(TESSEL_SCENES "/login.json");
   std::atomic<int> ownServed = 0;
   std::map<std::string, int> summary;

@@ -1,3 +1,4 @@
+// Tests the rules that make schemes and pipe names from addresses.
 #include <gmock/gmock.h>
 
 #include "TesselSLB/BrokerPipe.h"
@@ -9,14 +10,14 @@ namespace {
 const LogCapture capture;
 const std::wstring kBase = L"\\\\.\\pipe\\Tessel.Orbitane.SilverlightBridge.Pipe.Name";
 
-TEST(Address, GivesSchemeOriginAndCleanedName) {
+TEST(Address, DecidesSchemeOriginAndPipeName) {
   constexpr std::optional<SLUriScheme> kNone;
   const std::tuple<std::wstring, std::optional<SLUriScheme>, std::wstring, std::wstring> kCases[] =
       {{L"http://h.x:80/a/b", SL_HTTP_URI, L"http://h.x:80", L"http___h_x_80"},
        {L"https:", SL_HTTPS_URI, L"https:", L"https_"},
        {L"http:a/b/c/d", SL_HTTP_URI, L"http:a/b/c", L"http_a_b_c"},
        {L"file:///C:/one/two/a.xap", SL_FILE_URI, L"file:///C:/one/two", L"file____C__one_two"},
-       // Judged by the low bytes E9, 61, 41.
+       // Only the low byte of each character counts here: E9, 61, 41.
        {L"http:\u00e9\u0161\u0141-%2", SL_HTTP_URI, L"http:\u00e9\u0161\u0141-%2",
         L"http__\u0161\u0141__2"},
        {L"http", kNone, L"none", L""},

@@ -1,3 +1,4 @@
+// Tests the archive: the values of a message, written as text and read back.
 #include <gmock/gmock.h>
 
 #include "HeapAllocator.h"
@@ -20,26 +21,26 @@ T Read(JArchive& archive) {
   return value;
 }
 
-TEST(Archive, WritesACompactArrayThatItsCopiesShare) {
+TEST(Archive, WritesACompactArrayThatCopiesShare) {
   JArchive archive, copy = archive;
   copy << L"<\u00e9\U0001F600\xD800z\xDC00" << POINT{3, -4} << INT_MIN << true << CComBSTR(L"");
   EXPECT_THAT([&] { copy << CComBSTR(); }, Fails("Invald string"));
-  EXPECT_EQ(LogCapture::Count("Archive: write LPCWSTR"), 3u) << "the refused one too";
+  EXPECT_EQ(LogCapture::Count("Archive: write LPCWSTR"), 3u) << "a refused write is logged too";
   EXPECT_STREQ(Read<CComBSTR>(archive), L"<\u00e9\U0001F600\uFFFDz\uFFFD");
   for (const auto* text : {L"", L"[1,]", L"[1]xy"}) {
     EXPECT_THAT([&] { archive.fromString(text); }, Fails("Cannot parse json_array")) << text;
   }
   EXPECT_THAT([&] { archive.fromString(L"{}"); }, Fails("json array expected"));
-  EXPECT_EQ(Read<int>(archive), 3) << "the cursor stayed";
+  EXPECT_EQ(Read<int>(archive), 3) << "a failed load does not move the cursor";
   archive.fromString(L" [9, 1.5,null,[2,{}]]x");
   EXPECT_EQ(Read<int>(archive), 9) << "the cursor is at the start again";
   EXPECT_EQ(archive.toString(), L"[9,1.5,null,[2,{}]]");
   EXPECT_EQ(copy.toString(),
             L"[\"\\u003C\u00e9\U0001F600\uFFFDz\uFFFD\",3,-4,-2147483648,true,\"\"]")
-      << "what is loaded is not shared";
+      << "copies do not share what is loaded";
 }
 
-TEST(Archive, IsTextUntilItIsRead) {
+TEST(Archive, StaysTextUntilItIsRead) {
   JArchive archive;
   std::wstring buffer;
   EXPECT_EQ(archive.toString(buffer), L"[]");
@@ -50,7 +51,7 @@ TEST(Archive, IsTextUntilItIsRead) {
   EXPECT_EQ(archive.toString(), L"[7,true,\"x\",\"\xFFFD\",\"y\"]");
   EXPECT_TRUE(Read<int>(archive) == 7 && Read<bool>(archive));
   EXPECT_STREQ(Read<CComBSTR>(archive), L"x");
-  EXPECT_STREQ(Read<CComBSTR>(archive), L"\xFFFF") << "as it was written";
+  EXPECT_STREQ(Read<CComBSTR>(archive), L"\xFFFF") << "only toString replaces it";
   JArchive shared = archive, fresh;
   for (JArchive* target : {&archive, &fresh}) {
     EXPECT_THAT([&] { target->fromString(L"[1"); }, Fails("Cannot parse json_array"));
@@ -62,7 +63,7 @@ TEST(Archive, IsTextUntilItIsRead) {
   EXPECT_EQ((archive << 9).toString() + shared.toString(), L"[8,9][7,true,\"x\",\"\xFFFD\",\"y\"]");
 }
 
-TEST(Archive, ReadsEachTypeAndStaysAtAnother) {
+TEST(Archive, ReadsEachTypeAndStaysAtAnElementOfAWrongType) {
   JArchive archive;
   archive.fromString(L"[true,\"\u00e9\U0001F600\",\"a\\u0000b\",\"a\\u0000b\",1.5]");
   CComBSTR text(L"old");
@@ -78,7 +79,7 @@ TEST(Archive, ReadsEachTypeAndStaysAtAnother) {
   EXPECT_THAT([&] { Read<int>(archive); }, Fails("number expected"));
 }
 
-TEST(Archive, AppendsVectorsAsFarAsTheyCanBeRead) {
+TEST(Archive, AppendsTheElementsThatCouldBeRead) {
   JArchive archive;
   archive.fromString(L"[1,\"x\",-1,2147483647,\"y\",7]");
   std::vector<CComBSTR, HeapAllocator<CComBSTR>> items;

@@ -1,4 +1,4 @@
-// The host channel through the module's exports, against clients that open the pipe themselves.
+// Tests the host channel: calls the module's exports, with clients that open the pipe themselves.
 #include <gtest/gtest.h>
 
 #include <future>
@@ -14,7 +14,7 @@ const LogCapture capture;
 const std::wstring kAddress = L"http://chan" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = kTailoredPipe + L"http___" + kAddress.substr(7);
 
-// The code of the call just made, and every error that it logged.
+// Returns the code of a call and the errors that it logged: "CODE, ERROR ..., ERROR ...".
 std::string Told(int code) {
   std::string told = std::to_string(code);
   for (const std::string& error : LogCapture::Messages()) told += ", " + error;
@@ -24,7 +24,7 @@ std::string Told(int code) {
 
 int Open(DWORD timeout = 20000) { return InitComm(4 /*tailored*/, timeout, kAddress.c_str()); }
 
-// What a client receives for its request; empty when the server hangs up.
+// Sends a request as a client and returns the answer, which is empty if the server disconnects.
 std::future<std::wstring> Ask(const std::wstring& request) {
   return std::async(std::launch::async, [request] {
     RawClient client(kPipe);
@@ -64,7 +64,7 @@ TEST_F(Channel, RefusesCallsThatCannotWork) {
   EXPECT_EQ(Told(UninitComm()), "-1, ERROR Server pipe not init");
 }
 
-TEST_F(Channel, KeepsARequestUntilItIsTakenOrAnsweredOrTheChannelIsAnother) {
+TEST_F(Channel, KeepsARequestUntilItIsReadOrAnsweredOrTheChannelReopens) {
   EXPECT_EQ(Told(Open()), "0");
   auto reply = Ask(L"abc");
   EXPECT_EQ(Told(Read(0)), "-2");
@@ -86,8 +86,9 @@ TEST_F(Channel, KeepsARequestUntilItIsTakenOrAnsweredOrTheChannelIsAnother) {
   }
 }
 
-TEST_F(Channel, GoesOnAfterClientsThatFail) {
-  for (const bool silent : {false, true}) {  // for 3 s; the other has left before the wait
+TEST_F(Channel, ServesAgainAfterClientsThatFail) {
+  // One client disconnects before the server waits for it. The other sends nothing for 3 s.
+  for (const bool silent : {false, true}) {
     EXPECT_EQ(Told(Open()), "0");
     RawClient client(kPipe);
     if (!silent) client.Leave();
@@ -110,7 +111,7 @@ TEST_F(Channel, GoesOnAfterClientsThatFail) {
   ExpectService();
 }
 
-TEST_F(Channel, HasNoPlaceBesideAnotherProcess) {
+TEST_F(Channel, CannotServeThePipeOfAnotherProcess) {
   ChildProcess broker(TestFolder() + L"test_parts.exe broker 4 " + kAddress + L" [0]");
   ASSERT_EQ(broker.ReadLine(), "InitComm 0");
   EXPECT_EQ(Open(), -4);
@@ -119,10 +120,11 @@ TEST_F(Channel, HasNoPlaceBesideAnotherProcess) {
   EXPECT_EQ(UninitComm(), -3);
 }
 
-TEST_F(Channel, UninitReachesAReadThatIsAboutToWait) {
+TEST_F(Channel, UninitEndsAReadThatIsAboutToWait) {
   for (const bool used : {true, false}) {
-    EXPECT_EQ(Open(INFINITE), 0);  // in the place of whatever channel was before
-    // On a used pipe nobody can knock before the wait; on a fresh one the knock comes and goes.
+    EXPECT_EQ(Open(INFINITE), 0);  // replaces the channel of the round before
+    // UninitComm connects to the pipe to end the wait. A fresh pipe accepts that connection before
+    // the wait begins, a used pipe does not.
     if (used) ExpectService();
     LogCapture::pause = [](const char* line) {
       if (std::string(line).find("] Wait client to connect") == std::string::npos) return;

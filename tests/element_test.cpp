@@ -1,4 +1,4 @@
-// Every element export: its request, what it makes of answers, what becomes of records.
+// Tests every element export: its request, its result for each answer, and the release of records.
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 const LogCapture capture;
 
-// The calls of the table below: code and outputs as a text.
+// A call of the table below. Returns its code and its outputs as text.
 using Call = std::function<std::string(SLElemData&)>;
 
 Call Attribute(const wchar_t* name, bool wanted = true) {
@@ -53,7 +53,7 @@ std::string ParentOf(SLElemData& element) {
   return std::to_string(code) + ' ' + Taken(parent);
 }
 
-// What the parent record of an identification is.
+// How the parent record of GetIdInfo differs from the element.
 enum class Parent { kNone, kSameContext, kOtherProcess, kOtherScheme, kInvalid };
 
 Call Identity(Parent kind, bool numberWanted) {
@@ -77,11 +77,12 @@ Call Identity(Parent kind, bool numberWanted) {
   };
 }
 
-// The code of a call that refills records, or the exception that passes; then each record's id.
+// Calls `fill`, which refills a vector of records. Returns its code, or the exception that it
+// throws, followed by the id of each record.
 template <class Fill>
 std::string Refilled(const SLElemData& element, Fill fill) {
   Records records(1);
-  records[0].objectId = ::SysAllocString(L"kept");  // of no scheme: released without a request
+  records[0].objectId = ::SysAllocString(L"kept");  // no scheme, so its release sends no request
   std::string result;
   try {
     result = std::to_string(fill(records));
@@ -125,7 +126,7 @@ Call Collection(std::vector<const wchar_t*> searches, int option1, bool option2)
   };
 }
 
-// For calls that have nothing but a code to show.
+// For calls that return only a code.
 Call Code(int (*call)(SLElemData&)) {
   return [=](SLElemData& element) { return std::to_string(call(element)); };
 }
@@ -166,8 +167,8 @@ const std::map<std::string, Call> kWindowCalls = {
     {"find a,,\u00e9", Collection({L"a", nullptr, L"\u00e9"}, -3, true)},
 };
 
-// The calls of a file, each with the broker's answer, what it was asked, what the caller gets and
-// the error in the log; "-" for nothing, URI for the content's address.
+// Each line of elements.txt holds a call, the broker's answer, the expected request, the expected
+// result and the expected error line. "-" means nothing, URI means the content's address.
 TEST(Element, SendsItsRequestAndReadsItsAnswer) {
   const std::wstring address = Address(L"calls");
   const std::string file = FileText(TESSEL_TRANSCRIPTS "/elements.txt");
@@ -196,11 +197,11 @@ TEST(Element, SendsItsRequestAndReadsItsAnswer) {
       EXPECT_EQ(LogCapture::Count("SL_NO_URI scheme"), 0u);
     }
   }
-  EXPECT_EQ(broker.ReadLine(), "[3,77,\"id\"]") << "its destruction releases it";
+  EXPECT_EQ(broker.ReadLine(), "[3,77,\"id\"]") << "the destructor releases the element";
   EXPECT_EQ(broker.Wait(), 0u);
 }
 
-TEST(Element, MustBeNamedByAllFiveFields) {
+TEST(Element, IsRefusedUnlessAllFiveFieldsAreValid) {
   const std::function<void(SLElemData&)> kBreaks[] = {
       [](SLElemData& e) { e.uriScheme = SL_NO_URI; },
       [](SLElemData& e) { e.hwnd = nullptr; },
@@ -229,7 +230,7 @@ TEST(Element, MustBeNamedByAllFiveFields) {
   EXPECT_EQ(Errors(), Texts());
 }
 
-TEST(Element, IsReleasedOnceHoweverOftenItWasMoved) {
+TEST(Element, IsReleasedOnceEvenIfItWasMoved) {
   static_assert(!std::is_copy_constructible_v<SLElemData> &&
                 !std::is_copy_assignable_v<SLElemData>);
   const std::wstring address = Address(L"moved");
@@ -244,7 +245,7 @@ TEST(Element, IsReleasedOnceHoweverOftenItWasMoved) {
     EXPECT_STREQ(records[1].sourceUri, address.c_str());
     EXPECT_EQ(SidesOf(records[1].rect), " 1 2 3 4");
     records[2] = Element(address, L"d");
-    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // by a client
+    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // as some clients make them
     auto& filled = reinterpret_cast<SLElemData&>(zeroed);
     filled.sourceUri = records[1].sourceUri;
     filled.~SLElemData();
@@ -252,12 +253,12 @@ TEST(Element, IsReleasedOnceHoweverOftenItWasMoved) {
   for (const char* id : {"c", "a", "b", "d"}) {
     EXPECT_EQ(broker.ReadLine(), "[3,77,\"" + std::string(id) + "\"]");
   }
-  EXPECT_EQ(broker.Wait(), 0u) << "no further request keeps it";
+  EXPECT_EQ(broker.Wait(), 0u) << "the broker ends after the last expected request";
 }
 
-// The records of the call before go when the next answer's count is known; so do those that a short
-// answer names, at the latest with the vector.
-TEST(Element, OfAVectorIsReleasedWhenTheVectorIsRefilledOrGone) {
+// A call releases the records of the call before when it has read the new count. Records of an
+// answer that ends too early are released with the vector.
+TEST(Element, IsReleasedWhenItsVectorIsRefilledOrDestroyed) {
   const std::wstring address = Address(L"refilled");
   ScriptedBroker broker(SL_TAILORED_URI, address,
                         {"[0,2,'a','b',1,7]", "[0,2,'c','d']", "[0,true]", "[-8]",

@@ -1,4 +1,4 @@
-// The inspector as its users meet it.
+// Runs the inspector as a process, as a user does, and checks its output and exit code.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
@@ -21,9 +21,9 @@ void ExpectAllReleased(SceneBroker& broker) {
   EXPECT_TRUE(std::regex_match(summary, even)) << summary;
 }
 
-// A transcript holds command lines and all that they say, WINDOW and PROCESS for the broker's, and
-// the exit code if it is not 0. What a command has changed, the next one asks for.
-TEST(InspectorTest, SaysWhatItsTranscriptsSay) {
+// A transcript holds command lines, their output, and their exit code if it is not 0. WINDOW and
+// PROCESS stand for those of the broker. The commands run in order and see the changes made before.
+TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"login", TESSEL_SCENES "/login.json", L""},
       {"orders", TESSEL_SCENES "/orders.json", L" --scheme https"},
@@ -31,7 +31,7 @@ TEST(InspectorTest, SaysWhatItsTranscriptsSay) {
   };
   for (const auto& [name, scene, options] : kCases) {
     SceneBroker broker(scene, options);
-    // The process stands behind its name alone: other numbers may be the same.
+    // Replaces the number only after "process", because other numbers may be equal to it.
     const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
     std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
     std::string expected, actual;
@@ -49,7 +49,7 @@ TEST(InspectorTest, SaysWhatItsTranscriptsSay) {
 }
 
 TEST(InspectorTest, FindsTheWindow) {
-  // An address without a scheme of its own: the search ends with the tailored one.
+  // The address has no scheme, so the search asks only the tailored broker.
   const SceneFile file(R"({"version":1,"address":"desk","title":"Ü",
                            "elements":[{"id":"desk","rect":[-800,-40,0,0]}]})");
   const SceneBroker broker(Narrow(file.path.wstring()));
@@ -66,7 +66,8 @@ TEST(InspectorTest, FindsTheWindow) {
       {rect, "0x7ffffff1", 2, cannot + "there is no window 0x7ffffff1; take the handle"},
       {rect, Narrow(title), 2, cannot + "2 windows have the title"},
       {"tree", "0x7ffffff1", 2, "or give the title\n  address: desk"},
-      // A window of another process than the broker's: refused, or searched for and then injected.
+      // The window belongs to another process than the broker's. With a scheme the broker refuses;
+      // without one the search tries to inject a broker.
       {rect + " --scheme tailored", own, 4, "-8 (SL_NOT_SERVED)"},
       {rect, own, 3, "-10 (SL_INJECTOR_NOT_STARTED)"},
   };
@@ -76,9 +77,9 @@ TEST(InspectorTest, FindsTheWindow) {
   for (HWND window : windows) ::DestroyWindow(window);
 }
 
-// The broker is this process and can do what SceneBroker does not. It is the only one that a search
-// asks, as the address has no scheme. When the request is there, its window goes.
-TEST(InspectorTest, EndsWithAnyAnswer) {
+// This process is the broker, because SceneBroker does not give such answers. The address has no
+// scheme, so a search asks no other broker. The window is destroyed when the request has arrived.
+TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   const struct {
     std::string command, notice;
     const wchar_t* answer;
@@ -114,8 +115,9 @@ TEST(InspectorTest, EndsWithAnyAnswer) {
   }
 }
 
-// In the odd scene, texts that are easily spoilt on the way. The dump of a dump is the same again.
-TEST(InspectorTest, DumpsAreTheScenesThatWereServed) {
+// Serves each scene, dumps it with "tree --json", serves the dump and dumps that: all are equal.
+// The odd scene holds texts that are easily damaged by wrong escaping.
+TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   std::string command = "tree --json";
   for (const char* name :
        {"name", "type", "tool tip", "{}", "[x,y]", "-a \"b\"\\", "Größe 𝄞\t,=", "\\"}) {
@@ -124,7 +126,7 @@ TEST(InspectorTest, DumpsAreTheScenesThatWereServed) {
   for (const char* path : {TESSEL_SCENES "/login.json", TESSEL_SCENES "/orders.json",
                            TESSEL_TRANSCRIPTS "/odd.json"}) {
     std::ifstream original(path);
-    const auto scene = nlohmann::json::parse(original);  // of which the order of fields is no part
+    const auto scene = nlohmann::json::parse(original);  // ignores the order of fields
     std::string served = scene.dump();
     for (int round = 1; round <= 2; ++round) {
       const SceneFile file(served);

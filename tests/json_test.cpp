@@ -1,4 +1,4 @@
-// JSON values, reader and writer: what is accepted, refused and written, byte for byte.
+// Tests the JSON values, reader and writer: which texts are accepted, and the exact text written.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,7 +21,7 @@ namespace {
 using base::ListValue;
 using base::Utf16Text;
 
-// Another's conversions, of what is well formed.
+// The standard library's conversions, to compare with. They are used for well-formed text only.
 std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
 std::string Written(const ListValue& list) {
@@ -33,7 +33,8 @@ std::string Written(const ListValue& list) {
 
 std::string TextOf(const base::ListText& list) { return convert.to_bytes(Utf16Text(list.View())); }
 
-// By a list of values, and by one that stands as text, unless it does not take it.
+// Writes `text` from a list of values. A list that is kept as text must write the same, or refuse
+// the string.
 std::string Written(base::Utf16View text) {
   ListValue list;
   list.AppendString(text);
@@ -44,7 +45,8 @@ std::string Written(base::Utf16View text) {
   return written;
 }
 
-// In memory of its exact size, so that the sanitizer sees a read beyond it.
+// Reads a text and writes its values. The text lies in memory of its exact size, so that the
+// sanitizer reports a read beyond its end.
 template <class Text>
 std::string Rewritten(const Text& text, std::size_t step = base::kReadStep) {
   const std::vector<typename Text::value_type> exact(text.begin(), text.end());
@@ -77,7 +79,8 @@ TEST(JsonReader, AcceptsAndRefuses) {
     if (!name.starts_with("refused-utf8")) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
-    // A first step of 50 units, behind the bracket, ends at each place of the text.
+    // Step reading starts after the bracket. The blanks move the end of its first step, of 50
+    // units, across the text.
     for (std::size_t blanks = 0; text.starts_with('[') && blanks < 50; ++blanks) {
       const std::string padded = "[0" + std::string(blanks, ' ') + ',' + text.substr(1);
       ASSERT_EQ(Rewritten(padded, 1), Rewritten(padded, padded.size())) << name << ' ' << blanks;
@@ -86,9 +89,9 @@ TEST(JsonReader, AcceptsAndRefuses) {
   }
 }
 
-// No text needs more room for its length. Steps and blocks end at each place of an element; the
-// last tails are refused where the text ends.
-TEST(JsonReader, HasRoomForTheDensestTextAtEveryEndOfAStepAndOfABlock) {
+// Empty strings are the elements that need the most memory for their length. Steps and blocks end
+// at each place of an element. The tails that leave a string open must be refused.
+TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
   std::string text = "[\"\"";
   for (std::size_t count = 1; count < 700; ++count, text += ",\"\"") {
     for (const std::string_view tail :
@@ -103,8 +106,8 @@ TEST(JsonReader, HasRoomForTheDensestTextAtEveryEndOfAStepAndOfABlock) {
   }
 }
 
-// Each would take hours if reading were quadratic.
-TEST(JsonReader, HostileTextsStayCheap) {
+// If reading took quadratic time, each text would take hours.
+TEST(JsonReader, ReadsHostileTextsInLinearTime) {
   constexpr int kCount = 200000;
   std::string falling = "{";
   for (int i = 9 * kCount; i > 8 * kCount; --i) falling += "\"" + std::to_string(i) + "\":0,";
@@ -125,7 +128,7 @@ TEST(JsonReader, HostileTextsStayCheap) {
   }
 }
 
-TEST(JsonWriter, EscapesEveryUnitAtEveryPlaceOfABlock) {
+TEST(JsonWriter, EscapesEveryUnitAtEveryPositionInABlock) {
   constexpr std::string_view special = "\b\t\n\f\r\"\\", letters = "btnfr\"\\";
   std::vector<int> units = {0x2027, 0x2028, 0x2029, 0x202A, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF,
                             0xE000, 0xFDCF, 0xFDD0, 0xFDEF, 0xFDF0, 0xFFFD, 0xFFFE, 0xFFFF};
@@ -140,7 +143,7 @@ TEST(JsonWriter, EscapesEveryUnitAtEveryPlaceOfABlock) {
     std::string form = escaped ? code : convert.to_bytes(raw);
     const auto at = unit < 0x80 ? special.find(static_cast<char>(unit)) : special.npos;
     if (at != special.npos) form = {'\\', letters[at]};
-    // All ASCII or not makes two paths, and so does where in a step of the copy the unit stands.
+    // Text that is all ASCII takes another path. So may a unit at another position in a block.
     for (const char16_t filler : {u'a', u'\u20AC'}) {
       for (std::size_t before = 0; before < 36; ++before) {
         const Utf16Text head(before, filler), tail(35 - before, filler);
@@ -159,7 +162,7 @@ TEST(JsonWriter, EscapesEveryUnitAtEveryPlaceOfABlock) {
   }
 }
 
-TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
+TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesValuesWithoutJson) {
   std::int64_t number = 0;
   for (int digit = 1; number <= INT_MAX; digit = digit % 9 + 1, number = number * 10 + digit) {
     for (const std::int64_t value : {number, -number}) {
@@ -170,9 +173,9 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
       EXPECT_EQ(Written(list), std::to_string(value));
       EXPECT_EQ(TextOf(asText),
                 '[' + Repeated(std::to_string(value) + ',', 99) + std::to_string(value) + ']');
-      // In front of another element, and as the last of a text that ends there.
-      for (const char* behind : {",1]", "]"}) {
-        const std::string text = '[' + std::to_string(value) + behind;
+      // Once before another element, once as the last element.
+      for (const char* tail : {",1]", "]"}) {
+        const std::string text = '[' + std::to_string(value) + tail;
         EXPECT_EQ(Rewritten(text), text);
         EXPECT_EQ(Rewritten(convert.from_bytes(text)), text);
       }
@@ -188,7 +191,7 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesWhatNoTextSays) {
   }
 }
 
-TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
+TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   const std::string pairs = Repeated("\U0001F600", 5);
   const Utf16Text halves = {0xD83D, 0xD83D, 0xDE00, 0xDE00, 0xDE00, 0xD83D};
   for (std::size_t before = 0; before < 1100; ++before) {
@@ -199,8 +202,8 @@ TEST(JsonWriter, KeepsPairsTogetherWhereItsPiecesMeet) {
   }
 }
 
-// With each kind of last element where a block ends, with and without room for what follows.
-TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
+// Puts each kind of last element at every position around the end of a block.
+TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   const Utf16Text texts[] = {{},
                              {'b'},
@@ -208,7 +211,7 @@ TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
                              Utf16Text(3300, 1),
                              Utf16Text(3, '\n') + Utf16Text(614, 1)};  // fills its block
   for (std::size_t flags = 0; flags < 200; ++flags) {
-    for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // so that the text takes every size
+    for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // together they reach every text size
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
         const auto append = [&](auto& list) {
           for (std::size_t i = 0; i < flags; ++i) list.AppendBool(true);
@@ -223,7 +226,7 @@ TEST(ListText, IsTheWrittenListOfValuesWhereverABlockEnds) {
         const std::string expected = '[' + Written(values) + ']';
         ASSERT_EQ(TextOf(asText), expected) << flags << ' ' << blanks << ' ' << last;
         EXPECT_FALSE(asText.AppendString(noncharacterFirst));
-        ASSERT_EQ(TextOf(asText), expected) << "as before";
+        ASSERT_EQ(TextOf(asText), expected) << "a refused string changes nothing";
       }
     }
   }
@@ -253,7 +256,7 @@ TEST(ListValue, KeepsTextsOfEveryLengthAndKind) {
   EXPECT_EQ(start, list.ByteSize());
 }
 
-// Into memory of the text's exact size, so that the sanitizer sees one unit more.
+// Copies into memory of the text's exact size, so that the sanitizer reports a write beyond it.
 template <class To, class From, class Copy>
 void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
   std::vector<To> to(from.size());
@@ -263,7 +266,7 @@ void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
   EXPECT_TRUE(std::equal(to.data(), end, from.data())) << from.size() << ' ' << count;
 }
 
-TEST(TextCopy, CopiesUpToWhereItStopsAndWritesNoMoreThanTheTextHas) {
+TEST(TextCopy, CopiesUpToTheStopAndWritesNothingBeyondTheText) {
   const auto ascii = [](const auto* from, const auto* end, auto*& to) {
     return base::CopyAscii<base::Stop::kLimits>(from, end, to);
   };
@@ -280,7 +283,7 @@ TEST(TextCopy, CopiesUpToWhereItStopsAndWritesNoMoreThanTheTextHas) {
   }
 }
 
-TEST(ZeroSearch, FindsTheZeroAtEveryPlaceOfABlock) {
+TEST(ZeroSearch, FindsTheZeroAtEveryPositionInABlock) {
   for (std::size_t start = 0; start < 8; ++start) {
     for (std::size_t length = 0; length < 40; ++length) {
       alignas(16) base::Utf16Unit text[64] = {};

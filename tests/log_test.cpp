@@ -1,5 +1,5 @@
-// The log: levels from the registry, the text of a line, and both sinks. No trace session exists
-// under Wine, so event tracing meets functions of this suite's own.
+// Tests the log: levels from the registry, the text of a line, and both sinks. Wine has no trace
+// sessions, so this suite replaces the system's event tracing functions with its own.
 #include <gmock/gmock.h>
 #include <windows.h>
 // dbghelp.h needs windows.h before it
@@ -22,7 +22,7 @@ using testing::HasSubstr;
 constexpr GUID kProvider = {0x204DE76A, 0x126E, 0x4673, {179, 73, 90, 93, 17, 209, 128, 215}};
 constexpr GUID kEventClass = {0x7FE69228, 0x633E, 0x4F06, {128, 193, 82, 127, 234, 35, 227, 167}};
 
-// What the system would pass between the provider and a trace session.
+// Stands in for a trace session: keeps what the provider registers and writes.
 struct {
   ULONG Control(WMIDPREQUESTCODE request) { return control(request, provider, nullptr, nullptr); }
 
@@ -30,7 +30,7 @@ struct {
   void* provider = nullptr;
   UCHAR level = 0;
   ULONG flags = 0;
-  std::vector<std::string> events;  // "type level", each field behind a |
+  std::vector<std::string> events;  // "type level|field|field..."
 } session;
 
 ULONG WINAPI RegisterGuids(WMIDPREQUEST control, void* provider, LPCGUID guid, ULONG,
@@ -55,8 +55,8 @@ ULONG WINAPI WriteEvent(TRACEHANDLE handle, EVENT_TRACE_HEADER* header) {
   return ERROR_SUCCESS;
 }
 
-// Sets the user's level and asks until the log has it, after 3 seconds at the latest. When the log
-// was asked last.
+// Sets the user's level and waits, for at most 3 seconds, until the log uses it. Returns the time
+// just before the successful query.
 ULONGLONG AwaitLevel(const char* text, int level) {
   LogCapture::SetLevel(text);
   for (const ULONGLONG set = ::GetTickCount64();; ::Sleep(20)) {
@@ -77,7 +77,8 @@ struct VerboseLog : Log {
   VerboseLog() { AwaitLevel("VERBOSE", logging::kVerbose); }
 };
 
-// In a process whose first log calls these are: says how many evaluate their argument.
+// Runs in a process of its own, so that its log calls are the first ones there. Prints how many of
+// the calls evaluate their argument.
 TEST_F(Log, DISABLED_Child) {
   int evaluated = 0;
   ::SetLastError(1234);
@@ -94,8 +95,8 @@ TEST_F(Log, LevelComesFromTheRegistry) {
   const std::tuple<const char*, DWORD, const char*, const char*> rows[] = {
       {nullptr, REG_SZ, nullptr, "1 of 1,"},
       {"vErBoSe", REG_SZ, "WARNING", "5 of 5,"},
-      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // the longest that is read, and unknown
-      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // too long: as if not set
+      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // 9 characters: read, but not a known level
+      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // 10 characters: treated as not set
       {"VERBOSE", REG_EXPAND_SZ, "eRROR", "2 of 2,"}};
   constexpr char kMachine[] = R"(System\CurrentControlSet\Control\Session Manager\Environment)";
   for (const auto& [user, type, machine, output] : rows) {
@@ -116,7 +117,7 @@ TEST_F(VerboseLog, FatalLineHasItsFormAndTheCallStack) {
   const std::regex form("\\{" + thread + R"(\} \[\d{4}/\d{6}\.\d{3}:FATAL:\(v1_0_0_0\) Log\.cpp)" +
                         R"(\(-2\)\] text\nBacktrace.*\n(.*\n)+.*\[0x[0-9A-F]{16}(\+\d+)?\]\n)");
   EXPECT_TRUE(std::regex_match(line, form)) << line;
-  EXPECT_TRUE(::SymCleanup(::GetCurrentProcess())) << "the host's symbols are the host's";
+  EXPECT_TRUE(::SymCleanup(::GetCurrentProcess())) << "the log leaves the host's symbols alone";
 }
 
 TEST_F(VerboseLog, DTraceWritesTheClientsLine) {
@@ -126,7 +127,7 @@ TEST_F(VerboseLog, DTraceWritesTheClientsLine) {
               testing::ElementsAre("VERBOSE1 SL: \u00e9%d", "ERROR ERR: str is NULL in DTrace"));
 }
 
-// The message that a call writes, as the debugger's line has it.
+// Writes a message and returns it as it arrives in the debugger output.
 template <class Character, class... Arguments>
 std::string Logged(const Character* format, Arguments... arguments) {
   constexpr logging::LogSite site("JArchive.cpp", 73, logging::kInfo);
@@ -136,7 +137,7 @@ std::string Logged(const Character* format, Arguments... arguments) {
   return LogCapture::Messages("INFO").at(0).substr(std::strlen("INFO "));
 }
 
-TEST_F(VerboseLog, ConversionsMeanWhatMicrosoftsRuntimeMeans) {
+TEST_F(VerboseLog, ConversionsFollowMicrosoftsRuntime) {
   ASSERT_NE(setlocale(LC_ALL, "German_Germany.1252"), nullptr);
   const auto pointer = reinterpret_cast<void*>(0x1234AB);
   const wchar_t* const none = nullptr;
@@ -159,7 +160,8 @@ TEST_F(VerboseLog, ConversionsMeanWhatMicrosoftsRuntimeMeans) {
 
 TEST_F(VerboseLog, LongTextsAreCutBetweenCharacters) {
   const std::tuple<std::size_t, const wchar_t*, std::size_t, std::size_t> rows[] = {
-      {255, L"\U0001F600", 259, 259},  // a pair on the seam of what is converted at a time
+      {255, L"\U0001F600", 259,
+       259},  // the log converts 256 units at a time: here it splits a pair
       {4093, L"\u00e9z", 4095, 4096},
       {4093, L"\u20acz", 4093, 4097},
       {4094, L"\U0001F600z", 4094, 4094}};  // half a pair is left out
@@ -176,7 +178,7 @@ TEST_F(VerboseLog, LongTextsAreCutBetweenCharacters) {
 TEST_F(VerboseLog, SessionDecidesWhatIsTraced) {
   const ULONGLONG asked = AwaitLevel("ERROR", logging::kError);
   AwaitLevel("none", logging::kFatal);
-  EXPECT_GE(::GetTickCount64(), asked + 3000) << "the level is not read at each call";
+  EXPECT_GE(::GetTickCount64(), asked + 3000) << "the level is read at most every 3 s";
   logging::SetTraceLevel(2);
   const std::pair<UCHAR, std::size_t> rows[] = {{0, 0}, {1, 1}, {3, 3}, {7, 5}, {255, 5}};
   for (const auto& [level, events] : rows) {
@@ -186,7 +188,7 @@ TEST_F(VerboseLog, SessionDecidesWhatIsTraced) {
     for (int line = -1; line < 4; ++line) logging::WriteLog({"Log.cpp", 1, line}, "text");
     EXPECT_EQ(session.events.size(), events) << +level;
   }
-  EXPECT_EQ(LogCapture::Lines().size(), 5u) << "the fatal ones";
+  EXPECT_EQ(LogCapture::Lines().size(), 5u) << "only fatal lines reach the debugger";
   session.events.clear();
   for (const ULONG flags : {1, 2}) {
     session.flags = flags;
@@ -197,7 +199,7 @@ TEST_F(VerboseLog, SessionDecidesWhatIsTraced) {
   EXPECT_THAT(session.events, testing::ElementsAre(whole, "10 3|\u20ac\n\0"s));
   EXPECT_EQ(session.Control(WMI_GET_ALL_DATA), ULONG{ERROR_INVALID_PARAMETER});
   EXPECT_EQ(session.Control(WMI_DISABLE_EVENTS), 0u);
-  EXPECT_EQ(logging::GetTraceLevel(), 2) << "as before the session";
+  EXPECT_EQ(logging::GetTraceLevel(), 2) << "the level from before the session is back";
   logging::SetTraceLevel(logging::kFatal);
 }
 

@@ -1,6 +1,6 @@
-// The programs that stand around the module, for its tests: one file, its role is its name
-// (sllauncher.exe, slinject.exe) or its first argument (broker, mute). The first two write what
-// they were started with into a file beside them.
+// One program that stands in for the programs around the module. Its file name (sllauncher.exe,
+// slinject.exe) or its first argument (broker, mute) selects the role. The launcher and the
+// injector write how they were started into a file in their folder.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -31,7 +31,8 @@ void Print(const std::string& line) {
   std::fflush(stdout);
 }
 
-// Command line, directory, flags and show command, process.
+// Appends the command line, the current folder, start-up flags and show command, and the process
+// id.
 void RecordStart(const path& file) {
   STARTUPINFOW startup = {};
   ::GetStartupInfoW(&startup);
@@ -46,8 +47,9 @@ Function* Import(HMODULE module, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
 }
 
-// Answers the requests in turn, printing each. In an answer ' stands for ". "silent" comes too
-// late, "*" before an answer gives it for ever, "~" gives [0,true] in its place to a release.
+// Prints each request and sends the next answer. In an answer, ' stands for ". Special answers:
+// "silent" waits until the client has given up. "*" before an answer repeats it for ever. "~"
+// before an answer answers [0,true] instead if the request is a release.
 int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
           const std::vector<std::wstring>& answers) {
   const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
@@ -73,8 +75,8 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
   return 0;
 }
 
-// For a tailored origin whose host begins with "serve" it is the broker, with "serve-late" after
-// 20 s; for any other it leaves.
+// The launcher's role. If the origin is a tailored one whose host begins with "serve", it becomes
+// the broker: after 20 s if the host begins with "serve-late". For any other origin it exits.
 int Launch(const std::vector<std::wstring>& arguments) {
   const path package = arguments.at(2).substr(wcslen(L"/emulate:"));
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
@@ -89,8 +91,8 @@ int Launch(const std::vector<std::wstring>& arguments) {
   return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
 }
 
-// A file beside it, named after the process that it is told to inject, holds the milliseconds that
-// it takes, its exit code, and the command line of a broker, if it shall bring one.
+// The injector's role. Reads a file that is named after the process to inject. It holds how many
+// milliseconds the injection takes, the exit code, and optionally the command line of a broker.
 int Inject(const std::wstring& argument) {
   const std::wstring name = TestFolder() + L"slinject-" + argument.substr(wcslen(L"--pid="));
   const path record = name + L".txt";
@@ -102,7 +104,7 @@ int Inject(const std::wstring& argument) {
   settings >> milliseconds >> code >> std::ws;
   std::getline(settings, command);
   ::Sleep(milliseconds);
-  // Never deleted: it outlives this process.
+  // Never deleted, because the destructor would end the broker.
   if (!command.empty()) (new ChildProcess({command.begin(), command.end()}))->ReadLine();
   std::ofstream(record, std::ios::app) << "end" << std::endl;
   return code;

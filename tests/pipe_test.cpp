@@ -1,3 +1,4 @@
+// Tests the pipe between two ends, in one process and in two, and the helpers that it uses.
 #include <aclapi.h>
 #include <gtest/gtest.h>
 #include <winternl.h>
@@ -18,20 +19,21 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
-thread_local std::size_t refusedSize = 0;  // no memory for a block of exactly this size
+thread_local std::size_t refusedSize = 0;  // operator new fails for exactly this size
 
-DWORD testId = ::GetCurrentProcessId();  // of the test, in its children too
+DWORD testId = ::GetCurrentProcessId();  // child processes set it to the id of the test
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
 
-// An endpoint that is driven by texts, in this process or in a child.
+// An end of a pipe that is controlled by text commands, in this process or in a child process.
 struct Endpoint {
   Endpoint() {
     pipe.SetPipeName(L"\\\\.\\pipe\\pipe_test." + std::to_wstring(testId) + L'.');
     pipe.SetTimeout(30000);
   }
 
-  // The answer of "operation argument" (the text read last if none is given): "yes", "no", "=" and
-  // the text read, or what is thrown, with "!X" for "Invalid state in X".
+  // Runs "operation argument". If the argument is missing, it is the text that was read last.
+  // Returns "yes", "no", "=" and the text read, or the message of the exception. "Invalid state in
+  // X" is shortened to "!X".
   std::string Do(const std::string& step) try {
     const std::string verb = step.substr(0, step.find(' '));
     const std::string rest = step.substr(std::min(verb.size() + 1, step.size()));
@@ -69,7 +71,8 @@ struct Endpoint {
   CJbPipe pipe;
 };
 
-// A process of its own that takes "operation; ..." and prints the answers; a client of this one.
+// A child process that runs "operation; operation; ..." and prints the results. By default it
+// connects to the pipe of this process.
 struct Peer : ChildProcess {
   explicit Peer(const std::string& script)
       : ChildProcess(TestFolder() + L"pipe_test.exe peer " + std::to_wstring(testId) + L" \"" +
@@ -80,7 +83,7 @@ std::size_t OpenHandles() {
   static std::vector<ULONG_PTR> table(1 << 21);
   const auto kind = static_cast<SYSTEM_INFORMATION_CLASS>(64);
   EXPECT_EQ(::NtQuerySystemInformation(kind, table.data(), 8 << 21, nullptr), 0);
-  std::size_t count = 0;  // {count, reserved}, then five words for each, the second its process
+  std::size_t count = 0;  // the table: count, reserved, then 5 words each, the second the process
   for (std::size_t i = 0; i < table[0]; ++i) count += table[3 + 5 * i] == testId;
   return count;
 }
@@ -92,14 +95,15 @@ const std::string kBusy = "CreateServerPipe: sPipeName='\\\\.\\pipe\\pipe_test."
 Texts Log() { return LogCapture::Messages("WARNING"); }
 
 struct Pipe : testing::Test {
-  // "endpoint operation > answer; ..."
+  // Runs a script "end operation > expected result; ...".
   void Expect(const std::string& script) {
     for (const std::string& line : Split(script, "; ")) {
       const Texts step = Split(line, " > ");
       EXPECT_EQ(ends[line[0]].Do(step.at(0).substr(2)), step.at(1)) << line << " in: " << script;
     }
   }
-  // Runs the script and, on another thread once the line is logged, the action.
+  // Runs the script. Another thread runs the action after `line` was logged, or at once if `line`
+  // is empty.
   void Meanwhile(const std::string& line, const std::string& script, std::function<void()> action) {
     LogCapture::Reset();
     std::thread other([&] {
@@ -111,17 +115,18 @@ struct Pipe : testing::Test {
     other.join();
   }
   const LogCapture capture;
-  std::map<char, Endpoint> ends;  // s serves, c and d connect to it, p to the peer, m to nothing
+  std::map<char, Endpoint> ends;  // s serves; c, d connect to s, p to the peer, m to nothing
 };
 
-// Conversations of a file: the steps of this process's ends and the log's lines behind them; those
-// of the peer, which takes them one after the other in its own time, stand where they belong.
-TEST_F(Pipe, ConversationsAreToldExactlyAndLoseNoHandle) {
+// Runs the conversations of pipe.txt. A step of an end in this process is followed by the lines
+// that it logs. The steps of the peer process are written where they happen, but the peer runs them
+// at its own pace.
+TEST_F(Pipe, ConversationsMatchTheTranscriptsAndLeakNoHandle) {
   const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
   const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
   ASSERT_EQ(conversations.size(), 7u);
   std::size_t before = 0;
-  for (int pass = 0; pass < 2; ++pass) {  // the first one warms up
+  for (int pass = 0; pass < 2; ++pass) {  // the first pass opens handles that stay open
     before = OpenHandles();
     for (const std::string& conversation : conversations) {
       const Texts lines = Split(conversation, "\n");
@@ -148,7 +153,7 @@ TEST_F(Pipe, ConversationsAreToldExactlyAndLoseNoHandle) {
   EXPECT_EQ(OpenHandles(), before);
 }
 
-TEST_F(Pipe, MessagesOfAnySizeCrossAHandleThatWasHandedOn) {
+TEST_F(Pipe, MessagesOfAnySizePassADuplicatedHandle) {
   Peer heir("exists 20000; connect; read; close; attach; echo");
   Expect("s create 0 > yes; s wait -1 > yes; d bare > yes; d create 0 > yes; c bare > yes");
   Expect("c connect > yes; d wait 0 > yes");
@@ -169,11 +174,11 @@ TEST_F(Pipe, MessagesOfAnySizeCrossAHandleThatWasHandedOn) {
   EXPECT_TRUE(pipe.WriteBuffer({'a', 0, 'b'}) && pipe.ReadString(text) && text == L"ab");
 }
 
-TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
+TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
   Expect("s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes");
   const std::uint64_t start = ::GetTickCount64();
   Expect("d timeout 200 > yes; d connect > no; d close > yes; d timeout 30000 > yes");
-  EXPECT_GT(::GetTickCount64(), start + 200) << "a busy pipe is waited for";
+  EXPECT_GT(::GetTickCount64(), start + 200) << "connect waits for a busy pipe";
   ::DisconnectNamedPipe(SafeHandle(ends['s'].pipe.DuplicatePipeHandle(testId)).Get());
   Expect("s disconnect > no; c close > yes; s wait 0 > no, timed out");
   Expect("c connect > yes; s wait 0 > yes");
@@ -183,7 +188,7 @@ TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
             [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
   const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
   MSG posted;
-  for (const UINT limit : {200u, 20000u}) {  // only a read that pumps dispatches what is sent
+  for (const UINT limit : {200u, 20000u}) {  // only a read that pumps handles sent messages
     ::PostMessageW(window, WM_APP, 0, 0);
     Meanwhile("Start reading", "d read > =go on; d pump 1 > yes", [&] {
       EXPECT_EQ(::SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, limit, nullptr) != 0,
@@ -191,14 +196,14 @@ TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
       Expect("s write go on > yes");
     });
     EXPECT_TRUE(::PeekMessageW(&posted, window, WM_APP, WM_APP, PM_REMOVE))
-        << "what is posted stays";
+        << "the read leaves posted messages in the queue";
   }
   Meanwhile(kBusy, "c close > yes; c create 30000 > yes", [&] { Expect("s close > yes"); });
   Peer peer("connect; read");
   Expect("c wait -1 > yes");
   Meanwhile("Start reading", "c read > no; c write x > no", [&] { peer.Kill(); });
   EXPECT_EQ(Log().at(1) + Log().at(2), "ERROR ReadBuffer failedERROR WriteBuffer failed");
-  for (int i = 0; i < 100; ++i) {  // waits that have begun, and that are about to
+  for (int i = 0; i < 100; ++i) {  // ends waits that run, and waits that are about to
     Expect("c close > yes; c create 0 > yes");
     Meanwhile(i % 10 == 0 ? "Wait client to connect" : "", "c wait -1 > shut down",
               [&] { Expect("c shutdown 30000 > yes"); });
@@ -206,7 +211,7 @@ TEST_F(Pipe, WhatAnotherThreadOrProcessDoesEndsAWait) {
 }
 
 TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
-  for (const std::size_t size : {65536, 5000}) {  // the buffer, and the copy for the caller
+  for (const std::size_t size : {65536, 5000}) {  // the read buffer, and the caller's copy
     Expect("s create 0 > yes; c connect > yes; s wait 0 > yes");
     refusedSize = size;
     Meanwhile("Start reading", "s readbytes > no; s close > yes",
@@ -217,14 +222,14 @@ TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
   }
 }
 
-TEST_F(Pipe, EveryoneMayOpenItFromTheLowLevelUp) {
+TEST_F(Pipe, EveryoneMayOpenItFromLowIntegrityUp) {
   Expect("s create 0 > yes");
   const SafeHandle pipe(ends['s'].pipe.DuplicatePipeHandle(testId));
   PACL access = nullptr, labels = nullptr;
   ::GetSecurityInfo(pipe.Get(), SE_KERNEL_OBJECT,
                     DACL_SECURITY_INFORMATION | LABEL_SECURITY_INFORMATION, nullptr, nullptr,
                     &access, &labels, nullptr);
-  const auto ace = [](PACL list) {  // the only one: type, flags, size, mask, SID
+  const auto ace = [](PACL list) {  // returns the list's only entry: type, flags, size, mask, SID
     const BYTE* bytes = reinterpret_cast<BYTE*>(list);
     return bytes && list->AceCount == 1 ? Bytes(bytes + 8, bytes + 28) : Bytes();
   };
@@ -235,7 +240,7 @@ TEST_F(Pipe, EveryoneMayOpenItFromTheLowLevelUp) {
   std::thread([&] { EXPECT_EQ(GetPipeSecurityAttributes(), attributes); }).join();
 }
 
-TEST(TimedRetry, EndsByTheAttemptTheCallerOrTheTime) {
+TEST(TimedRetry, EndsOnSuccessCancellationOrTimeOut) {
   const auto run = [](int timeout, int successAt, int cancelAt) {
     int attempts = 0;
     const TimedRetry retry(timeout, [&] { return attempts == cancelAt; });
@@ -270,7 +275,7 @@ void* operator new(std::size_t size) {
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
-// GCC 12 takes an inlined std::free for a mismatch with operator new.
+// Not inlined, because GCC 12 would warn that std::free does not match operator new.
 [[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 

@@ -1,4 +1,4 @@
-// Scene files, and the broker that serves them as its users meet it.
+// Tests scene files, and runs SceneBroker as a process, as a user does.
 #include <gmock/gmock.h>
 
 #include <climits>
@@ -18,9 +18,9 @@ namespace {
 
 using testing::HasSubstr;
 
-// Each line of the file is a scene and what is wrong with it; here are those of several lines or of
-// ill-formed text.
-TEST(SceneFileTest, RefusesWithPlaceAndCure) {
+// Each line of refused-scenes.txt is a scene and the expected message. Scenes with line breaks or
+// ill-formed text are in the table below.
+TEST(SceneFileTest, IsRefusedWithPlaceAndSolution) {
   std::vector<std::pair<std::string, std::string>> cases = {
       {"{\"version\":\n  [1, -1e999]}", "line 2, column 7: the number -1e999 is too large"},
       {"{\n  \"version\": 1,\n  \"ä\" 2}", "line 3, column 7: syntax error"},
@@ -40,7 +40,7 @@ TEST(SceneFileTest, RefusesWithPlaceAndCure) {
   }
 }
 
-TEST(SceneBrokerTest, EndsWithTheCure) {
+TEST(SceneBrokerTest, SaysHowToSolveAnError) {
   const std::string orders = TESSEL_SCENES "/orders.json";
   const SceneBroker running(orders);
   const std::wstring start = L"SceneBroker.exe" + Quoted(orders);
@@ -52,7 +52,7 @@ TEST(SceneBrokerTest, EndsWithTheCure) {
   RunTool(start + L" --dll nothing.dll", 1, "cannot load nothing.dll (error 126); put it beside");
 }
 
-TEST(SceneMapTest, FindsWhatASearchThroughAllFinds) {
+TEST(SceneMapTest, FindsTheSameElementAsALinearSearch) {
   std::mt19937 random(7);
   const auto number = [&](int bound) { return static_cast<LONG>(random() % bound); };
   for (const int size : {0, 1, 40, 400}) {
@@ -82,9 +82,9 @@ TEST(SceneMapTest, FindsWhatASearchThroughAllFinds) {
   }
 }
 
-// A transcript holds requests and their answers, what the additional windows print behind them, and
-// behind an empty line the summary. '?' stands for the broker's process.
-TEST(SceneBrokerTest, FollowsItsTranscripts) {
+// A transcript holds each request with its answer, followed by the lines of the additional windows.
+// After an empty line it holds the summary. '?' stands for the broker's process id.
+TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"orders", TESSEL_SCENES "/orders.json", L" --scheme file"},
       {"login", TESSEL_SCENES "/login.json", L" --additional-windows 2"},
@@ -106,8 +106,8 @@ TEST(SceneBrokerTest, FollowsItsTranscripts) {
   }
 }
 
-// An index of this process's own is in nobody's way.
-TEST(SceneBrokerTest, TakesPostsOfOtherProcesses) {
+// Another process may use the same index for a window of its own.
+TEST(SceneBrokerTest, IsNotifiedByOtherProcesses) {
   SceneBroker broker(TESSEL_SCENES "/login.json", L" --additional-windows 2");
   const std::string second = broker.Fact("additional window", 1);
   ASSERT_TRUE(second.starts_with("#1 ")) << second;
@@ -117,7 +117,7 @@ TEST(SceneBrokerTest, TakesPostsOfOtherProcesses) {
   EXPECT_EQ(name, L"SL_Additional_Wnd_Class_pid" + tools::Wide(broker.Fact("process")) + L"_");
   ASSERT_NE(AdditionalWindow_Create(1), nullptr);
   EXPECT_TRUE(AdditionalWindow_PostMessage(1, WM_APP + 5, 0, 0));
-  // What is no WM_APP message is none of the broker's.
+  // The broker ignores messages outside the WM_APP range.
   for (const UINT message : {WM_APP - 1u, WM_APP + 7u, 0xC000u, WM_APP + 0x3FFFu}) {
     ::PostMessageW(window, message, 0, 0);
   }

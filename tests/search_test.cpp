@@ -1,4 +1,4 @@
-// The search for a broker that answers, through real brokers, launchers and injectors.
+// Tests the search for a broker, with processes that stand in for brokers, launcher and injector.
 #include <gmock/gmock.h>
 
 #include <future>
@@ -16,8 +16,8 @@ using testing::HasSubstr;
 
 const LogCapture capture;
 
-// Finds an element for one who knows a window and an address alone: the code, what the out record
-// then holds, and the scheme in the caller's own.
+// Finds an element by window and address only, so that the module searches for the broker. Returns
+// the code, the fields of the record found, and the scheme in the caller's record.
 std::string Find(HWND window, const std::wstring& address) {
   SLElemData record;
   record.hwnd = window;
@@ -27,9 +27,9 @@ std::string Find(HWND window, const std::wstring& address) {
   return result + " / " + std::to_string(record.uriScheme);
 }
 
-// What the search does, by the answers of the tailored broker and of the scheme's own, and by the
-// injector's exit code.
-TEST(Search, GoesOnAfterNotServedAlone) {
+// The result depends on the answers of the tailored broker, the answers of the broker of the
+// address's scheme, and the exit code of the injector.
+TEST(Search, ContinuesOnlyAfterNotServed) {
   const TestWindow window;
   const StandIn injector(L"slinject");
   const std::wstring address = Address(L"search");
@@ -61,14 +61,15 @@ TEST(Search, GoesOnAfterNotServedAlone) {
     std::string requests;
     for (auto i = row.tailored.size() + row.http.size(); i > 0; --i) requests += request;
     EXPECT_EQ(tailored.ReadToEnd() + http.ReadToEnd(), requests);
-    EXPECT_EQ(tailored.Wait() + http.Wait(), 0u) << "each has given all its answers";
+    EXPECT_EQ(tailored.Wait() + http.Wait(), 0u) << "each broker has sent all its answers";
   }
-  EXPECT_EQ(injector.Record(kProcess).size(), 15u) << "one run for each of the last three";
+  EXPECT_EQ(injector.Record(kProcess).size(), 15u) << "the injector ran for the last three rows";
 }
 
-// A broker that shows something else answers two client processes and is gone; what the injector
-// then starts answers. The second client comes while the first one's injector is at work.
-TEST(Search, InjectsForOneClientAfterTheOther) {
+// Two client processes search. The running broker shows other content, so it refuses both and ends.
+// The injector of the first client starts a broker that answers. The second client begins to search
+// while that injector runs.
+TEST(Search, InjectsForOneClientAtATime) {
   const TestWindow window;
   const std::wstring address = L"injected-" + kProcess;
   const StandIn injector(L"slinject");
@@ -87,10 +88,10 @@ TEST(Search, InjectsForOneClientAfterTheOther) {
   EXPECT_EQ(first.Wait() + second.Wait() + other.Wait(), 0u);
   const Texts record = injector.Record(kProcess);
   ASSERT_EQ(record.size(), 10u);
-  EXPECT_EQ(record[4], "end") << "the second began when the first had ended";
+  EXPECT_EQ(record[4], "end") << "the second injector started after the first had ended";
 }
 
-TEST(Search, StartsTheTailoredBrokerOrEnds) {
+TEST(Search, StartsTheTailoredBrokerOrFails) {
   const std::wstring address = L"http://serve-" + kProcess + L"-element";
   ScriptedBroker http(SL_HTTP_URI, address, {"[0,'never']"});
   EXPECT_EQ(Find(nullptr, address), "-9 " + kKept + " / 0");
@@ -109,8 +110,8 @@ TEST(Search, StartsTheTailoredBrokerOrEnds) {
   Forget(unknown);
 }
 
-// One client gets no answer for 25 s, another no connection meanwhile.
-TEST(Waits, EndInTheirTime) {
+// One client gets no answer for 25 s. Meanwhile another client gets no connection.
+TEST(Waits, EndAfterTheTimeOut) {
   const std::wstring address = Address(L"silent");
   ScriptedBroker broker(SL_TAILORED_URI, address, {"silent"});
   LogCapture::Reset();

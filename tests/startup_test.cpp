@@ -1,4 +1,4 @@
-// Launcher and injector: what they are started with, how long they are waited for.
+// Tests how the module starts the launcher and the injector, and how long it waits for them.
 #include <gmock/gmock.h>
 
 #include <future>
@@ -27,7 +27,7 @@ const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
 const std::string kFolder = Narrow(TestFolder().c_str());
 
-// A call on a thread of its own that takes that many milliseconds at least.
+// Runs a call on a thread of its own and expects that it takes at least `least` milliseconds.
 template <class Call>
 std::future<Outcome> Start(std::uint64_t least, Call call) {
   return std::async(std::launch::async, [=] {
@@ -38,14 +38,14 @@ std::future<Outcome> Start(std::uint64_t least, Call call) {
   });
 }
 
-TEST(Injection, TakesOverAnAbandonedMutexAndGivesItBack) {
+TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
   const TestWindow window;
   const SafeHandle mutex(::CreateMutexW(nullptr, FALSE /*owned*/, kMutex));
   std::thread([&] { EXPECT_EQ(::WaitForSingleObject(mutex.Get(), 0), WAIT_OBJECT_0); }).join();
   LogCapture::Reset();
   EXPECT_EQ(InjectBroker(nullptr), -5);
   EXPECT_EQ(InjectBroker(window.Child()), -10) << "there is no injector";
-  EXPECT_FALSE(::ReleaseMutex(mutex.Get())) << "this thread has given it back";
+  EXPECT_FALSE(::ReleaseMutex(mutex.Get())) << "the call has released the mutex";
   EXPECT_THAT(LogCapture::Messages(),
               ElementsAre("ERROR Invalid window",
                           "ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
@@ -54,10 +54,10 @@ TEST(Injection, TakesOverAnAbandonedMutexAndGivesItBack) {
 
 HANDLE server = nullptr;
 
-// What users look for in the log when a call has failed.
+// The lines of the log that explain to a user why a call failed.
 TEST(FailedCalls, AreExplainedInTheLog) {
   const StandIn launcher(L"sllauncher");
-  std::ofstream(launcher.Program(), std::ios::trunc);  // no program any more
+  std::ofstream(launcher.Program(), std::ios::trunc);  // an empty file cannot be started
   const std::string origin =
       "http://log" + Narrow(kProcess.c_str()) + "/TailoredBroker/SLBroker.xap";
   const Texts noLaunch = {"ERROR CreateProcess failed, slLauncher=" + launcher.Program().string() +
@@ -68,7 +68,7 @@ TEST(FailedCalls, AreExplainedInTheLog) {
       "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
       "ERROR Cannot open server pipe: E_ACCESSDENIED", "ERROR Cannot connect to SL server pipe"};
   const std::tuple<DWORD, DWORD, int, Texts> kRows[] = {
-      // scheme, access of the address's pipe or 0 for none, result, lines
+      // scheme, access of the broker's pipe or 0 for no pipe, result, lines
       {9, 0, -9, {"INFO SendMessageToBroker for UNKNOWN SCHEME scheme"}},
       {SL_TAILORED_URI, 0, -9, noLaunch},
       {SL_NO_URI, PIPE_ACCESS_INBOUND, -7, noAccess},
@@ -91,13 +91,13 @@ TEST(FailedCalls, AreExplainedInTheLog) {
   LogCapture::pause = nullptr;
 }
 
-// Side by side: launchers that bring no broker or bring it too late, an injector that takes its
-// time, an injection that somebody else, here this thread, holds up for too long.
-TEST(Waits, EndWhenTheirTimeIsOver) {
+// These run at the same time: launchers that start no broker or start it too late, an injector that
+// is too slow, and an injection that waits too long for the mutex, which this thread owns.
+TEST(Waits, EndAfterTheTimeOut) {
   const StandIn launcher(L"sllauncher"), injector(L"slinject");
   const SafeHandle mutex(::CreateMutexW(nullptr, TRUE /*owned*/, kMutex));
   const TestWindow window;
-  injector.Prepare(-15, 12000, 0);  // no process: an id for the stand-in
+  injector.Prepare(-15, 12000, 0);  // -15 is no process, it only names the stand-in's files
   auto slow = Start(10000, [&] { return RunInjector(window.Child(), static_cast<DWORD>(-15)); });
   auto held = Start(30000, [&] { return InjectBroker(window.Top()); });
   const std::wstring host = L"serve-late-" + kProcess, address = L"https://" + host + L"%41";
@@ -136,7 +136,7 @@ TEST(Waits, EndWhenTheirTimeIsOver) {
               ElementsAre("slinject.exe --pid=-15", directory, "1 0", _, "end"));
 }
 
-TEST(NudgeWindow, MovesTheMouseAndResizesTheTopLevel) {
+TEST(NudgeWindow, MovesTheMouseAndResizesTheTopLevelWindow) {
   const TestWindow window;
   RECT client = {}, full = {}, normal = {};
   ::GetClientRect(window.Top(), &client);
@@ -155,7 +155,7 @@ TEST(NudgeWindow, MovesTheMouseAndResizesTheTopLevel) {
   ::GetWindowRect(window.Top(), &full);
   window.TakeMessages();
   NudgeWindow(window.Child(), false);
-  EXPECT_EQ(window.TakeMessages().size(), 3u) << "resized and moved, as any other";
+  EXPECT_EQ(window.TakeMessages().size(), 3u) << "a maximized window is resized and moved too";
   NudgeWindow(window.Child(), true);
   EXPECT_TRUE(::IsZoomed(window.Top()));
   ::ShowWindow(window.Top(), SW_SHOWNORMAL);

@@ -1,3 +1,4 @@
+// Tests the types of the public headers, and the table of result codes.
 #include <gmock/gmock.h>
 
 #include <map>
@@ -17,7 +18,7 @@ TEST(StringW, SharesUnlockedTextsAndCopiesLockedOnes) {
   CStringW text(L"abc"), copy(text), target(L"old"), old(target);
   target = text;
   EXPECT_TRUE(Units(copy) == Units(text) && Units(target) == Units(text));
-  EXPECT_EQ(HeaderOf(old)->references, 1) << "the other reference was given up";
+  EXPECT_EQ(HeaderOf(old)->references, 1) << "the assignment released the other reference";
   old = old.GetString();
   EXPECT_STREQ(old, L"old");
   HeaderOf(text)->references = -1;
@@ -26,7 +27,7 @@ TEST(StringW, SharesUnlockedTextsAndCopiesLockedOnes) {
   HeaderOf(text)->references = 3;
 }
 
-TEST(StringW, TakesANullPointerAsEmpty) {
+TEST(StringW, TreatsANullPointerAsEmpty) {
   wchar_t* zeroed = nullptr;
   auto& text = reinterpret_cast<CStringW&>(zeroed);
   CStringW copy(text), target(L"old");
@@ -35,7 +36,7 @@ TEST(StringW, TakesANullPointerAsEmpty) {
   EXPECT_TRUE(copy.IsEmpty() && target.IsEmpty() && zeroed == nullptr);
 }
 
-TEST(StringW, OffersItsManagerToOthers) {
+TEST(StringW, HasAManagerThatOthersCanUse) {
   ATL::StringManager& manager = *ATL::HeapStringManager::Instance();
   for (const int units : {-1, INT_MAX}) EXPECT_EQ(manager.Allocate(units, 2), nullptr) << units;
   ATL::StringHeader* const header = manager.Reallocate(manager.Allocate(2, 2), 5000, 2);
@@ -52,20 +53,20 @@ TEST(ComBstr, OwnsItsText) {
   EXPECT_NE(copy.m_str, text.m_str);
   copy = *std::addressof(copy);
   text.Attach(text.m_str);
-  EXPECT_NE(CComBSTR(L"new").m_str, text.m_str) << "still allocated";
+  EXPECT_NE(CComBSTR(L"new").m_str, text.m_str) << "attaching its own text does not free it";
   EXPECT_EQ(std::wstring(copy, copy.Length()), std::wstring(L"a\0b", 3));
   CComBSTR moved(std::move(text));
   EXPECT_TRUE(!text && !(copy = null));
   EXPECT_NE(CComBSTR(L"").m_str, nullptr);
 }
 
-TEST(HeapAllocator, RefusesWhatWrapsAround) {
+TEST(HeapAllocator, RefusesCountsThatOverflow) {
   for (std::size_t count : {SIZE_MAX / 4 + 2, SIZE_MAX / 4}) {
     EXPECT_THROW((void)HeapAllocator<long>().allocate(count), std::bad_alloc) << count;
   }
 }
 
-TEST(ResultCodes, AreThoseOfThePublicHeaderAndNoOthers) {
+TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
   std::map<std::string, int> declared = {{"E_NOTIMPL", E_NOTIMPL},
                                          {"BROKER_UNKNOWN_COMMAND", wire::kUnknownCommand},
                                          {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},

@@ -1,5 +1,5 @@
-# The suites that need Windows. Those that change the log level run in a Wine prefix of their own; in
-# the common one every suite sets VERBOSE.
+# The suites that need Windows. The suites that change the log level run in a Wine prefix of their own.
+# In the shared prefix every suite sets the level to VERBOSE.
 set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
@@ -16,7 +16,8 @@ tessel_test(exports LIBRARIES version)
 add_dependencies(exports_test TesselSLB)
 configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONLY)
 
-# The programs around the module. They are found by name, in the same places by every suite.
+# test_parts stands in for the programs around the module. The module finds those by name in fixed
+# places, so suites that use them run one at a time (RESOURCE_LOCK).
 add_executable(test_parts parts.cpp)
 target_include_directories(test_parts PRIVATE .)
 target_link_libraries(test_parts PRIVATE tessel_wire)
@@ -33,12 +34,13 @@ foreach(tool scenebroker inspector)
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 tessel_test(windows LIBRARIES TesselSLB)
-# Its content without an address has the pipe of all those without a known prefix.
+# The lock is needed because content without an address uses the same pipe as content whose address has
+# no known scheme.
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 
-# Scripts around a broker: Ctrl-C, and clients that know the module from outside, of the installed
-# tree and of Microsoft's compiler.
+# Tests that are scripts around a broker: Ctrl-C, clients of the installed tree, and a client for
+# Microsoft's ABI.
 foreach(script ctrl_c install msabi)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)

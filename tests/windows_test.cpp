@@ -1,5 +1,5 @@
-// The additional windows: real windows, message loops and threads. Two processes of them meet in
-// the scene broker's suite.
+// Tests the additional windows, with real windows, message loops and threads. The suite scenebroker
+// tests them between two processes.
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -11,7 +11,7 @@
 namespace {
 
 using testing::ElementsAre;
-using Received = std::tuple<HWND, UINT, WPARAM, LPARAM, DWORD>;  // and on which thread
+using Received = std::tuple<HWND, UINT, WPARAM, LPARAM, DWORD>;  // the last one is the thread
 
 const LogCapture capture;
 std::vector<Received> received;
@@ -22,7 +22,7 @@ LONG_PTR __stdcall Receive(HWND window, UINT message, WPARAM wparam, LPARAM lpar
   return callbackResult;
 }
 
-// As the log prints an address.
+// Returns an address as the log prints it.
 template <class T>
 std::string Address(T* pointer) {
   char text[32];
@@ -30,7 +30,7 @@ std::string Address(T* pointer) {
   return text;
 }
 
-TEST(AdditionalWindow, HandsItsMessagesToItsCallbackOnItsThread) {
+TEST(AdditionalWindow, PassesItsMessagesToItsCallbackOnItsThread) {
   const HWND window = AdditionalWindow_Create(4);
   EXPECT_EQ(::GetWindowLongW(window, GWL_STYLE) & (WS_POPUP | WS_CHILD | WS_VISIBLE), WS_POPUP);
   RECT rect = {};
@@ -50,7 +50,7 @@ TEST(AdditionalWindow, HandsItsMessagesToItsCallbackOnItsThread) {
                   "ERROR Prepare to call callback " + callback + " (additional window #4)",
                   "ERROR Callback " + callback + " returned 0"));
 
-  // The system's own answer to this message is 1.
+  // The module answers a handled message with 0. The system's own answer to this message is 1.
   for (const auto& [result, answer] : {std::pair(-1ll, 0), {1ll << 32, 1}, {0ll, 1}}) {
     callbackResult = result;
     EXPECT_EQ(::SendMessageW(window, WM_QUERYOPEN, 0, 0), answer) << result;
@@ -60,10 +60,10 @@ TEST(AdditionalWindow, HandsItsMessagesToItsCallbackOnItsThread) {
   EXPECT_EQ(received.size(), 4u);
 }
 
-TEST(AdditionalWindow, KeepsItsPlaceUntilItIsDestroyedThroughTheModule) {
+TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   const HWND gone = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  ::DestroyWindow(gone);  // behind the table's back
+  ::DestroyWindow(gone);  // without the module, so its table still has the window
   LogCapture::Reset();
   EXPECT_EQ(AdditionalWindow_Create(3), nullptr);
   EXPECT_FALSE(AdditionalWindow_PostMessage(3, WM_APP, 0, 0));
@@ -73,11 +73,11 @@ TEST(AdditionalWindow, KeepsItsPlaceUntilItIsDestroyedThroughTheModule) {
   EXPECT_TRUE(AdditionalWindow_Destroy(3));
   const HWND window = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  // The table forgets the window, which lives on: its thread alone can destroy it.
+  // Another thread cannot destroy the window, so it still exists. The table forgets it anyway.
   std::thread([] { EXPECT_TRUE(AdditionalWindow_Destroy(3)); }).join();
   received.clear();
   const HWND next = AdditionalWindow_Create(3);
-  ::SendMessageW(next, WM_APP, 1, 0);  // its predecessor's callback is not its own
+  ::SendMessageW(next, WM_APP, 1, 0);  // the new window does not have the old window's callback
   AdditionalWindow_RegisterCallback(3, &Receive);
   ::SendMessageW(window, WM_APP, 2, 0);
   ::SendMessageW(next, WM_APP, 3, 0);

@@ -1,4 +1,4 @@
-// A host in C: both headers for hosts, a call of each kind, a window's callback.
+// A host in C. Includes both headers for hosts, and calls functions of each kind.
 #include <TesselHost.h>
 #include <TesselTrace.h>
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: installs the build into a tree, moves the tree and compiles each of its headers alone, the
-# hosts' headers in C too. Builds a client by CMake and by pkg-config, and runs it against the tree's broker.
+# run.sh BUILD: installs the build into a folder and moves that. Compiles each installed header alone,
+# and the headers for hosts as C too. Builds a client with CMake and with pkg-config, and runs it
+# against the installed broker.
 set -eu
 build=$1
 work=$build/install-test
@@ -15,12 +16,12 @@ cmake --install "$build" --prefix "$work/made" >/dev/null
 tree="$work/moved tree"
 mv "$work/made" "$tree"
 grep -rF "$root" "$tree/include" "$tree/lib/cmake" "$tree/lib/pkgconfig" &&
-  fail "the tree names the folder that it was made in"
+  fail "installed files hold the path of the source folder"
 
 library=$("$gcc" -print-file-name=include/c++)
 clang=(clang++ --target=x86_64-w64-mingw32 -nostdinc++ -isystem "$library"
        -isystem "$library/x86_64-w64-mingw32" -isystem "$library/backward")
-# compile STANDARD HEADER...: one source that includes these and nothing else, with both compilers.
+# compile STANDARD HEADER...: compiles a source that includes only these headers, with both compilers.
 compile() {
   local flags=("-std=c++$1" -Wall -Wextra -Wpedantic -Werror -fsyntax-only "-I$tree/include")
   printf '#include <%s>\n' "${@:2}" >"$work/source.cpp"
@@ -33,7 +34,7 @@ for header in "${headers[@]}"; do compile 17 "$header"; done
 compile 20 windows.h "${headers[@]}"
 compile 20 windows.h $(printf '%s\n' "${headers[@]}" | tac)
 
-# What a host in C includes.
+# A host in C.
 for compiler in x86_64-w64-mingw32-gcc-posix 'clang --target=x86_64-w64-mingw32'; do
   $compiler -std=c11 -Wall -Wextra -Werror -pedantic "-I$tree/include" -c "$root/tests/install/host.c" \
     -o "$work/host.obj" || fail "does not compile as C11: $compiler"
@@ -41,9 +42,9 @@ done
 
 cmake -S "$root/tests/install" -B "$work/cmake" -G Ninja -DCMAKE_SYSTEM_NAME=Windows \
   -DCMAKE_CXX_COMPILER=$gcc -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
-  cmake --build "$work/cmake" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "by CMake"; }
+  cmake --build "$work/cmake" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "CMake"; }
 options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'TesselSLB >= 1.0')
-eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "by pkg-config"
+eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "pkg-config"
 eval "x86_64-w64-mingw32-gcc-posix -o '$work/host.exe' '$work/host.obj' $options" || fail "a host in C"
 
 start_broker "$tree/bin" http://install.example/
@@ -51,5 +52,5 @@ for client in "$work/cmake/client.exe" "$work/client.exe"; do
   output=$(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$client" "$(fact window)" | tr -d '\r')
   [ "$output" = 'user 0 TextBox' ] || fail "$client: $output"
 done
-(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$work/host.exe") || fail "the host in C: $?"
+(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$work/host.exe") || fail "the host in C ended with $?"
 stop_broker 2

@@ -1,5 +1,5 @@
-// The interface as a client of Microsoft's compiler sees it. Declared here once more, from layouts
-// and names alone, so that nothing but the binary interface is shared with the module.
+// The module's interface, declared a second time for a client that is built for Microsoft's ABI. It
+// includes no header of the module, so the two share only the binary interface.
 #pragma once
 
 using DWORD = unsigned long;
@@ -11,7 +11,7 @@ struct tagRECT {
   long left, top, right, bottom;
 };
 
-// A text's pointer leads to its first unit; this stands before it.
+// A text is a pointer to its first character. This header lies in memory just before it.
 struct TextHeader {
   struct TextManager* manager;
   int length, capacity;

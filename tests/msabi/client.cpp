@@ -1,6 +1,6 @@
-// Every element function of the module against a broker that serves the sign-in form in the window
-// that the environment names. Linked without a C++ runtime; what it prints is in expected.txt. It
-// returns how many of its texts were not freed.
+// Calls every element function of the module and prints the results, which expected.txt holds. The
+// environment variable WINDOW names the window in which a broker serves the sign-in form. The
+// client has no C++ runtime. Its exit code is the number of texts that were not freed.
 #include "Interface.h"
 
 namespace api = TesselSilverlight;
@@ -19,7 +19,7 @@ struct TextManager {
   virtual TextHeader* GetNilString() noexcept { return Allocate(0, sizeof(wchar_t)); }
   virtual TextManager* Clone() noexcept { return this; }
 
-  int buffers = 0;  // that are not freed yet
+  int buffers = 0;  // allocated and not yet freed
 };
 
 namespace {
@@ -61,7 +61,7 @@ void ShowAndFree(Vector<T> vector) {
   printf("storage freed: %d\n", HeapFree(GetProcessHeap(), 0, vector.first));
 }
 
-// Each way in which the module replaces the text of a record.
+// Shows each way in which the module replaces the text of a record.
 void ShowTexts() {
   SLElemData from = Record(), found = Record(L"replaced"), locked = Record(), copied = Record(L"");
   Show("GetElemFromPoint", api::GetElemFromPoint(from, {150, 130}, 0 /*option*/, found));
@@ -101,7 +101,7 @@ void ShowReading(const SLElemData& user) {
   ShowAndFree(parent);
 }
 
-// Among the vectors is one that is full: what the module appends needs storage of its own.
+// One of the vectors is full, so the module must allocate new storage to append to it.
 void ShowVectors(const SLElemData& user, const SLElemData& branch) {
   auto* storage = static_cast<SLElemData*>(HeapAlloc(GetProcessHeap(), 0, sizeof(SLElemData)));
   *storage = Record();

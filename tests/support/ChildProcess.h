@@ -1,4 +1,4 @@
-// A real process that a test starts, reads from and, at the latest in its own destruction, ends.
+// A process that a test starts and reads from. The destructor ends it if it still runs.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +12,7 @@ class ChildProcess {
   explicit ChildProcess(std::wstring commandLine) {
     SECURITY_ATTRIBUTES inherit = {sizeof(inherit), nullptr, TRUE};
     HANDLE childOutput = nullptr;
-    // Room for a child that a test reads only at the end.
+    // The pipe holds 1 MiB, so that a child does not block if the test reads its output late.
     ::CreatePipe(&output_, &childOutput, &inherit, 1 << 20);
     ::SetHandleInformation(output_, HANDLE_FLAG_INHERIT, 0);
     STARTUPINFOW startup = {};
@@ -36,11 +36,12 @@ class ChildProcess {
 
   DWORD Id() const { return process_.dwProcessId; }
 
-  // The next line that the child prints, without its end; empty at the end of its output.
+  // Returns the next line that the child prints, without the line break. Returns an empty text at
+  // the end of the output.
   std::string ReadLine() { return ReadUntil('\n'); }
   std::string ReadToEnd() { return ReadUntil('\0'); }
 
-  // Its exit code; STILL_ACTIVE when it does not end in time.
+  // Returns the exit code, or STILL_ACTIVE if the process has not ended in time.
   DWORD Wait(DWORD milliseconds = 30000) {
     ::WaitForSingleObject(process_.hProcess, milliseconds);
     DWORD code = 0;
@@ -51,7 +52,7 @@ class ChildProcess {
   void Kill() { ::TerminateProcess(process_.hProcess, 99); }
 
  private:
-  // Line breaks come as "\n".
+  // Removes carriage returns.
   std::string ReadUntil(char end) {
     std::string text;
     DWORD read = 0;
@@ -65,7 +66,8 @@ class ChildProcess {
   PROCESS_INFORMATION process_ = {};
 };
 
-// "build/…/bin/" of the running test, where its parts lie too.
+// Returns the folder of the running test, with a backslash at the end. The stand-in programs lie
+// there too.
 inline std::wstring TestFolder() {
   wchar_t path[MAX_PATH] = {};
   ::GetModuleFileNameW(nullptr, path, MAX_PATH);

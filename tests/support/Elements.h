@@ -1,4 +1,4 @@
-// Element records, and a broker in a process of its own that they are asked of.
+// Helpers for element records, and a broker in a process of its own.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -22,13 +22,13 @@ inline const std::string kOwnId = std::to_string(::GetCurrentProcessId());
 
 inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
 
-// With ' in place of ".
+// Replaces each ' with ".
 inline std::string WithQuotes(std::string text) {
   std::replace(text.begin(), text.end(), '\'', '"');
   return text;
 }
 
-// A broker in a process of its own that gives these answers in turn.
+// A broker in a process of its own that sends the given answers one after the other.
 class ScriptedBroker : public ChildProcess {
  public:
   ScriptedBroker(SLUriScheme scheme, const std::wstring& address,
@@ -60,12 +60,12 @@ inline SLElemData Element(const std::wstring& address, const wchar_t* id,
   return element;
 }
 
-// Drops the object without a call to the broker.
+// Clears the id, so that the record's destructor sends no release.
 inline void Forget(SLElemData& element) {
   ::SysFreeString(std::exchange(element.objectId, nullptr));
 }
 
-// "process scheme address id" of an out record, which is then forgotten.
+// Returns "process scheme address id" of a record that a call has filled, and forgets the record.
 inline std::string Taken(SLElemData& element) {
   const std::string text = std::to_string(element.processId) + ' ' +
                            std::to_string(element.uriScheme) + ' ' + Narrow(element.sourceUri) +
@@ -74,7 +74,7 @@ inline std::string Taken(SLElemData& element) {
   return text;
 }
 
-// The error lines but for those of the records that the calls drop.
+// Returns the error lines, except those of records that were destroyed without being valid.
 inline Texts Errors() {
   Texts lines = LogCapture::Messages();
   std::erase(lines, "ERROR Invalid SL object");
@@ -82,9 +82,9 @@ inline Texts Errors() {
 }
 
 inline const std::string kFailed = "ERROR SendMessageToBroker failed with ";
-inline const std::string kKept = "77 0 old kept";  // an out record as it was
+inline const std::string kKept = "77 0 old kept";  // Taken() of an unchanged record
 
-// Asks for the element at 3,-4: the code, and what the out record then holds.
+// Finds the element at 3,-4. Returns the code and the fields of the record found.
 inline std::string Point(SLElemData& element) {
   SLElemData found = Element(L"old", L"kept", SL_NO_URI);
   found.rect = {1, 2, 3, 4};
@@ -101,7 +101,8 @@ inline std::string SidesOf(const RECT& rect) {
   return text;
 }
 
-// The code, and what becomes of a rectangle of nines.
+// Reads the rectangle. Returns the code and the rectangle, which is 9 9 9 9 if the call did not set
+// it.
 inline std::string RectangleOf(SLElemData& element) {
   RECT rect = {9, 9, 9, 9};
   const int code = TesselSilverlight::GetElemRectangle(element, rect);

@@ -1,6 +1,6 @@
-// Collects this process's log lines where they leave it: as the debugger output of every thread.
-// Asks the registry for all of them unless told not to; the level is the same for every suite in
-// the prefix.
+// Collects the log lines of this process, from the debugger output of all its threads. Sets the log
+// level in the registry to VERBOSE unless told otherwise. All suites in a Wine prefix share the
+// level.
 #pragma once
 
 #include <windows.h>
@@ -22,14 +22,14 @@ class LogCapture {
     Reset();
   }
 
-  // The user's, or the value of another key. Null deletes the value.
+  // Sets the user's level, or the value below another key. Null deletes the value.
   static void SetLevel(const char* level, HKEY root = HKEY_CURRENT_USER,
                        const char* key = "Environment", DWORD type = REG_SZ) {
     if (level == nullptr) {
       ::RegDeleteKeyValueA(root, key, "TESSEL_LOG_LEVEL");
       return;
     }
-    // Over the old value: other suites of the prefix never see none.
+    // Overwrites the old value without deleting it, so that other suites never find it missing.
     const auto size = static_cast<DWORD>(std::strlen(level) + 1);
     ::RegSetKeyValueA(root, key, "TESSEL_LOG_LEVEL", type, level, size);
   }
@@ -39,18 +39,18 @@ class LogCapture {
     lines_.clear();
   }
 
-  // Called with each line on the thread that logs it, which stands still until it returns: so a
-  // test holds a call at a known point.
+  // If set, it is called with each line on the thread that logs it. A test can hold a call at a
+  // known point in this way.
   static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 
-  // Whole lines as they came, "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".
+  // Returns the whole lines: "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".
   static std::vector<std::string> Lines() {
     const std::lock_guard lock(mutex_);
     return lines_;
   }
 
-  // "LEVEL message" of each line of that level or above, in order: what tables compare. All
-  // threads' lines, or those of one.
+  // Returns "LEVEL message" for each line of level `lowest` or above, in order. If `thread` is not
+  // 0, returns only the lines of that thread.
   static std::vector<std::string> Messages(const std::string& lowest = "ERROR", DWORD thread = 0) {
     static const std::string kLevels[] = {"VERBOSE1", "INFO", "WARNING", "ERROR", "FATAL"};
     const auto rank = [](const auto& level) { return std::ranges::find(kLevels, level); };
@@ -79,7 +79,8 @@ class LogCapture {
       return EXCEPTION_CONTINUE_SEARCH;
     }
     const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
-    // The test framework sends its failures the same way; they do not begin with a thread.
+    // The test framework sends its failures in the same way, but they do not begin with a thread
+    // id.
     if (*text != '{') return EXCEPTION_CONTINUE_EXECUTION;
     {
       const std::lock_guard lock(mutex_);

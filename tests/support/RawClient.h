@@ -1,4 +1,4 @@
-// A client of a broker's pipe that knows nothing of the module.
+// A client that opens a broker's pipe itself, without the module.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,8 @@
 
 #include "wire/Addresses.h"
 
-// Of a content without an address; any other address adds to it.
+// The tailored pipe of content without an address. For other content, the cleaned address is
+// appended.
 inline const std::wstring kTailoredPipe = wire::PipeName(SL_TAILORED_URI, L"");
 
 class RawClient {
@@ -31,17 +32,17 @@ class RawClient {
     pipe_ = INVALID_HANDLE_VALUE;
   }
 
-  // Does not wait: the pipe has no buffer, so the message goes when the server reads. Once a
-  // client.
+  // Starts to send and returns at once. The pipe has no buffer, so the server receives the message
+  // when it reads. Call it once per client.
   void Send(const std::wstring& text) {
     text_ = text;
     const auto size = static_cast<DWORD>(text_.size() * sizeof(wchar_t));
     const bool started = ::WriteFile(pipe_, text_.data(), size, nullptr, &sending_) ||
                          ::GetLastError() == ERROR_IO_PENDING;
-    if (!started) text_.clear();  // a wait for it would not end
+    if (!started) text_.clear();  // Leave() must not wait for a write that did not start
   }
 
-  // Empty when the server hangs up.
+  // Returns an empty text if the server disconnects.
   std::wstring Receive() {
     wchar_t text[2000] = {};
     OVERLAPPED receiving = {0, 0, {{0, 0}}, received_.get()};

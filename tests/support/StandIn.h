@@ -1,5 +1,6 @@
-// A stand-in for a program that the module starts: test_parts under that program's name, gone with
-// the test. It writes what it was started with into a file beside it, found by an id.
+// A stand-in for a program that the module starts. It is test_parts, copied under that program's
+// name and deleted by the destructor. The program records how it was started in a file, named by an
+// id.
 #pragma once
 
 #include <windows.h>
@@ -16,7 +17,7 @@ class StandIn {
   // `kind` is "sllauncher" or "slinject".
   explicit StandIn(const std::wstring& kind) : kind_(kind) {
     std::filesystem::create_directories(folder_);
-    // Over what a test that was killed has left.
+    // Overwrites a copy that a killed test has left.
     ::CopyFileW((TestFolder() + L"test_parts.exe").c_str(), Program().c_str(), FALSE);
   }
   ~StandIn() {
@@ -33,12 +34,13 @@ class StandIn {
 
   std::filesystem::path Program() const { return folder_ / (kind_ + L".exe"); }
 
-  // Command line, directory, "flags show-command", process; an injector adds "end".
+  // Returns, for each start, the lines: command line, folder, "flags show-command", process id. An
+  // injector adds "end" when it ends.
   Texts Record(const std::wstring& id) const {
     return Split(FileText(folder_ / (kind_ + L"-" + id + L".txt")), "\n");
   }
 
-  // For an injector: how long it takes, its exit code, and the broker that it starts.
+  // Sets, for an injector, how long it takes, its exit code, and the broker that it starts.
   void Prepare(int process, DWORD milliseconds, int exitCode,
                const std::wstring& brokerCommand = L"") const {
     std::ofstream(folder_ / (kind_ + L"-" + std::to_wstring(process) + L".in"))

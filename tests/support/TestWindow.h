@@ -1,4 +1,4 @@
-// A real top-level window with a child, on a thread of its own that dispatches messages.
+// A top-level window with a child window, on a thread of its own that dispatches messages.
 #pragma once
 
 #include <windows.h>
@@ -23,7 +23,8 @@ class TestWindow {
   HWND Top() const { return top_; }
   HWND Child() const { return child_; }
 
-  // What has arrived since the last time; everything posted before the call is in it.
+  // Returns the messages since the last call, including everything that was posted before this
+  // call.
   Messages TakeMessages() const {
     std::promise<Messages> taken;
     ::PostMessageW(top_, kTake, 0, reinterpret_cast<LPARAM>(&taken));

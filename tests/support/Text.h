@@ -1,4 +1,4 @@
-// Texts in pieces and in files.
+// Splits texts and reads text files.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +12,7 @@
 
 using Texts = std::vector<std::string>;
 
-// Nothing of an empty text, and no piece behind a mark at the end.
+// Returns no pieces for an empty text. A mark at the end adds no empty piece.
 inline Texts Split(const std::string& text, const std::string& mark) {
   Texts pieces;
   for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + mark.size()) {

@@ -1,4 +1,4 @@
-// The two tools as processes that a test starts, asks and ends.
+// Starts the two tools as processes, and reads their output.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@
 #include "support/RawClient.h"
 #include "tools/shared/ConsoleText.h"
 
-// As an argument, which its process reads back as the same text.
+// Returns the text as a quoted argument of a command line.
 inline std::wstring Quoted(const std::string& text) {
   std::wstring argument = L" \"";
   std::size_t backslashes = 0;
@@ -25,7 +25,7 @@ inline std::wstring Quoted(const std::string& text) {
   return argument.append(backslashes, L'\\') + L'"';
 }
 
-// Exit code and output. What a tool says of its waiting on a busy machine is left out.
+// Returns exit code and output, without the notices that tessel prints when a call takes long.
 inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine) {
   ChildProcess process(TestFolder() + commandLine);
   std::string text = process.ReadToEnd();
@@ -34,7 +34,7 @@ inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine)
   return {process.Wait(), text};
 }
 
-// Expects the whole output of a success, a part of that of a failure.
+// Expects exactly `output` if `code` is 0. Otherwise expects that the output contains it.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
   const auto [exitCode, text] = ToolOutput(commandLine);
   EXPECT_EQ(exitCode, code) << tools::Narrow(commandLine);
@@ -49,7 +49,7 @@ struct SceneFile {
                                      (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
 };
 
-// A SceneBroker that is ready, with the facts that it printed.
+// A running SceneBroker and the facts that it printed. The constructor waits until it is ready.
 class SceneBroker : public ChildProcess {
  public:
   explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
@@ -59,7 +59,7 @@ class SceneBroker : public ChildProcess {
     }
   }
 
-  // The first of a key, or a later one.
+  // Returns the first fact with this key, or a later one.
   const std::string& Fact(const std::string& key, int index = 0) const {
     const auto [first, last] = facts_.equal_range(key);
     if (std::distance(first, last) <= index)
@@ -67,7 +67,7 @@ class SceneBroker : public ChildProcess {
     return std::next(first, index)->second;
   }
 
-  // A request's text, in which '?' stands for the broker's process.
+  // Returns the request with '?' replaced by the broker's process id.
   std::string Request(const std::string& text) const {
     return std::regex_replace(text, std::regex("[?]"), Fact("process"));
   }
@@ -78,13 +78,13 @@ class SceneBroker : public ChildProcess {
     return tools::Narrow(client.Receive());
   }
 
-  // Runs the inspector's command on its window, or on another one.
+  // Returns a command line of the inspector, for this broker's window or for another window.
   std::wstring InspectorLine(const std::string& command, const std::string& window = "") const {
     return L"tessel.exe " + tools::Wide(command) + L" --address" + Quoted(Fact("address")) +
            L" --window" + Quoted(window.empty() ? Fact("window") : window);
   }
 
-  // The lines behind the served ones, after its window was closed.
+  // Closes the broker's window and returns the lines of its summary.
   std::string CloseAndReadSummary() {
     ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
     std::string output = ReadToEnd();

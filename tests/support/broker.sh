@@ -1,5 +1,5 @@
-# Sourced by the tests that are shell scripts: a SceneBroker that serves the sign-in form under an
-# address of the test's own. The test sets `work`, a folder of its own.
+# Sourced by the tests that are shell scripts. Starts a SceneBroker that serves the sign-in form under
+# another address. The test sets `work` to a folder of its own.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
@@ -8,20 +8,20 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 # need PROGRAM PACKAGE
 need() { command -v "$1" >/dev/null || fail "no $1: install $2"; }
 
-# start_broker FOLDER ADDRESS: the programs' folder; the address takes the place of the form's own. A
-# root in front of the form's gives that one a position other than 0.
+# start_broker FOLDER ADDRESS: starts the broker of that folder. The address replaces the form's own. An
+# extra root element is put first, so that the form's root has position 1.
 start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
     "$root/tools/scenes/login.json" >"$work/scene.json"
-  # Here, not only by the job, which may come after the first look into it.
+  # Makes the file now, because the background job may create it only after the first look.
   : >"$work/broker.txt"
   "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$work/scene.json" >"$work/broker.txt" &
   broker=$!
   wait_for ready
 }
 
-# wait_for LINE: until the broker has printed one that begins so.
+# wait_for TEXT: waits until the broker has printed a line that begins with this text.
 wait_for() {
   until grep -q "^$1" "$work/broker.txt"; do
     kill -0 "$broker" || fail "the broker ended before '$1'"
@@ -29,12 +29,12 @@ wait_for() {
   done
 }
 
-# fact KEY: what the broker prints behind it.
+# fact KEY: prints the value that the broker printed for the key.
 fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$work/broker.txt"; }
 
 summary() { tr -d '\r' <"$work/broker.txt" | sed -n '/^handed out/,$p' | paste -sd ,; }
 
-# stop_broker COUNT: it must have handed out so many objects and have got each of them back.
+# stop_broker COUNT: ends the broker. It must have handed out COUNT objects, all released.
 stop_broker() {
   kill -INT "$broker"
   wait "$broker" || fail "the broker ended with $?"
