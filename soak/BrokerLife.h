@@ -1,4 +1,4 @@
-// One life of a scene broker.
+// The conductor's process. One life of a SceneBroker process, from its start to its end.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace soak {
 
 class BrokerLife {
  public:
-  // Waits until it serves.
+  // Starts the broker and waits until it serves.
   BrokerLife(DWORD run, int broker);
 
   const std::wstring& PipeName() const { return pipeName_; }
@@ -19,7 +19,8 @@ class BrokerLife {
   void Kill() const;
   void Suspend() const { program_.Suspend(); }
   void Resume() const { program_.Resume(); }
-  // False if it did not end well or objects were not released. No client may hold one.
+  // Closes the broker's window and waits for its end. Returns false if it ends with an error or if
+  // objects were not released. No client may hold an object.
   bool CloseInOrder() const;
 
  private:

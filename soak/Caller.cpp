@@ -38,7 +38,7 @@ std::wstring IdOf(const SLElemData& element) {
   return {element.objectId, ::SysStringLen(element.objectId)};
 }
 
-// The record names no object any more: nothing is released with it.
+// Clears the id, so that the record's destructor sends no release.
 void Forget(SLElemData& record) { ::SysFreeString(std::exchange(record.objectId, nullptr)); }
 
 HWND WindowOf(const Life& life) { return reinterpret_cast<HWND>(ULONG_PTR{life.window}); }
@@ -50,7 +50,7 @@ void Caller::Step(bool calm) {
   SLElemData element;
   const bool isHandedOut = !calm && element_ != kUnknown && IsHandedOut(element);
   if (!isHandedOut) {
-    // What is tried next is the call about it.
+    // Makes the record itself, so that the next call meets an element that was not handed out.
     Forget(element);
     element = Content();
     element.objectId = ::SysAllocString(ElementId(broker_, element_).c_str());
@@ -82,7 +82,7 @@ void Caller::ChooseElement() {
   const Life now = state_.brokers[broker_].life;
   Life& known = lives_[broker_];
   if (now.process != known.process) formerLives_[broker_] = std::exchange(known, now);
-  // Some hold records of the life before.
+  // In some steps the caller uses a record of the broker's former life.
   const Life& former = formerLives_[broker_];
   life_ = former.process != 0 && Random(20) == 0 ? former : known;
 }

@@ -1,5 +1,5 @@
-// One thread of a client: makes calls of every kind, knows what each has to bring, and gives back
-// what it was handed.
+// The client's process. One thread of a client: makes calls of every kind, checks their results,
+// and releases the elements that it received.
 #pragma once
 
 #include <random>
@@ -16,8 +16,8 @@ class Caller {
  public:
   Caller(SharedState& state, DWORD run, unsigned seed) : state_(state), run_(run), random_(seed) {}
 
-  // Some calls about one element. Holds nothing before and after; a calm step is handed nothing
-  // either.
+  // Makes some calls about one element. Holds no element before and after the step. A calm step
+  // receives no element at all.
   void Step(bool calm);
 
  private:
@@ -29,11 +29,12 @@ class Caller {
   SLElemData Content() const;
   bool IsHandedOut(SLElemData& element);
 
-  // Makes the call; true when what it brought has to be right.
+  // Makes the call and judges its code. Returns true if its outputs must be right.
   template <class Function>
   bool Succeeds(const Operation& operation, int status, Function function);
   void Expect(bool right, const Operation& operation);
-  // What a broker says of the chosen element, when it would say this of one that it knows.
+  // Returns the status that the broker answers for the chosen element: `known` if the scene has the
+  // element.
   int StatusOf(int known) const;
   int StatusOfStates() const;
 
@@ -47,7 +48,7 @@ class Caller {
   const DWORD run_;
   std::minstd_rand random_;
   Life lives_[kBrokers] = {}, formerLives_[kBrokers] = {};
-  // What the step is about.
+  // The broker, the element and the broker's life that the step is about.
   int broker_ = 0;
   int element_ = 0;
   Life life_ = {};

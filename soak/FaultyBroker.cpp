@@ -9,14 +9,14 @@ namespace soak {
 
 namespace {
 
-constexpr DWORD kNonsenseMilliseconds = 150;  // of each kind
-constexpr int kNonsenseKinds = 8;             // at a time
-// Longer than a call waits for a connection, or for an answer.
+constexpr DWORD kNonsenseMilliseconds = 150;  // for each kind
+constexpr int kNonsenseKinds = 8;             // per fault
+// Longer than a call waits for a connection or for an answer.
 constexpr DWORD kSilentMilliseconds = wire::kPipeTimeoutMilliseconds + 2000;
 
 }  // namespace
 
-void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
+void FaultyBroker::RunFault(Fault fault, std::minstd_rand& random) {
   switch (fault) {
     case Fault::kEndInOrder:
       AwaitCalm();
@@ -28,15 +28,15 @@ void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
       ::Sleep(random() % 500);
       break;
     case Fault::kSuspend: {
-      Told().Enter(PhaseKind::kSuspended, life_->Facts().process);
+      Phases().Enter(PhaseKind::kSuspended, life_->Facts().process);
       life_->Suspend();
       ::Sleep(random() % 1500);
       life_->Resume();
-      Told().Enter(PhaseKind::kServing, life_->Facts().process);
+      Phases().Enter(PhaseKind::kServing, life_->Facts().process);
       return;
     }
     case Fault::kNonsense:
-      TellNonsense(kNonsenseKinds, random);
+      SendNonsense(kNonsenseKinds, random);
       break;
     case Fault::kVanish:
       Impersonate(PhaseKind::kVanishing, 300 + random() % 1000, random);
@@ -54,36 +54,37 @@ void FaultyBroker::Suffer(Fault fault, std::minstd_rand& random) {
   Start();
 }
 
-void FaultyBroker::TellAllNonsense(std::minstd_rand& random) {
-  TellNonsense(static_cast<int>(AllNonsense().size()), random);
+void FaultyBroker::SendAllNonsense(std::minstd_rand& random) {
+  SendNonsense(static_cast<int>(AllNonsense().size()), random);
   Start();
 }
 
 void FaultyBroker::EndInOrder() {
-  Told().Enter(PhaseKind::kEnding, life_->Facts().process);
+  Phases().Enter(PhaseKind::kEnding, life_->Facts().process);
   ++ended_;
   if (!life_->CloseInOrder()) ++unbalanced_;
   AwaitNoPipe(pipeName_);
-  Told().Enter(PhaseKind::kAbsent);
+  Phases().Enter(PhaseKind::kAbsent);
 }
 
 void FaultyBroker::Start() {
-  Told().Enter(PhaseKind::kStarting);
+  Phases().Enter(PhaseKind::kStarting);
   life_.reset();
   life_ = std::make_unique<BrokerLife>(run_, broker_);
   pipeName_ = life_->PipeName();
-  Told().Enter(PhaseKind::kServing, life_->Facts().process);
+  Phases().Enter(PhaseKind::kServing, life_->Facts().process);
   state_.brokers[broker_].life = life_->Facts();
 }
 
 void FaultyBroker::Kill() {
-  Told().Enter(PhaseKind::kEnding, life_->Facts().process);
+  Phases().Enter(PhaseKind::kEnding, life_->Facts().process);
   life_->Kill();
   AwaitNoPipe(pipeName_);
-  Told().Enter(PhaseKind::kAbsent);
+  Phases().Enter(PhaseKind::kAbsent);
 }
 
-// Calls go on, but for those that are handed out something: a life's balance is asked for.
+// Waits until no client holds an element, because the broker's summary must show that all were
+// released. Clients still make calls that receive no element.
 void FaultyBroker::AwaitCalm() {
   state_.wantCalm = 1;
   for (int i = 0; i < 6000 && state_.calmThreads < kClients * kThreads; ++i) ::Sleep(10);
@@ -93,25 +94,25 @@ void FaultyBroker::AwaitCalm() {
 void FaultyBroker::Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_rand& random) {
   Kill();
   auto impostor = std::make_unique<Impostor>(pipeName_);
-  Told().Enter(kind);
+  Phases().Enter(kind);
   impostor->Serve({kind, 0}, milliseconds, random);
   End(std::move(impostor));
 }
 
-void FaultyBroker::TellNonsense(int kinds, std::minstd_rand& random) {
+void FaultyBroker::SendNonsense(int kinds, std::minstd_rand& random) {
   Kill();
   auto impostor = std::make_unique<Impostor>(pipeName_);
   for (int i = 0; i < kinds; ++i) {
     const Phase phase = {PhaseKind::kNonsense, static_cast<DWORD>(nextNonsense_)};
     nextNonsense_ = (nextNonsense_ + 1) % AllNonsense().size();
-    Told().Enter(phase.kind, phase.detail);
+    Phases().Enter(phase.kind, phase.detail);
     impostor->Serve(phase, kNonsenseMilliseconds, random);
   }
   End(std::move(impostor));
 }
 
 void FaultyBroker::End(std::unique_ptr<Impostor> impostor) {
-  Told().Enter(PhaseKind::kClosing);
+  Phases().Enter(PhaseKind::kClosing);
   impostor.reset();
   AwaitNoPipe(pipeName_);
 }

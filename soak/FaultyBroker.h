@@ -1,4 +1,5 @@
-// A broker that fails in every way, each told to the clients beforehand.
+// The conductor's process. A broker that fails in every way. Each change is announced to the
+// clients before it happens.
 #pragma once
 
 #include <memory>
@@ -13,7 +14,7 @@ enum class Fault {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // some kinds of it, from where it stopped the last time
+  kNonsense,  // sends the next few kinds of nonsense
   kVanish,
   kHangUp,
   kSlow,
@@ -31,23 +32,23 @@ class FaultyBroker {
     Start();
   }
 
-  // Serves again afterwards.
-  void Suffer(Fault fault, std::minstd_rand& random);
-  void TellAllNonsense(std::minstd_rand& random);
-  // For good. Clients hold nothing.
+  // Runs a fault. The broker serves again when the function returns.
+  void RunFault(Fault fault, std::minstd_rand& random);
+  void SendAllNonsense(std::minstd_rand& random);
+  // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // Lives that ended in order, and those of them that were not in balance.
+  // How many lives were ended in order, and after how many of those objects were left.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 
  private:
-  Timeline& Told() { return state_.brokers[broker_].timeline; }
+  Timeline& Phases() { return state_.brokers[broker_].timeline; }
   void Start();
   void Kill();
   void AwaitCalm();
   void Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_rand& random);
-  void TellNonsense(int kinds, std::minstd_rand& random);
+  void SendNonsense(int kinds, std::minstd_rand& random);
   void End(std::unique_ptr<Impostor> impostor);
 
   SharedState& state_;

@@ -8,7 +8,7 @@ namespace soak {
 
 namespace {
 
-constexpr int kMostTries = 4000;  // of 5 ms
+constexpr int kMostTries = 4000;  // 5 ms each
 constexpr DWORD kExchangeMilliseconds = 20000;
 
 }  // namespace
@@ -48,14 +48,15 @@ void Impostor::Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& r
   }
 }
 
-// False when the time is over. A client that comes just then stays connected, for the next time.
+// Returns false if no client connects before `end`. A client that connects at that moment stays
+// connected until the next call.
 bool Impostor::Connect(ULONGLONG end) {
   for (ULONGLONG now; (now = ::GetTickCount64()) < end;) {
     const BOOL done = ::ConnectNamedPipe(pipe_, &overlapped_);
     const DWORD error = ::GetLastError();
     if (!done && error == ERROR_PIPE_CONNECTED) return true;
     if (Finish(done, static_cast<DWORD>(end - now))) return true;
-    if (error == ERROR_NO_DATA) ::DisconnectNamedPipe(pipe_);  // it came and went
+    if (error == ERROR_NO_DATA) ::DisconnectNamedPipe(pipe_);  // the client has already left
   }
   return false;
 }

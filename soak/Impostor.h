@@ -1,4 +1,5 @@
-// What takes a broker's place on its pipe between two lives, and serves it badly.
+// The conductor's process. A hostile server that takes over a broker's pipe between two of its
+// lives.
 #pragma once
 
 #include <windows.h>
@@ -12,13 +13,14 @@ namespace soak {
 
 class Impostor {
  public:
-  // Waits until it has the pipe.
+  // Waits until it can create the pipe.
   explicit Impostor(const std::wstring& pipeName);
   ~Impostor();
   Impostor(const Impostor&) = delete;
   Impostor& operator=(const Impostor&) = delete;
 
-  // Serves like this for so long. A client that has come is served to its end even then.
+  // Serves as `phase` says, for `milliseconds`. It finishes with a client that is connected when
+  // the time ends.
   void Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& random);
 
  private:
@@ -32,7 +34,7 @@ class Impostor {
   OVERLAPPED overlapped_ = {};
 };
 
-// Until nobody has a pipe of that name open.
+// Waits until no process has a pipe of that name.
 void AwaitNoPipe(const std::wstring& pipeName);
 
 }  // namespace soak

@@ -8,8 +8,8 @@ namespace soak {
 
 namespace {
 
-// The tailored broker is the only one of a run: a search that it sends on finds no other, and none
-// can be started.
+// A run has only tailored brokers. If such a broker answers "not served", a search finds no other
+// broker and cannot start one.
 int AfterSearch(const Call& call, int status) {
   return call.operation.searches && status == SL_NOT_SERVED ? SL_BROKER_NOT_STARTED : status;
 }
@@ -18,7 +18,7 @@ int AnswerOf(const Call& call, DWORD process) {
   return AfterSearch(call, call.process == process ? call.status : SL_NOT_SERVED);
 }
 
-bool Deserves(const Call& call, const Phase& phase, int code) {
+bool Allows(const Call& call, const Phase& phase, int code) {
   switch (phase.kind) {
     case PhaseKind::kServing:
     case PhaseKind::kSuspended:
@@ -28,18 +28,18 @@ bool Deserves(const Call& call, const Phase& phase, int code) {
              code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
     case PhaseKind::kAbsent:
       return code == SL_BROKER_NOT_STARTED;
-    case PhaseKind::kStarting:  // no record can name the process yet
+    case PhaseKind::kStarting:  // no client knows the new process id yet
       return code == SL_BROKER_NOT_STARTED || code == AfterSearch(call, SL_NOT_SERVED);
     case PhaseKind::kNonsense:
       return code ==
              AfterSearch(call, OutcomeOf(AllNonsense()[phase.detail], call.operation.answer));
     case PhaseKind::kVanishing:
       return code == SL_CANNOT_READ;
-    case PhaseKind::kHangingUp:  // before the request is written, or behind it
+    case PhaseKind::kHangingUp:  // before or after the request is written
       return code == SL_CANNOT_CONNECT || code == SL_CANNOT_READ;
     case PhaseKind::kSlow:
       return code == kSlowStatus;
-    case PhaseKind::kSilent:  // one waits for the answer, the others for their turn
+    case PhaseKind::kSilent:  // one call waits for the answer, the others for a connection
       return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT;
     case PhaseKind::kClosing:
       return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
@@ -54,7 +54,7 @@ void Report(SharedState& state, const char* format, Arguments... arguments) {
   std::snprintf(state.report[index], sizeof(state.report[index]), format, arguments...);
 }
 
-// The phases in words, for a report.
+// Writes the names of the phases from `began` to `ended`, for a report.
 void Describe(const Timeline& timeline, long began, long ended, char (&text)[120]) {
   int length = 0;
   for (long moment = began; moment <= ended && length < 100; ++moment) {
@@ -72,28 +72,28 @@ bool IsKnownCode(int code) { return code >= kLowestCode && code < kLowestCode + 
 
 bool Judge(SharedState& state, const Timeline& timeline, const Call& call, long began, long ended,
            int code) {
-  bool deserved = false, byImpostor = false;
+  bool allowed = false, byImpostor = false;
   for (long moment = began; moment <= ended; ++moment) {
     const Phase phase = timeline.At(moment);
-    if (!Deserves(call, phase, code)) continue;
-    deserved = true;
+    if (!Allows(call, phase, code)) continue;
+    allowed = true;
     byImpostor = byImpostor || phase.kind == PhaseKind::kNonsense;
   }
   const int row = began == ended ? static_cast<int>(timeline.At(began).kind) : kPhaseKinds;
   if (IsKnownCode(code)) ++state.codes[row][code - kLowestCode];
-  if (!deserved) {
-    ++state.undeserved;
+  if (!allowed) {
+    ++state.unexpected;
     char phases[120] = {};
     Describe(timeline, began, ended, phases);
     Report(state, "%s (undisturbed: %d) ended with %d: broker %s", call.operation.name, call.status,
            code, phases);
   }
-  return code == SL_SUCCESS && deserved && !byImpostor;
+  return code == SL_SUCCESS && allowed && !byImpostor;
 }
 
 void ReportWrong(SharedState& state, const Operation& operation) {
   ++state.wrong;
-  Report(state, "%s brought something wrong", operation.name);
+  Report(state, "%s returned a wrong result", operation.name);
 }
 
 }  // namespace soak

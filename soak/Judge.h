@@ -1,4 +1,5 @@
-// What a call of a client may end with, after what its broker did meanwhile.
+// The client's process. Decides which codes a call may return, given what its broker did during the
+// call.
 #pragma once
 
 #include "Nonsense.h"
@@ -9,22 +10,22 @@ namespace soak {
 struct Operation {
   const char* name;
   Layout answer;
-  bool searches = false;  // goes on to the next scheme when a broker does not serve the content
+  bool searches = false;  // asks the next scheme's broker if one does not serve the content
 };
 
 struct Call {
   Operation operation;
-  int status;     // what a broker deserves to be told by that knows the record's process as its own
-  DWORD process;  // of the record
+  int status;     // the code to expect if the record names the process of the running broker
+  DWORD process;  // the process that the record names
 };
 
-// Counts a call that began and ended at these moments of its broker's timeline, and reports it when
-// it did not deserve its code. True when the broker itself has answered it with success, so that
-// what it brought has to be right.
+// Counts a call that began and ended at these moments of its broker's timeline. Reports the call if
+// no phase between them allows its code. Returns true if the real broker answered with success, so
+// that the outputs of the call must be right.
 bool Judge(SharedState& state, const Timeline& timeline, const Call& call, long began, long ended,
            int code);
 
-// A call that brought something wrong.
+// Counts and reports a call whose outputs were wrong.
 void ReportWrong(SharedState& state, const Operation& operation);
 
 }  // namespace soak

@@ -7,15 +7,15 @@ namespace soak {
 
 namespace {
 
-// Of records, 120 GB: a machine that has them is not for this run.
+// This many records need 120 GB. The run expects that the machine has less memory.
 constexpr int kLargestCount = 2147483647;
 
-// No text in it names an element of a scene.
+// No text in these messages is the id of an element in a scene.
 std::vector<Nonsense> MakeNonsense() {
   const std::wstring many(1 << 20, L'x'), deep(100, L'['), deepEnd(100, L']');
   const std::vector<Value> other = {{'i', 77}};
   return {
-      // No message, no text, no array.
+      // Not a message, not JSON, or not an array.
       {"", {}},
       {"[", {}},
       {MessageOf(L"nonsense"), {}},
@@ -30,22 +30,22 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
       {MessageOf(std::wstring(1 << 20, L'[')), {}},
       {MessageOf(many + many), {}},
-      // An array that is none of theirs.
+      // An array that does not begin with a status.
       {MessageOf(L"[]"), {}},
       {MessageOf(L"[null]"), {{'?'}}},
       {MessageOf(L"[\"0\"]"), {{'s'}}},
       {MessageOf(L"[0.0]"), {{'?'}}},
       {MessageOf(L"[4294967296]"), {{'?'}}},
       {MessageOf(L"[[0]]"), {{'?'}}},
-      // A status of its own, however it is dressed.
+      // A status, with text around it that a client ignores.
       {MessageOf(L"[77]"), other},
       {MessageOf(L"[77") + "]", other},
-      {MessageOf(L"[77]]"), other},  // one unit too many is let pass
+      {MessageOf(L"[77]]"), other},  // one character after the array is accepted
       {MessageOf(std::wstring(L"[77]\0[0]", 8)), other},
       {MessageOf(L"/**/ [77, null]"), other},
       {MessageOf(L"[77," + deep + deepEnd + L"]"), other},
       {MessageOf(L"[77,\"" + many + many + L"\"]"), other},
-      // Success, with what suits few of them.
+      // Success, with values that fit only some calls.
       {MessageOf(L"[0]"), {{'i', 0}}},
       {MessageOf(L"[0,0]"), {{'i', 0}, {'i', 0}}},
       {MessageOf(L"[0,null]"), {{'i', 0}, {'?'}}},
@@ -59,7 +59,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
       {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
       {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
-      // Counts that no memory holds.
+      // Counts that do not fit into memory.
       {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
       {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
       {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
@@ -67,12 +67,12 @@ std::vector<Nonsense> MakeNonsense() {
   };
 }
 
-// Takes the values one by one, as a call does.
+// Reads the values one by one, as a call does.
 class Reader {
  public:
   explicit Reader(const std::vector<Value>& values) : values_(values) {}
 
-  // Null: the array ends, or has something else there.
+  // Returns null if the array ends or if the next value has another type.
   const Value* Next(char type) {
     if (next_ == values_.size() || values_[next_].type != type) return nullptr;
     return &values_[next_++];
@@ -115,7 +115,7 @@ int OutcomeOf(const Nonsense& nonsense, Layout layout) {
       for (Layout type = layout; type != end; ++type) {
         const Value* const value = reader.Next(*type);
         if (value == nullptr) return SL_ARCHIVE_FAILURE;
-        if (*type == 'b' && value->number == 0) return SL_FAILURE;  // a release that was refused
+        if (*type == 'b' && value->number == 0) return SL_FAILURE;  // the release was refused
       }
     }
     layout = end;

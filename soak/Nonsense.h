@@ -1,4 +1,5 @@
-// What a hostile broker may answer, and how each call has to end after it.
+// Both processes. The answers of a hostile broker, and the code that each call must return for
+// them.
 #pragma once
 
 #include <string>
@@ -6,28 +7,29 @@
 
 namespace soak {
 
-// One value of an array: 'i' an int, 'b' a bool, 's' a text, '?' anything else.
+// One value of an array. The type is 'i' for an int, 'b' for a bool, 's' for a text, and '?' for
+// anything else.
 struct Value {
   char type;
   int number = 0;  // of an int or a bool
 };
 
 struct Nonsense {
-  std::string bytes;          // of the message
-  std::vector<Value> values;  // of the array that a reader may find in it; none: there is no array
+  std::string bytes;          // the message
+  std::vector<Value> values;  // the array that a reader finds in it; empty if it finds none
 };
 
 const std::vector<Nonsense>& AllNonsense();
 
-// The bytes of a text as a message.
+// Returns the bytes of a message that consists of this text.
 std::string MessageOf(const std::wstring& text);
 
-// The values of an answer behind its status: 'i', 'b' and 's' as above; behind '*' stands what a
-// count says how often to read, one after the other; behind '#' what is read into a vector made for
-// that count at once. Each of the two reaches up to the next of them.
+// The values of an answer after its status. 'i', 'b' and 's' are values as above. '*' and '#' stand
+// for a count: the values up to the next '*', '#' or the end are repeated that many times. For '#'
+// the client first allocates a vector of that size.
 using Layout = const char*;
 
-// The code, or kBadAlloc, or kLengthError.
+// Returns the code of the call, or kBadAlloc or kLengthError for an exception.
 int OutcomeOf(const Nonsense& nonsense, Layout layout);
 
 }  // namespace soak

@@ -12,8 +12,8 @@ namespace soak {
 
 namespace {
 
-// Each function counts in the system's own lists: GetProcessHandleCount and GetGuiResources do not
-// answer under Wine.
+// These functions count entries in the system's lists, because GetProcessHandleCount and
+// GetGuiResources return 0 under Wine.
 long CountHandles() {
   struct Entry {
     void* object;

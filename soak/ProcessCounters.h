@@ -1,4 +1,4 @@
-// What a process holds, counted where the system keeps it.
+// The client's and the host's process. Counts the resources that a process holds, to find leaks.
 #pragma once
 
 #include <functional>
@@ -12,15 +12,15 @@ struct ProcessCounters {
   bool operator==(const ProcessCounters&) const = default;
 };
 
-// Of this process; blocks are those of its heap that are in use.
+// Counts for this process. `blocks` are the blocks of the process heap that are in use.
 ProcessCounters CountProcess();
 
-// What this process holds once it has stayed the same over some runs of `round`: the system keeps
-// things of the first calls and failures of each kind, and of as many threads as run at once. None
-// when it grows on and on.
+// Calls `round` again and again until the counters stay the same over several rounds, and returns
+// them. They grow at first, because the system allocates some resources on first use and per
+// thread. Returns no value if they never settle.
 std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round);
 
-// Plants a leak of each kind in turn; false if its counter does not see it.
+// Makes a leak of each kind on purpose. Returns false if a counter does not see it.
 bool CountersSeeLeaks();
 
 std::string ToText(const ProcessCounters& counters);

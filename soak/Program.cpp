@@ -7,7 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 
-// Exported by the system, declared nowhere.
+// The system exports these functions, but no header declares them.
 extern "C" NTSYSAPI NTSTATUS NTAPI NtSuspendProcess(HANDLE process);
 extern "C" NTSYSAPI NTSTATUS NTAPI NtResumeProcess(HANDLE process);
 
@@ -32,7 +32,7 @@ Program::Program(std::wstring commandLine, std::filesystem::path output)
   startup.hStdOutput = startup.hStdError = file;
   BOOL started = FALSE;
   DWORD error = ERROR_INTERNAL_ERROR;
-  // Wine says this once in some hundred starts, when the machine is busy.
+  // Under Wine about one start in several hundred fails with this error when the machine is busy.
   for (int i = 0; i < kMostStarts && !started && error == ERROR_INTERNAL_ERROR; ++i) {
     started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
                                CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);

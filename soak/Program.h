@@ -1,4 +1,5 @@
-// A program of an endurance run, whose output goes to a file: a pipe would fill while nobody reads.
+// The conductor's process. A child process of an endurance run. Its output goes to a file, because
+// a pipe would fill up while nobody reads it.
 #pragma once
 
 #include <windows.h>
@@ -11,13 +12,13 @@ namespace soak {
 class Program {
  public:
   Program(std::wstring commandLine, std::filesystem::path output);
-  ~Program();  // ends it by force if it still runs, and removes its output
+  ~Program();  // kills the process if it still runs, and removes the output file
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
   DWORD Id() const { return process_.dwProcessId; }
   bool Runs() const;
-  // Its exit code; STILL_ACTIVE when it does not end in time.
+  // Returns the exit code, or STILL_ACTIVE if the process has not ended in time.
   DWORD Wait(DWORD milliseconds) const;
   void Kill() const;
   void Suspend() const;

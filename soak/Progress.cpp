@@ -71,7 +71,7 @@ std::string Progress::Line(long long rate) const {
   std::string text =
       end == 0 ? "warming up" : std::to_string(end > now ? (end - now) / 1000 : 0) + " s left";
   text += ", " + std::to_string(Calls()) + " calls, " + std::to_string(rate) + "/s;" + Codes() +
-          "; undeserved " + std::to_string(state_.undeserved) + ", wrong " +
+          "; unexpected " + std::to_string(state_.unexpected) + ", wrong " +
           std::to_string(state_.wrong);
   const char* separator = "; handles/blocks ";
   for (const auto& client : state_.clients) {

@@ -1,4 +1,4 @@
-// What a run has come to, shown in place while it lasts and in full when it is over.
+// The conductor's process. Shows the progress of a run on one line, and its results at the end.
 #pragma once
 
 #include <atomic>
@@ -13,16 +13,17 @@ class Progress {
  public:
   explicit Progress(const SharedState& state) : state_(state) {}
 
-  // A line that is renewed each second until it is hidden; a warm-up as long as no end is set.
+  // Shows a line that is updated every second until Hide is called. It says "warming up" until
+  // SetEnd is called.
   void Show();
   void SetEnd(ULONGLONG tick) { end_ = tick; }
   void Hide();
 
-  // Of all phases.
+  // Sums over all phases.
   long long Calls() const;
   std::string Codes() const;
 
-  // A line for each kind of phase.
+  // Returns a table of the codes, one line for each kind of phase.
   std::string Table() const;
 
  private:

@@ -1,5 +1,5 @@
-// The scene of a broker: everything in it bears the broker's letter, so that an answer which
-// reaches the wrong caller shows.
+// Both processes. The scene of a broker. Every text in it contains the broker's letter, so that a
+// caller notices an answer that was meant for another caller.
 #pragma once
 
 #include <windows.h>
@@ -9,8 +9,8 @@
 namespace soak {
 
 constexpr int kElements = 6;
-constexpr int kPage = 0;      // behind all others, which are its children; has no states, no items
-constexpr int kUnknown = -1;  // stands for an element that the scene does not have
+constexpr int kPage = 0;      // the parent of all others; has no states and no items
+constexpr int kUnknown = -1;  // an element that the scene does not have
 
 inline std::wstring Letter(int broker) {
   return std::wstring(1, static_cast<wchar_t>(L'A' + broker));
@@ -36,7 +36,7 @@ inline POINT PointOf(int element) {
   return {element * 50 + 5, 5};
 }
 
-// In UTF-8, as the broker reads it.
+// Returns the text of the scene file, in UTF-8.
 std::string SceneText(int broker, DWORD run);
 
 }  // namespace soak

@@ -1,5 +1,5 @@
-// What the conductor and the clients of an endurance run tell each other, in memory that they
-// share.
+// Both processes. The shared memory through which the conductor and the clients of an endurance run
+// communicate.
 #pragma once
 
 #include <windows.h>
@@ -13,25 +13,26 @@ namespace soak {
 
 constexpr int kBrokers = 2;
 constexpr int kClients = 2;
-constexpr int kThreads = 4;  // of each client
+constexpr int kThreads = 4;  // per client
 
-// How a call may end: codes from -20 to 119, and exceptions.
+// The results of calls that are counted: codes from -20 to 119, and two exceptions.
 constexpr int kLowestCode = -20;
 constexpr int kBadAlloc = 120;
 constexpr int kLengthError = 121;
 constexpr int kCodes = 142;
 
-// A broker's present life as the clients know it. Both change at once: a window is of 32 bits.
+// A broker's current life as the clients know it. A window handle fits into 32 bits, so both values
+// can change in one atomic step.
 struct Life {
   DWORD process, window;
 };
 
 struct SharedState {
-  std::atomic<long> warm{0};   // every fault has been once
-  std::atomic<long> ready{0};  // clients that have begun to count
+  std::atomic<long> warm{0};   // 1 after every fault has happened once
+  std::atomic<long> ready{0};  // clients that have finished their warm-up
   std::atomic<long> stop{0};
-  std::atomic<long> wantCalm{0};     // clients are to hold nothing
-  std::atomic<long> calmThreads{0};  // those that hold nothing until it is over
+  std::atomic<long> wantCalm{0};     // 1 while clients must not hold elements
+  std::atomic<long> calmThreads{0};  // threads that currently hold none because of wantCalm
 
   struct Broker {
     std::atomic<Life> life{};
@@ -42,15 +43,15 @@ struct SharedState {
     std::atomic<long> handles{0}, blocks{0};
   } clients[kClients];
 
-  // By the phase that a call lay in; the last row is of those that ran through several.
+  // One row for each kind of phase. The last row counts calls that ran through several phases.
   std::atomic<long> codes[kPhaseKinds + 1][kCodes] = {};
-  std::atomic<long long> wrong{0}, undeserved{0};
-  static constexpr long kReports = 10;  // the first ones
+  std::atomic<long long> wrong{0}, unexpected{0};
+  static constexpr long kReports = 10;  // only the first reports are kept
   std::atomic<long> reports{0};
   char report[kReports][200] = {};
 };
 
-// The state of the run with this number, made by who comes first.
+// Opens the shared state of the run with this number. The first process to open it creates it.
 class SharedMemory {
  public:
   explicit SharedMemory(DWORD run)

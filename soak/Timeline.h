@@ -1,5 +1,5 @@
-// What a broker is doing, told by the conductor to the clients before each change: a call knows by
-// it which phases it ran through.
+// Both processes. The phases of a broker. The conductor enters each phase before it begins, so that
+// a client knows which phases a call ran through.
 #pragma once
 
 #include <windows.h>
@@ -10,17 +10,17 @@ namespace soak {
 
 enum class PhaseKind : DWORD {
   kServing,    // undisturbed
-  kSuspended,  // answers late, and right
-  kEnding,     // in order or by force
-  kAbsent,     // no pipe of that name
-  kStarting,   // the next life, whose process the clients are not told yet
-  // An impostor has the pipe:
+  kSuspended,  // answers correctly, but late
+  kEnding,     // being closed or killed
+  kAbsent,     // no pipe of that name exists
+  kStarting,   // the next life starts; the clients do not know its process yet
+  // In these phases an impostor serves the pipe:
   kNonsense,   // it answers with nonsense
-  kVanishing,  // it takes the request and leaves
-  kHangingUp,  // it leaves without taking the request
-  kSlow,       // it takes its time for an answer, kSlowStatus
+  kVanishing,  // it reads the request and disconnects
+  kHangingUp,  // it disconnects without reading the request
+  kSlow,       // it answers kSlowStatus after a delay
   kSilent,     // it never answers
-  kClosing,    // it ends
+  kClosing,    // it closes the pipe
 };
 constexpr int kSlowStatus = 78;
 constexpr int kPhaseKinds = 11;
@@ -30,10 +30,10 @@ constexpr const char* kPhaseNames[kPhaseKinds] = {
 
 struct Phase {
   PhaseKind kind;
-  DWORD detail;  // the process that serves, suspends or ends; which nonsense is told
+  DWORD detail;  // the broker's process, or the index of the nonsense
 };
 
-// One writer. In shared memory, where zero is the empty timeline.
+// Only the conductor writes. Lies in shared memory, where all zeros are an empty timeline.
 class Timeline {
  public:
   void Enter(PhaseKind kind, DWORD detail = 0) {
@@ -44,7 +44,7 @@ class Timeline {
   Phase At(long moment) const { return phases_[moment % kKept]; }
 
  private:
-  static constexpr long kKept = 4096;  // far more than change during one call
+  static constexpr long kKept = 4096;  // far more phases than one call can run through
   std::atomic<long> count_{0};
   std::atomic<Phase> phases_[kKept] = {};
 };

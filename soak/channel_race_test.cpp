@@ -1,5 +1,5 @@
-// UninitComm against every moment of another thread's ReadMessage and WriteMessage. Every round has
-// a channel of its own and must end; one that hangs ends the whole program.
+// Calls UninitComm at every moment of another thread's ReadMessage and WriteMessage. Each round
+// opens a channel and must end. If a round hangs, the whole program ends.
 #include <gmock/gmock.h>
 
 #include <chrono>
@@ -18,8 +18,8 @@ const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 using Clock = std::chrono::steady_clock;
 using Microseconds = std::chrono::microseconds;
 
-constexpr int kRounds = 1500;           // for each kind of log
-constexpr int kRoundsWithClient = 200;  // likewise
+constexpr int kRounds = 1500;           // per log level
+constexpr int kRoundsWithClient = 200;  // per log level
 constexpr int kSweep = 50;              // delays of 0 to 49 steps
 constexpr Microseconds kStep(40);
 
@@ -29,7 +29,7 @@ void Spin(Microseconds time) {
 
 constexpr Clock::time_point kNotEntered;
 
-// The host's thread: on a signal it serves until the channel is closed.
+// The host's thread. After Start it serves until the channel is closed.
 class Host {
  public:
   Host() : thread_([this] { Run(); }) {}
@@ -41,7 +41,8 @@ class Host {
   void Start() { go_ = 1; }
   Clock::time_point EnteredAt() const { return entered_; }
 
-  // The codes of the round, of the reads and then of the write if there was a request.
+  // Waits for the end of the round and returns its codes: one for each read, and after a successful
+  // read the code of the write.
   std::vector<int> Finish() {
     for (int i = 0; go_ == 1; ++i) {
       if (i > 10000) {
@@ -79,7 +80,7 @@ class Host {
   std::thread thread_;
 };
 
-// An old call that is still leaving may keep the pipe for a moment.
+// Retries, because a call of the round before may keep the pipe for a moment.
 void OpenChannel() {
   int code = 0;
   for (int i = 0; i < 100 && (code = InitComm(SL_TAILORED_URI, INFINITE, kAddress.c_str())) == -4;
@@ -95,12 +96,12 @@ void HoldBeforeTheWait(const char* line) {
 }
 
 struct Counts {
-  int waiting = 0;     // the call was in its wait for long
-  int notWaiting = 0;  // the call had not begun, or only just
+  int waiting = 0;     // the call had been waiting for some time
+  int notWaiting = 0;  // the call had not begun or had just begun
   int vanished = 0;
 };
 
-// A client that comes at some moment and leaves at another, with or without a request.
+// A client that connects, sends a request in every second round, and leaves after a short time.
 void ComeAndVanish(int round) {
   RawClient client(kPipe, 1 /*try*/);
   if (round % 2 == 0) client.Send(L"[1]");
@@ -109,8 +110,8 @@ void ComeAndVanish(int round) {
 
 void RunRound(Host& host, int round, bool withClient, Counts& counts) {
   OpenChannel();
-  // By turns: the shutdown behind the call's begin, the call behind the shutdown's, and, where
-  // the log gives the place to do so, the call held between its last look and its wait.
+  // The rounds take turns. 0: the shutdown begins after the call. 1: the same, but the log line
+  // just before the wait holds the call. 2: the call begins after the delay.
   const Microseconds delay = round / 3 % kSweep * kStep;
   holdTime = round % 3 == 1 ? delay / 4 : Microseconds(0);
   std::thread client;
@@ -143,7 +144,7 @@ TEST(ChannelRace, EveryCallEnds) {
   LogCapture::pause = &HoldBeforeTheWait;
   for (const char* level : {"none", "VERBOSE"}) {
     LogCapture::SetLevel(level);
-    ::Sleep(3100);  // a level is kept for 3 s
+    ::Sleep(3100);  // the log reads its level every 3 s
     Host host;
     Counts plain, withClient;
     for (int round = 0; round < kRounds; ++round) {

@@ -1,6 +1,6 @@
-// A client process of an endurance run: soak_client RUN INDEX SEED. Four threads make calls of
-// every kind and check each answer; what they were handed they give back. The exit code tells
-// whether the process ended with what it began with.
+// The client's process of an endurance run: soak_client RUN INDEX SEED. Four threads make calls of
+// every kind, check each answer, and release the elements that they received. The exit code is 0 if
+// the process holds the same resources at the end as at the start.
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -12,7 +12,7 @@
 #include "Caller.h"
 #include "ProcessCounters.h"
 
-// Exported by the system, not declared by MinGW.
+// The system exports this function, but MinGW does not declare it.
 extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
 
 namespace {
@@ -21,8 +21,9 @@ using namespace soak;
 
 constexpr int kWarmUpSteps = 50;
 
-// The runtimes of the program and of the module keep a handle for each of their locks from when two
-// threads first meet at it: here they start, throw and end together until they must have met.
+// The C++ runtimes allocate a handle for a lock when two threads first compete for it, and keep it.
+// Here many threads start, throw and end at the same time, so that all these handles exist before
+// the counting begins.
 void MeetAtLocks() {
   constexpr int kMany = 8, kRounds = 50, kThrows = 100;
   for (int round = 0; round < kRounds; ++round) {
@@ -38,20 +39,21 @@ void MeetAtLocks() {
         element.sourceUri = L"http://none.example/";
         for (++here; here < kMany;) ::Sleep(0);
         for (int j = 0; j < kThrows; ++j) {
-          TesselSilverlight::SelectItem(element, CComBSTR());  // throws and catches within
+          TesselSilverlight::SelectItem(element, CComBSTR());  // throws and catches in the module
           try {
             throw std::bad_alloc();
           } catch (const std::bad_alloc&) {
           }
         }
-        ::SysFreeString(std::exchange(element.objectId, nullptr));  // it is no broker's
+        ::SysFreeString(std::exchange(element.objectId, nullptr));  // no broker knows it
       });
     }
     for (std::thread& thread : threads) thread.join();
   }
 }
 
-// As long as there is `more` to do behind so many steps; shows what the process holds meanwhile.
+// Runs the threads while `more` returns true for the number of steps done. Meanwhile it stores the
+// process's counters in the shared state.
 void RunThreads(SharedState& state, DWORD run, int index, unsigned seed,
                 const std::function<bool(int)>& more) {
   std::atomic<int> running = kThreads;
@@ -89,8 +91,8 @@ int main(int count, char** arguments) {
   const int index = std::atoi(arguments[2]);
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
-  ::SetOaNoCache();  // the system keeps freed texts for later, now more of them, now fewer
-  AllNonsense();     // a block that is there from now on
+  ::SetOaNoCache();  // otherwise the system keeps a varying number of freed BSTRs
+  AllNonsense();     // allocates its table before the counting begins
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;
@@ -102,7 +104,8 @@ int main(int count, char** arguments) {
                [](int step) { return step < kWarmUpSteps; });
   });
   if (!before) {
-    std::printf("client %d: holds more and more: %s\n", index, ToText(CountProcess()).c_str());
+    std::printf("client %d: its resources keep growing: %s\n", index,
+                ToText(CountProcess()).c_str());
     return 1;
   }
   ++state->ready;

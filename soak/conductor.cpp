@@ -1,5 +1,6 @@
-// An endurance run: soak_conductor [MINUTES] [SEED], the warm-up included. Two client processes
-// call two brokers all the time, while the brokers fail in every way at random. Then the verdict.
+// The conductor's process of an endurance run: soak_conductor [MINUTES] [SEED], the warm-up
+// included. Two client processes call two brokers all the time, while the brokers fail at random in
+// every way. Prints a verdict at the end.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -15,7 +16,7 @@ namespace {
 
 using namespace soak;
 
-// How often each fault comes; silence takes long.
+// How often each fault happens, relative to the others. The last one is rare because it takes long.
 constexpr int kWeights[kFaults] = {6, 6, 6, 10, 4, 4, 3, 1};
 
 std::wstring OwnProgram(const wchar_t* name) {
@@ -56,11 +57,11 @@ class Conductor {
     return true;
   }
 
-  // What the clients hold is counted after calls and failures of every kind.
+  // Resources are counted only after calls and failures of every kind have happened once.
   void WarmUp() {
     for (int fault = 0; fault < kFaults; ++fault)
       Disturb(*brokers_[fault % kBrokers], static_cast<Fault>(fault));
-    brokers_[0]->TellAllNonsense(random_);
+    brokers_[0]->SendAllNonsense(random_);
     state_->warm = 1;
     while (state_->ready < kClients && ClientsRun()) DisturbAtRandom();
   }
@@ -71,7 +72,7 @@ class Conductor {
   }
 
   void Disturb(FaultyBroker& broker, Fault fault) {
-    broker.Suffer(fault, random_);
+    broker.RunFault(fault, random_);
     ++faults_[static_cast<int>(fault)];
   }
 
@@ -83,7 +84,7 @@ class Conductor {
       good = client->Wait(60000) == 0 && good;
       clients += client->Output();
     }
-    // What lives still has nothing handed out any more.
+    // The clients have ended, so the brokers must have got back every object.
     long ended = 0, unbalanced = 0;
     for (const auto& broker : brokers_) {
       broker->EndInOrder();
@@ -93,13 +94,13 @@ class Conductor {
     progress_.Hide();
     std::printf("%s", clients.c_str());
     PrintFigures(ended, unbalanced);
-    good = good && state_->wrong == 0 && state_->undeserved == 0 && unbalanced == 0;
+    good = good && state_->wrong == 0 && state_->unexpected == 0 && unbalanced == 0;
     std::printf("verdict of the clients: %s\n", good ? "nothing lost" : "LOST");
     return good ? 0 : 1;
   }
 
   void PrintFigures(long ended, long unbalanced) const {
-    std::printf("seed %u: %lld calls; codes by what the broker did all the while:\n%s", seed_,
+    std::printf("seed %u: %lld calls; codes by the phase of the broker:\n%s", seed_,
                 progress_.Calls(), progress_.Table().c_str());
     std::printf("brokers:");
     for (int i = 0; i < kFaults; ++i)
@@ -109,9 +110,9 @@ class Conductor {
     for (long i = 0; i < reports && i < SharedState::kReports; ++i)
       std::printf("! %s\n", state_->report[i]);
     std::printf(
-        "wrong answers %lld, undeserved codes %lld, broker lives that ended in order %ld, of these "
+        "wrong answers %lld, unexpected codes %lld, broker lives that ended in order %ld, of these "
         "with objects left %ld\n",
-        state_->wrong.load(), state_->undeserved.load(), ended, unbalanced);
+        state_->wrong.load(), state_->unexpected.load(), ended, unbalanced);
   }
 
   const DWORD run_ = ::GetCurrentProcessId();

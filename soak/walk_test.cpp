@@ -1,4 +1,4 @@
-// A client that walks a scene for long, failures included: what it was handed out it gives back.
+// A client makes many calls about a scene, some of which fail, and releases every element.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -15,8 +15,8 @@ using namespace TesselSilverlight;
 
 const LogCapture capture;
 
-// Steps through a scene at random. Half of the elements that it takes stop being ones, and many
-// calls are refused: what counts is that no path loses an object or gives one back twice.
+// Makes random calls about a scene. Many calls are refused, and many records name no element. The
+// test checks that no element is lost or released twice.
 class Walk {
  public:
   explicit Walk(const SceneBroker& broker)
@@ -66,7 +66,7 @@ class Walk {
         SetValue(element, L"v");
         SelectItem(element, L"München");
         break;
-      case 8:  // by hand: its destruction must not come to the broker again
+      case 8:  // releases the element by a call, so the destructor must not release it again
         EXPECT_EQ(ReleaseObj(element), refused);
         Forget(element);
         break;
@@ -81,7 +81,7 @@ class Walk {
     }
   }
 
-  std::size_t refusedReleases = 0;  // of elements that the broker never gave
+  std::size_t refusedReleases = 0;  // releases of elements that the broker never handed out
 
  private:
   int Random(std::size_t bound) { return static_cast<int>(random_() % bound); }
@@ -118,7 +118,7 @@ TEST(Walk, ReleasesEveryElement) {
     for (int step = 0; step < 800; ++step) {
       walk.Step();
       if (step % 40 != 0) continue;
-      // A client of another make asks for three objects and leaves without its answer.
+      // A client without the module requests three elements and leaves before it gets the answer.
       RawClient client(tools::Wide(broker.Fact("pipe")));
       client.Send(tools::Wide(broker.Request(R"([8,?, "user"])")));  // the module writes no space
       vanished += 3;
@@ -134,7 +134,7 @@ TEST(Walk, ReleasesEveryElement) {
   EXPECT_EQ(summary["handed out"], summary["released"] + vanished);
   EXPECT_EQ(summary["still held"], 0);
   EXPECT_GT(refused, 0u);
-  EXPECT_EQ(LogCapture::Count("Release failed"), refused) << "no release came twice";
+  EXPECT_EQ(LogCapture::Count("Release failed"), refused) << "no element was released twice";
 }
 
 }  // namespace
