@@ -1,5 +1,5 @@
-// The system calls of one element call against a broker that runs, in their order, and nothing
-// else: buffers grow but are never filled, nothing is decoded, nothing is logged.
+// Makes the system calls of one element call to a running broker, in the same order, and nothing
+// else. It decodes nothing and logs nothing.
 #pragma once
 
 #include <windows.h>
@@ -14,8 +14,8 @@ namespace bench {
 
 // What a client does while the pipe is busy.
 enum class WhileBusy {
-  kWait,   // wait for a free instance, as the module does
-  kSleep,  // sleep 50 ms, as the module did before
+  kWait,   // waits for a free instance, as the module does
+  kSleep,  // sleeps 50 ms, as the module did in the past
 };
 
 class BareCall {
@@ -27,7 +27,7 @@ class BareCall {
         requestBytes_(static_cast<DWORD>(request.size() * sizeof(wchar_t))),
         whileBusy_(whileBusy) {}
 
-  // The whole call. Returns the size of the answer in bytes.
+  // Makes the whole call. Returns the size of the answer in bytes.
   std::size_t Run() {
     Probe();
     Connect();
@@ -37,7 +37,7 @@ class BareCall {
     return total_;
   }
 
-  // Its steps.
+  // The steps of the call.
   void Probe() {
     ::GetTickCount64();
     if (!::WaitNamedPipeW(name_, 1 /*ms*/) && ::GetLastError() != ERROR_SEM_TIMEOUT)

@@ -26,7 +26,7 @@ double SecondsOf(const Row& row, std::size_t times) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// How many operations take at least `seconds`; warms the row up on the way.
+// Returns how many operations take about `seconds`. Running them also warms up the row.
 std::size_t BatchSize(const Row& row, double seconds) {
   SecondsOf(row, 1);
   for (std::size_t times = 1;; times *= 2) {
@@ -48,7 +48,7 @@ std::string Duration(double seconds) {
   return Format("%.2f ms", seconds * 1e3);
 }
 
-// The titles and names hold nothing that JSON would want escaped but quotes and backslashes.
+// Titles and names contain no characters that JSON must escape, except for quotes and backslashes.
 std::string Quoted(const std::string& text) {
   std::string quoted = "\"";
   for (const char c : text) {
@@ -102,7 +102,7 @@ std::vector<Statistics> Report::Measure(const Table& table) {
   std::vector<std::vector<double>> samples(table.rows.size());
   for (std::size_t round = 0; round < rounds; ++round) {
     for (std::size_t i = 0; i < table.rows.size(); ++i) {
-      // Another row begins each round: no row always follows the same one.
+      // Each round runs the rows in another order, so that no row always follows the same row.
       const std::size_t index =
           (i * (round % 2 == 0 ? 1 : table.rows.size() - 1) + round) % table.rows.size();
       const Row& row = table.rows[index];
@@ -159,7 +159,7 @@ void Report::Print(const Grid& grid) {
     json += (&line == &grid.lines[0] ? "{\"name\": " : ", {\"name\": ") + Quoted(line.name);
     for (std::size_t i = 0; i < line.values.size(); ++i) {
       std::printf(" %15s", Format(line.values[i] < 1000 ? "%.4g" : "%.0f", line.values[i]).c_str());
-      // JSON has no word for a ratio to nothing.
+      // JSON has no infinity, which is the ratio to 0.
       const bool isNumber = std::isfinite(line.values[i]);
       json += ", " + Quoted(grid.columns[i + 1]) +
               (isNumber ? Format(": %.6g", line.values[i]) : ": null");

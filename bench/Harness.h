@@ -1,5 +1,5 @@
-// Measures the rows of a table side by side: in every round each row runs one batch, so that what
-// disturbs the machine disturbs all of them alike.
+// Measures the rows of a table side by side. In every round each row runs one batch, so that other
+// load on the machine affects all rows in the same way.
 #pragma once
 
 #include <cstddef>
@@ -9,16 +9,16 @@
 
 namespace bench {
 
-// What the batches compute goes here, so that no compiler leaves them out.
+// The batches store their results here, so that the compiler cannot remove the computation.
 inline volatile std::size_t sink;
 
 struct Row {
   std::string name;
   std::function<void(std::size_t times)> run;
-  std::size_t elements = 1;  // an operation's time is divided by this
+  std::size_t elements = 1;  // the time of an operation is divided by this
 };
 
-// A row whose operation is `once`.
+// Makes a row whose operation is a call of `once`.
 template <class Once>
 Row MakeRow(std::string name, Once once, std::size_t elements = 1) {
   return {std::move(name),
@@ -29,8 +29,8 @@ Row MakeRow(std::string name, Once once, std::size_t elements = 1) {
 }
 
 enum class Sampling {
-  kBatches,  // a sample is the mean of a batch that is long enough for the clock
-  kCalls,    // a sample is one call; the 99th percentile is shown, too
+  kBatches,  // a sample is the mean time of a batch that is long enough for the clock
+  kCalls,    // a sample is the time of one call; the table also shows the 99th percentile
 };
 
 struct Table {
@@ -39,20 +39,20 @@ struct Table {
   std::vector<Row> rows;
   std::size_t base = 0;  // the row that the others are compared with
   Sampling sampling = Sampling::kBatches;
-  std::size_t calls = 0;  // of each row, for kCalls
+  std::size_t calls = 0;  // for kCalls: how many calls each row makes
 };
 
-// Seconds an operation or element.
+// In seconds per operation, or per element.
 struct Statistics {
   double median, lowerQuartile, upperQuartile, percentile99;
 };
 Statistics Summarize(std::vector<double> samples);
 
-// What tables other than those of times hold.
+// A table of values that are not measured times.
 struct Grid {
   std::string group;
   std::string title;
-  std::vector<std::string> columns;  // the first is the name's
+  std::vector<std::string> columns;  // the titles; the first one is for the names
   struct Line {
     std::string name;
     std::vector<double> values;
@@ -60,15 +60,15 @@ struct Grid {
   std::vector<Line> lines;
 };
 
-// Prints tables as text, and to a file one JSON object a line.
+// Prints tables as text, and appends each to a file as a line with one JSON object.
 class Report {
  public:
-  // From the arguments `--quick` and `--json FILE`; ends the program on any other.
+  // Reads the arguments `--quick` and `--json FILE`. Ends the program for any other argument.
   Report(int count, char** arguments);
 
   bool Quick() const { return quick_; }
 
-  // Measures and prints.
+  // Measures the rows and prints the table.
   std::vector<Statistics> Measure(const Table& table);
   void Print(const Grid& grid);
 

@@ -8,7 +8,7 @@ namespace bench {
 
 namespace {
 
-// Single-threaded programs: no lock.
+// Needs no lock, because the programs that use it have one thread.
 HeapUse use;
 
 std::size_t UsableSize(void* block) {
@@ -19,7 +19,7 @@ std::size_t UsableSize(void* block) {
 #endif
 }
 
-// Both heaps put a word before each block and round sizes up to a multiple of 16 bytes.
+// The heaps of both platforms add one word to each block and round up to a multiple of 16 bytes.
 std::size_t FootprintOf(void* block) {
   return (UsableSize(block) + sizeof(std::size_t) + 15) / 16 * 16;
 }

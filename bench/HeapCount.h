@@ -1,5 +1,5 @@
-// Counts what this program has on the heap. Every allocation of its own code and of the libraries
-// linked into it, operator new included, goes through here: the linker wraps malloc and its kin.
+// Counts the heap use of this program. The linker replaces malloc and the related functions by
+// wrappers, so every allocation of the program and of its static libraries is counted.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 namespace bench {
 
 struct HeapUse {
-  std::size_t bytes;        // in use, each block with what the heap itself adds to it
+  std::size_t bytes;        // in use, including the heap's overhead for each block
   std::size_t blocks;       // in use
-  std::size_t peak;         // most bytes since ResetHeapPeak
-  std::size_t allocations;  // so far
-  std::size_t asked;        // sum of the sizes of all allocations so far, shrinking ones left out
+  std::size_t peak;         // the most bytes in use since ResetHeapPeak
+  std::size_t allocations;  // number of all allocations so far
+  std::size_t asked;        // sum of the sizes of all allocations so far, except shrinking ones
 };
 HeapUse CurrentHeap();
 void ResetHeapPeak();

@@ -1,5 +1,5 @@
-// nlohmann::json: behind the platform's converters, and fed with the UTF-16 units themselves, which
-// it then converts on its own.
+// nlohmann::json. One document gets text that the platform has converted to UTF-8. The other gets
+// UTF-16, which the library converts itself.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,5 @@
-// The rows of this module: its archive where there is one, else the JSON floor beneath it.
+// The rows of this module. On Windows they use its archive. Natively there is no archive, so they
+// use the JSON library below it.
 #pragma once
 
 #ifdef _WIN32

@@ -1,4 +1,4 @@
-// This module's archive, as calls use it under Windows.
+// Reads and writes with this module's archive, as element calls do. Windows only.
 #pragma once
 
 #include "Workloads.h"
@@ -24,7 +24,7 @@ class OursDocument {
   JArchive archive_;
 };
 
-// The text stays where the archive has it, as on a request's way to the pipe.
+// Returns the archive's own text without a copy, as for a request that is written to the pipe.
 inline TextView ViewOf(const JArchive& archive) {
   static Text buffer;
   return archive.toString(buffer);

@@ -1,4 +1,5 @@
-// This module's JSON floor alone, where there is no archive: natively.
+// Reads and writes with this module's JSON library alone, for native programs, which have no
+// archive.
 #pragma once
 
 #include <memory>
@@ -31,7 +32,7 @@ class OursDocument {
   std::size_t next_ = 0;
 };
 
-// As an archive holds what is written to it.
+// A list that is kept as text, which is how an archive keeps the values written to it.
 inline TextView ViewOf(const std::shared_ptr<base::ListText>& list) { return list->View(); }
 
 inline std::shared_ptr<base::ListText> WriteOurs(const Values& values) {

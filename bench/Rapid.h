@@ -1,7 +1,8 @@
-// RapidJSON: behind the platform's converters, in situ as well, and in UTF-16 from end to end.
+// RapidJSON. Used with UTF-8 text from the platform's converters, also parsed in situ, and with
+// UTF-16 throughout.
 #pragma once
 
-// Its own fast paths, which it leaves off by default.
+// Switches on RapidJSON's fast code, which is off by default.
 #define RAPIDJSON_SSE2
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
@@ -15,7 +16,7 @@ using Utf16 = rapidjson::UTF16<Unit>;
 
 class RapidUtf16Document {
  public:
-  // This version takes a length for UTF-8 alone; the texts here do end in a zero.
+  // This version of RapidJSON takes a length only for UTF-8. The texts here end with a zero.
   explicit RapidUtf16Document(TextView text) { document_.Parse(text.data()); }
   std::int32_t Int() { return document_[next_++].GetInt(); }
   HandedOut String() {
@@ -47,7 +48,7 @@ class RapidUtf8Document {
   rapidjson::SizeType next_ = 0;
 };
 
-// Parses within the text that the conversion gave.
+// Parses in place, in the converted text.
 class RapidInSituDocument : public RapidUtf8Document {
  public:
   explicit RapidInSituDocument(TextView text) : utf8_(ToUtf8(text)) {
@@ -63,7 +64,7 @@ inline TextView ViewOf(const RapidUtf16Buffer& buffer) {
   return {buffer.GetString(), buffer.GetSize() / sizeof(Unit)};
 }
 
-// The text stays in RapidJSON's own buffer, which could be sent as it is.
+// Returns RapidJSON's own buffer, because a program could send its text without a copy.
 inline RapidUtf16Buffer WriteRapidUtf16(const Values& values) {
   RapidUtf16Buffer buffer;
   rapidjson::Writer<RapidUtf16Buffer, Utf16, Utf16> writer(buffer);

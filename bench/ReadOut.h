@@ -1,4 +1,4 @@
-// Reading a document the way calls do: each value once, in order, by its known kind.
+// Reads a document as element calls do: each value once, in order, with a known kind.
 #pragma once
 
 #include "Harness.h"

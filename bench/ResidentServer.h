@@ -1,4 +1,4 @@
-// The server in its process, for as long as the client lives.
+// Starts bench_server, and ends it in the destructor.
 #pragma once
 
 #include <windows.h>
@@ -9,13 +9,13 @@ namespace bench {
 
 class ResidentServer {
  public:
-  // `pause` in milliseconds, before an instance listens again.
+  // An instance of the pipe waits `pause` milliseconds before it listens again.
   ResidentServer(const wchar_t* host, unsigned instances, unsigned pause);
   ~ResidentServer();
   ResidentServer(const ResidentServer&) = delete;
   ResidentServer& operator=(const ResidentServer&) = delete;
 
-  // Of the content that it serves under the tailored scheme.
+  // The address of the content that the server serves as a tailored broker.
   const std::wstring& Address() const { return address_; }
   const std::wstring& PipeName() const { return pipeName_; }
 

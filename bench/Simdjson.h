@@ -1,5 +1,5 @@
-// simdjson, natively and for reading only. Its parsers are kept, as its makers advise: they then
-// allocate nothing for a document.
+// simdjson, which only reads. Native programs only. The parsers are kept, as its documentation
+// advises, so that they allocate nothing for a document.
 #pragma once
 
 #include <simdjson.h>
@@ -8,7 +8,7 @@
 
 namespace bench {
 
-// Both of its ways give an iterator over the array's values.
+// Both of its interfaces have an iterator over the values of an array.
 template <class Iterator>
 class SimdjsonReader {
  public:

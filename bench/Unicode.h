@@ -1,5 +1,5 @@
-// UTF-16 text as each platform has it, the platform's own converters, and the form in which a text
-// that was read is handed out: under Windows a BSTR, elsewhere a string.
+// The platform's type for UTF-16 text, its converters, and the type in which a program gets a text
+// that was read: a BSTR on Windows, otherwise a string.
 #pragma once
 
 #include <cstddef>
@@ -68,7 +68,8 @@ using HandedOut = std::u16string;
 inline std::size_t LengthOf(const HandedOut& text) { return text.size(); }
 inline const Unit* UnitsOf(const HandedOut& text) { return text.data(); }
 
-// The standard library's facet: on short texts faster than iconv, on long ones its equal.
+// The standard library's converter. It is faster than iconv for short texts, and as fast for long
+// ones.
 inline const std::codecvt_utf8_utf16<char16_t> facet;
 
 inline std::u16string ToUtf16(std::string_view utf8) {

@@ -50,10 +50,11 @@ Workload MakeEntries() {
 Workload MakeTexts() {
   std::minstd_rand random(kSeed);
   Builder builder("10,000 texts of 40 characters");
-  // As captions are: Latin words with an accent now and then, else words of the script's own.
+  // The texts resemble captions: Latin words with some accented letters, and words in other
+  // scripts.
   static constexpr struct {
-    std::uint16_t first;  // of its letters
-    int every;            // so many characters
+    std::uint16_t first;  // the script's first letter
+    int every;            // every n-th character is of this script
   } kScripts[] = {{0x00E0, 6}, {0x0430, 1}, {0x4E2D, 1}};
   static constexpr std::uint16_t kEscaped[] = {'"', '\\', '\n', '\t', 1};
   for (std::size_t i = 0; i < 10000; ++i) {
@@ -95,7 +96,7 @@ Workload MakeInts(std::size_t count) {
 
 Workload MakeShortTexts(std::size_t count) {
   Builder builder("texts");
-  // All of one length, so that an element is the same whatever their count.
+  // All texts have the same length, so that the time per element does not depend on their number.
   for (std::size_t i = 0; i < count; ++i)
     builder << Text(Widen("caption ") += ObjectId(1000 + i % 9000));
   return builder.Take();

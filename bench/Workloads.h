@@ -1,4 +1,4 @@
-// What is read and written: program values, and the message text that stands for them.
+// The values that the programs write to message text and read from it.
 #pragma once
 
 #include <cstdint>
@@ -23,10 +23,10 @@ using Values = std::vector<Value>;
 struct Workload {
   std::string name;
   Values values;
-  std::vector<Kind> kinds;  // of the values: what the reader knows
+  std::vector<Kind> kinds;  // the kinds of the values, which a reader knows
 };
 
-// What a writer gave, as text.
+// Returns the text that a writer has made.
 inline TextView ViewOf(const Text& text) { return text; }
 
 Workload MakeRequest();

@@ -1,5 +1,5 @@
-// An answer's text to values as it grows from 10 elements to a million: time and memory of each
-// element should not change.
+// Reads answers of 10 to 1,000,000 elements. Time and memory per element should not depend on the
+// number of elements.
 #include <algorithm>
 
 #include "Harness.h"
@@ -26,9 +26,9 @@ double LargestRatio(const std::vector<double>& values) {
 void MeasureKind(Report& report, const char* kind, Workload (*make)(std::size_t)) {
   std::vector<Workload> workloads;
   for (std::size_t count = 10; count <= 1000000; count *= 10) workloads.push_back(make(count));
-  Table table = {"growth", std::string("text to ") + kind + ", one element of", {}, 2};
+  Table table = {"growth", std::string("text to ") + kind + ", time per element", {}, 2};
   Grid grid = {"growth",
-               std::string("text to ") + kind + ": peak of the heap, bytes an element",
+               std::string("text to ") + kind + ": peak of the heap, bytes per element",
                {"", "bytes/element"},
                {}};
   std::vector<double> peaks;
@@ -48,7 +48,7 @@ void MeasureKind(Report& report, const char* kind, Workload (*make)(std::size_t)
     return LargestRatio({values.begin() + first, values.end()});
   };
   report.Print({"growth",
-                std::string(kind) + ": most by least of one element",
+                std::string(kind) + ": largest value per element divided by the smallest",
                 {"", "time", "peak"},
                 {{"10 to 1,000,000 elements", {from(medians, 0), from(peaks, 0)}},
                  {"1,000 to 1,000,000 elements", {from(medians, 2), from(peaks, 2)}}}});

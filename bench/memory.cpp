@@ -1,5 +1,5 @@
-// What a loaded message keeps on the heap, and what loading it asks of the heap, beside RapidJSON's
-// documents.
+// Shows how much heap a loaded message uses, and how many bytes loading it allocates, compared with
+// RapidJSON's documents.
 #include "Harness.h"
 #include "HeapCount.h"
 #include "Ours.h"
@@ -9,7 +9,8 @@ namespace {
 
 using namespace bench;
 
-// In situ in a text of its own length: how much the converter reserves is not RapidJSON's affair.
+// Parses in situ, in a text without spare capacity, because that would count against RapidJSON
+// though the converter reserved it.
 class TightInSituDocument : public RapidUtf8Document {
  public:
   explicit TightInSituDocument(TextView text) : utf8_(ToUtf8(text)) {
@@ -45,7 +46,7 @@ int main(int count, char** arguments) {
     const std::size_t elements = workload.values.size();
     report.Print({"memory",
                   workload.name + ": heap of the loaded message",
-                  {"", "bytes/element", "bytes", "blocks", "bytes asked for"},
+                  {"", "bytes/element", "bytes", "blocks", "bytes requested"},
                   {LineOf<OursDocument>("TesselSLB", text, elements),
                    LineOf<RapidUtf16Document>("RapidJSON, UTF-16", text, elements),
                    LineOf<RapidUtf8Document>("RapidJSON, UTF-8", text, elements),

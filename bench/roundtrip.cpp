@@ -1,5 +1,5 @@
-// An element call of the public interface against a resident server, beside the system calls that
-// it consists of, and beside the system's own one-call client.
+// Measures an element call of the public interface to a running server. Compares it with the system
+// calls that it consists of, and with CallNamedPipeW, the system's own client in one call.
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -17,11 +17,11 @@ namespace {
 using namespace bench;
 using namespace TesselSilverlight;
 
-// What the server answers to an object: see server.cpp.
+// The answers of the server, see server.cpp. The id of the object selects the answer.
 struct Answer {
   const char* name;
-  wchar_t text;   // the object that gives one text
-  wchar_t items;  // the object that gives as much in items, or 0
+  wchar_t text;   // the id for an answer with one text
+  wchar_t items;  // the id for an answer of the same size with many items, or 0
   std::size_t bytes;
 };
 constexpr Answer kAnswers[] = {
@@ -36,10 +36,10 @@ class Element {
     record_.uriScheme = SL_TAILORED_URI;
     record_.sourceUri = server.Address().c_str();
   }
-  // The server has no objects to give back.
+  // Clears the id, because the server has no objects to release.
   ~Element() { ::SysFreeString(std::exchange(record_.objectId, nullptr)); }
 
-  // Both give how many units they were handed out.
+  // Both return the number of UTF-16 units that they received.
   std::size_t ReadAttribute() const {
     static wchar_t name[] = L"name";
     wchar_t* value = nullptr;
@@ -64,7 +64,7 @@ std::wstring RequestOf(wchar_t object) {
   return L"[10,77,\"" + std::wstring(1, object) + L"\",\"name\"]";
 }
 
-// The same answer, in three ways.
+// Different ways to get the same answer.
 struct Ways {
   Ways(const ResidentServer& server, const Answer& answer)
       : pipeName(server.PipeName()),
@@ -125,7 +125,8 @@ void MeasureOneThread(Report& report, const ResidentServer& server) {
   }
 }
 
-// Each thread makes its calls at the same time as the others; a sample is the time by the calls.
+// All threads make their calls at the same time. A sample is the total time divided by the number
+// of calls.
 Row MakeThreadsRow(const char* name, const ResidentServer& server, int threads,
                    void (Ways::*way)()) {
   constexpr int kCalls = 25;
@@ -147,7 +148,7 @@ Row MakeThreadsRow(const char* name, const ResidentServer& server, int threads,
 void MeasureThreads(Report& report, const ResidentServer& server) {
   for (const int threads : {4, 8}) {
     report.Measure({"roundtrip",
-                    std::to_string(threads) + " threads, answer of 60 bytes, time by the calls",
+                    std::to_string(threads) + " threads, answer of 60 bytes, time per call",
                     {MakeThreadsRow(kBare, server, threads, &Ways::Bare),
                      MakeThreadsRow(kCall, server, threads, &Ways::Call),
                      MakeThreadsRow(kOneCall, server, threads, &Ways::OneCall)}});
@@ -168,7 +169,7 @@ void MeasureSlowServer(Report& report) {
        report.Quick() ? 20u : 100u});
 }
 
-// A thread's share of calls, one after the other. Returns the time of each, in seconds.
+// Makes the calls of one thread. Returns the time of each call in seconds.
 std::vector<double> TimeCalls(const ResidentServer& server, void (Ways::*way)(), int calls) {
   using Clock = std::chrono::steady_clock;
   Ways ways(server, kAnswers[0]);
@@ -181,7 +182,7 @@ std::vector<double> TimeCalls(const ResidentServer& server, void (Ways::*way)(),
   return samples;
 }
 
-// The calls of all threads. A call that fails ends the program, so each thread finishes its share.
+// Makes the calls of all threads and appends their times. A call that fails ends the program.
 void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<double>& samples) {
   constexpr int kThreads = 8, kCalls = 25;
   std::vector<std::future<std::vector<double>>> threads;
@@ -193,7 +194,7 @@ void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<
   }
 }
 
-// Without CallNamedPipeW, which fails when another client takes the instance that it waited for.
+// Leaves out CallNamedPipeW, which fails if another client takes the instance that it waited for.
 void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
   struct {
     const char* name;

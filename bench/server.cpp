@@ -1,8 +1,8 @@
-// The resident broker that calls are measured against: canned answers, from as many instances of
-// the pipe as it is told, so that one always listens.
+// The server for the measurements of calls. It sends fixed answers. It can serve many instances of
+// the pipe, so that one of them always listens.
 //
-// bench_server CLIENT-PROCESS PIPE INSTANCES PAUSE: PAUSE is in milliseconds, before an instance
-// listens again. It ends with the client's process.
+// bench_server CLIENT-PROCESS PIPE INSTANCES PAUSE: an instance waits PAUSE milliseconds before it
+// listens again. The server ends when the client's process ends.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -21,7 +21,8 @@ std::wstring OneText(std::size_t units) {
   return L"[0,\"" + std::wstring(units - 6, L'v') + L"\"]";
 }
 
-// Items of 20 characters; the last is longer, so that the answer has just that many units.
+// Returns items of 20 characters. The last one is longer, so that the answer has exactly `units`
+// units.
 std::wstring Items(std::size_t units) {
   constexpr std::size_t kItem = 20;
   const std::size_t count = (units - 20) / (kItem + 3);
@@ -30,7 +31,7 @@ std::wstring Items(std::size_t units) {
   return text + L",\"" + std::wstring(units - text.size() - 4, L'j') + L"\"]";
 }
 
-// The request's object names the answer.
+// The id of the object in the request selects the answer.
 const std::wstring& AnswerTo(const wchar_t* request) {
   static const std::wstring small = OneText(kSmall), middle = OneText(kMiddle),
                             large = OneText(kLarge), middleItems = Items(kMiddle),
@@ -83,5 +84,5 @@ int main() {
   const DWORD pause = std::stoul(arguments[4]);
   for (DWORD i = 0; i < instances; ++i) std::thread(Serve, arguments[2], instances, pause).detach();
   ::WaitForSingleObject(client, INFINITE);
-  ::ExitProcess(0);  // with all that still serve
+  ::ExitProcess(0);  // also ends the threads that still serve
 }

@@ -1,4 +1,5 @@
-// Where the time of an element call goes: the module's own steps, beside the system calls of each.
+// Shows how the time of an element call is spent: the module's steps, compared with the system
+// calls of each step.
 #include <array>
 #include <chrono>
 #include <memory>
@@ -21,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kSteps = 7;
 using Samples = std::array<std::vector<double>, kSteps>;
 
-// Times what lies between its marks.
+// Stores the time between one Mark and the next.
 class Steps {
  public:
   explicit Steps(Samples& samples) : samples_(samples) {}
@@ -78,12 +79,12 @@ void BareSteps(const ResidentServer& server, const std::wstring& request, Sample
   steps.Mark();
   call.Connect();
   steps.Mark();
-  steps.Mark();  // nothing is encoded
+  steps.Mark();  // this call has nothing to encode
   call.Write();
   steps.Mark();
   call.Read();
   steps.Mark();
-  steps.Mark();  // nothing is decoded
+  steps.Mark();  // this call has nothing to decode
   call.Close();
   steps.Mark();
 }

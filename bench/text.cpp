@@ -1,4 +1,4 @@
-// Message text to values and back, beside the JSON libraries that one would otherwise pick.
+// Measures reading values from message text and writing them, compared with other JSON libraries.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -20,11 +20,12 @@ constexpr const char* kOurs = "TesselSLB";
 
 void Require(bool same, const std::string& row, const Workload& workload) {
   if (same) return;
-  std::fprintf(stderr, "%s: %s: not the same as the others\n", workload.name.c_str(), row.c_str());
+  std::fprintf(stderr, "%s: %s: other values or text than ours\n", workload.name.c_str(),
+               row.c_str());
   std::exit(1);
 }
 
-// The rows of one workload, each checked once before it may run for time.
+// The rows of one workload. The result of each row is checked once before it is measured.
 class Rows {
  public:
   explicit Rows(const Workload& workload)
@@ -45,7 +46,7 @@ class Rows {
     }));
   }
 
-  // Gives how many times the fastest rival's time is ours.
+  // Returns the time of the fastest rival divided by our time.
   double Measure(Report& report, const char* direction) {
     const auto results =
         report.Measure({"text", workload_.name + ": " + direction, std::move(rows_)});
@@ -66,7 +67,7 @@ class Rows {
 int main(int count, char** arguments) {
   Report report(count, arguments);
   Grid summary = {
-      "text", "time of the fastest rival, ours being 1", {"", "reading", "writing"}, {}};
+      "text", "time of the fastest rival divided by ours", {"", "reading", "writing"}, {}};
   for (const Workload& workload : AllWorkloads()) {
     Rows rows(workload);
     rows.AddReader<OursDocument>(kOurs);
