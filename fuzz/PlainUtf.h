@@ -1,5 +1,5 @@
-// UTF-8 and UTF-16 once more, by the definitions and with no thought of speed: what the conversions
-// of json/ are held against. It shares no code with them.
+// A second implementation of UTF-8 and UTF-16, written for clarity and not for speed. The fuzzers
+// compare the conversions of json/ with it. It shares no code with them.
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace plain {
 
 inline bool IsSurrogate(std::uint32_t code) { return code / 0x800 == 0x1B; }
 
-// The code points that JSON text never holds as they are.
+// The code points that the writer replaces with U+FFFD.
 inline bool IsNoncharacter(std::uint32_t code) {
   return code % 0x10000 >= 0xFFFE || (code >= 0xFDD0 && code < 0xFDF0);
 }
@@ -47,8 +47,8 @@ inline base::Utf16Text Utf16(std::uint32_t code) {
           static_cast<base::Utf16Unit>(0xDC00 + (code - 0x10000) % 1024)};
 }
 
-// Whether well-formed UTF-8 can begin with these bytes. Whatever follows gives a code between that
-// of the lowest and that of the highest continuation bytes.
+// Returns whether a well-formed code point of `length` bytes can begin with these bytes. The
+// missing bytes can make any code from `low` to `high`.
 inline bool CanBegin(std::string_view bytes, std::size_t length) {
   static constexpr std::uint32_t kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
   std::uint64_t low = static_cast<unsigned char>(bytes[0]) & (0x7F >> length), high = low;
@@ -64,8 +64,8 @@ inline bool CanBegin(std::string_view bytes, std::size_t length) {
   return low <= high && !surrogates_only;
 }
 
-// What stands at the start of `bytes`, which are not empty. Not valid: the longest part with which
-// well-formed text can begin, at least one byte.
+// Returns the first code point of `bytes`, which must not be empty. If it is not valid, returns the
+// length of the longest part with which well-formed text can begin, which is at least one byte.
 inline base::CodePoint First(std::string_view bytes) {
   const auto lead = static_cast<unsigned char>(bytes[0]);
   if (lead < 0x80) return {lead, 1, true};

@@ -8,7 +8,7 @@
 #include "fuzz/Require.h"
 #include "json/JsonWriter.h"
 
-// Of the sanitizers' runtime; GCC comes without the header that declares them.
+// The sanitizers' runtime has these functions, but GCC lacks the header that declares them.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*on_malloc)(const volatile void*,
                                                                            std::size_t),
                                                          void (*on_free)(const volatile void*));
@@ -16,7 +16,7 @@ extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block
 
 namespace {
 
-// Bytes that are allocated now and were at most, counted while `counting`.
+// The bytes that are allocated now, and their maximum. Counted only while `counting` is true.
 bool counting = false;
 std::ptrdiff_t live = 0, most = 0;
 
@@ -48,7 +48,7 @@ std::unique_ptr<Document> WrittenAndRead(const Document& document) {
   return Read(base::Utf16View(text));
 }
 
-// What a value is, as text that another value does not have.
+// Returns type and content of a value as text. Different values have different texts.
 std::string Shown(const base::ValueView& value) {
   const std::string type = std::to_string(static_cast<int>(value.type())) + ' ';
   if (const auto flag = value.GetIfBool()) return type + std::to_string(*flag);
@@ -59,7 +59,8 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
-// A list's first step goes 50 units far: what stands before the text chooses where in it.
+// The first step of a list is 50 units long. This inserts blanks before the text, so that the step
+// ends at another place of each text.
 template <class Text>
 void CheckSteps(Text text) {
   std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);
@@ -74,7 +75,7 @@ void CheckSteps(Text text) {
 template <class Text>
 std::unique_ptr<Document> Checked(Text text) {
   using Unit = typename Text::value_type;
-  // A block of its exact size, so that the sanitizer sees a read beyond it.
+  // A block of the text's exact size, so that the sanitizer reports a read beyond it.
   const std::unique_ptr<Unit[]> exact(new Unit[text.size()]);
   std::copy(text.begin(), text.end(), exact.get());
   Require(hooks != 0, "allocations can be counted");
@@ -83,7 +84,7 @@ std::unique_ptr<Document> Checked(Text text) {
   std::unique_ptr<Document> read = Read(Text(exact.get(), text.size()));
   counting = false;
   Require(most > 0, "allocations are counted");
-  // Far below a MiB, so that short texts show what long ones would take.
+  // The constant is small, so that short texts too can show that reading takes too much memory.
   const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
   Require(most <= allowed, "reading takes at most 40 times the text");
   if (!text.empty() && text.front() == '[') CheckSteps(text);
@@ -91,7 +92,8 @@ std::unique_ptr<Document> Checked(Text text) {
 
   const std::unique_ptr<Document> again = WrittenAndRead(*read);
   Require(again != nullptr, "what was written can be read");
-  // Two keys may become one where noncharacters do; from then on nothing changes.
+  // The writer replaces noncharacters, so two keys may become equal in the first round. After that
+  // nothing may change.
   if (!HoldsNoncharacter(read->values))
     Require(SameDocument(read, again), "what was written reads the same");
   Require(SameDocument(again, WrittenAndRead(*again)), "what was written twice reads the same");

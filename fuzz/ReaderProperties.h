@@ -1,4 +1,4 @@
-// What holds of every text that a reader is given, whichever reader it is.
+// The properties that both readers must have for every text.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ struct Document {
   base::ListValue values;
 };
 
-// Null for a text that is refused.
+// Returns null if the text is refused.
 template <class Text>
 std::unique_ptr<Document> Read(Text text, std::size_t step = base::kReadStep) {
   auto document = std::make_unique<Document>();
@@ -22,8 +22,8 @@ std::unique_ptr<Document> Read(Text text, std::size_t step = base::kReadStep) {
   return document;
 }
 
-// Reads the text and checks what reading costs, and that what was read is the same when it is
-// written and read again.
+// Reads the text. Checks the memory that reading takes, and that the values stay the same when they
+// are written and read again.
 std::unique_ptr<Document> ReadChecked(std::string_view utf8);
 std::unique_ptr<Document> ReadChecked(base::Utf16View text);
 

@@ -1,4 +1,4 @@
-// What every fuzzer needs: a way to say that a property does not hold, and units made of bytes.
+// Helpers of every fuzzer: a check of a property, and UTF-16 text made from the input's bytes.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,9 @@ inline void Require(bool holds, const char* property) {
   std::abort();
 }
 
-// A byte of ASCII is its unit, 0xFF starts any unit, any other byte one of the upper half: so bytes
-// that were changed at random still give text with all kinds of surrogates in it.
+// Makes UTF-16 units from bytes. An ASCII byte is one unit. 0xFF and the next two bytes make any
+// unit. Any other byte and the next one make a unit of 0x8000 or above. So bytes that were changed
+// at random still make text with all kinds of surrogates.
 inline base::Utf16Text UnitsOf(const std::uint8_t* data, std::size_t size) {
   base::Utf16Text text;
   for (std::size_t i = 0; i < size; ++i) {

@@ -1,4 +1,4 @@
-// The reader on any UTF-16 text.
+// Fuzzes the reader with UTF-16 text.
 #include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
 

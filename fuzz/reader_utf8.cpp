@@ -1,4 +1,4 @@
-// The reader on any bytes.
+// Fuzzes the reader with any bytes.
 #include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
 

@@ -1,4 +1,4 @@
-// Gives a fuzzer every file of the folders that are named, once: its seeds as a test.
+// Runs a fuzzer once with every file of the given folders, which makes its seeds a test.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -1,4 +1,4 @@
-// The conversions between UTF-8 and UTF-16 against the plain ones.
+// Fuzzes the conversions between UTF-8 and UTF-16, and compares them with those of PlainUtf.h.
 #include <memory>
 
 #include "fuzz/PlainUtf.h"
@@ -20,9 +20,9 @@ void CheckBytes(std::string_view bytes) {
   for (const char* at = exact.get(); at != end;) {
     const base::CodePoint expected = plain::First({at, static_cast<std::size_t>(end - at)});
     const base::CodePoint first = base::Decode(at, end);
-    Require(first.valid == expected.valid, "the same bytes are UTF-8");
-    Require(first.length == expected.length, "a code point or an ill-formed part is as long");
-    Require(!first.valid || first.code == expected.code, "bytes are the same code point");
+    Require(first.valid == expected.valid, "both decoders find the bytes valid or invalid");
+    Require(first.length == expected.length, "both decoders read the same number of bytes");
+    Require(!first.valid || first.code == expected.code, "both decoders read the same code point");
     at += first.length;
   }
 }
@@ -35,8 +35,8 @@ void CheckText(base::Utf16View text) {
   list.AppendString({exact.get(), text.size()});
   const base::StringView kept = list.At(0).GetIfString().value();
   Require(base::ToUtf8(kept) == plain::ToUtf8(codes), "UTF-16 becomes the same UTF-8");
-  Require(base::Utf8Length(kept) == plain::ToUtf8(codes).size(), "UTF-8 has that length");
-  Require(base::Utf16Length(kept) == expected.size(), "a string has as many units");
+  Require(base::Utf8Length(kept) == plain::ToUtf8(codes).size(), "the UTF-8 length is the same");
+  Require(base::Utf16Length(kept) == expected.size(), "the UTF-16 length is the same");
 
   const auto copied = [](const base::StringView& from) {
     const std::size_t size = base::Utf16Length(from);
@@ -44,7 +44,7 @@ void CheckText(base::Utf16View text) {
     base::CopyAsUtf16(from, units.get());
     return base::Utf16Text(units.get(), size);
   };
-  Require(copied(kept) == expected, "a string gives the same UTF-16");
+  Require(copied(kept) == expected, "a string becomes the same UTF-16");
   const base::Utf16Text up_to_zero = expected.substr(0, expected.find(base::Utf16Unit{}));
   Require(copied(base::UpToZero(kept)) == up_to_zero, "a string ends at the first zero");
 }

@@ -1,4 +1,4 @@
-// The writer on any values: its text always reads back as the same values.
+// Fuzzes the writer with any values. Its text must always read back as the same values.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -12,10 +12,10 @@
 
 namespace {
 
-constexpr int kMaxDepth = 198;  // of what stands in the outermost list
+constexpr int kMaxDepth = 198;  // within the outermost list
 constexpr std::size_t kMaxString = 6000;
 
-// Builds values of the input's bytes, and beside them those that must come back.
+// Builds values from the input's bytes, and the values that must be read back.
 class Builder {
  public:
   Builder(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
@@ -23,7 +23,7 @@ class Builder {
   base::ListValue values, expected;
   bool writable = true;
   base::ListText asText;
-  bool allAsText = true;  // all of them stand in asText as they are
+  bool allAsText = true;  // asText holds all values unchanged
 
   void Build() {
     while (at_ != end_) AddValue(0);
@@ -89,7 +89,7 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // Where nothing is open to be closed: now and then a value that no text can hold.
+      // This kind ends a list. If no list is open, it sometimes adds a value that JSON cannot hold.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");
@@ -116,13 +116,13 @@ void Builder::AddString(std::size_t size, std::size_t times) {
   std::u32string codes = plain::Decode(base::Utf16View(text));
   const bool taken = asText.AppendString(text);
   Require(taken == std::none_of(codes.begin(), codes.end(), plain::IsNoncharacter),
-          "a list that stands as text takes what reads back the same, nothing else");
+          "a list kept as text accepts exactly the strings that read back the same");
   allAsText = taken && allAsText;
   std::replace_if(codes.begin(), codes.end(), plain::IsNoncharacter, 0xFFFD);
   expected.AppendString(plain::ToUtf16(codes));
 }
 
-// Keys of ASCII: two that were not would become one when they are replaced.
+// Keys are ASCII only. Otherwise replaced characters could make two keys equal.
 void Builder::AddKey(const std::string& key) {
   const base::Utf16Text text(key.begin(), key.end());
   values.AppendString(text);
@@ -154,15 +154,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   built.Build();
   base::Utf16Text text(1, 'o');
   const bool written = base::WriteJson(built.values, text);
-  Require(written == built.writable, "what text can hold is written, nothing else");
+  Require(written == built.writable, "exactly the values that JSON can hold are written");
   if (!written) {
-    Require(text.empty(), "what cannot be written leaves no text");
+    Require(text.empty(), "a refused list leaves no text");
     return 0;
   }
-  Require(!built.allAsText || built.asText.View() == text,
-          "a list that stands as text is the same");
+  Require(!built.allAsText || built.asText.View() == text, "a list kept as text has the same text");
   const auto read = Read(base::Utf16View(text));
-  Require(read && read->type == base::ValueType::kList, "what was written reads as a list");
-  Require(SameValues(read->values, built.expected), "what was written reads as the same values");
+  Require(read && read->type == base::ValueType::kList, "written text reads as a list");
+  Require(SameValues(read->values, built.expected), "written text reads as the same values");
   return 0;
 }
