@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Measures the module beside what one would otherwise use, and prints the ratios.
+# Measures the module and alternatives to its parts, and prints the ratios.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -7,19 +7,19 @@ usage() {
   cat <<'TEXT'
 usage: ./bench.sh [--quick] [--json FILE] [GROUP...]
 
-Installs what is missing, builds optimised, and measures natively and under
-Wine. All rows of a table run side by side; docs/performance.md tells what
-they mean.
+Installs missing packages, makes an optimised build, and measures natively and
+under Wine. All rows of a table run side by side; docs/performance.md explains
+the tables.
 
   GROUP        run only these groups:
-                 text       message text to values and back
-                 memory     heap of a loaded message
-                 roundtrip  an element call against a resident server
+                 text       reading values from message text and writing them
+                 memory     heap use of a loaded message
+                 roundtrip  an element call to a running server
                  log        a disabled log line
-                 growth     time and memory as the answer grows
-  --quick      fewer rounds, less than two minutes in all once built
-  --json FILE  write the tables to a file, too
-  --help       this text
+                 growth     time and memory per element as the answer grows
+  --quick      fewer rounds; takes less than two minutes after the build
+  --json FILE  also write the tables to a file
+  --help       print this text
 TEXT
 }
 
@@ -45,7 +45,7 @@ while [ $# -gt 0 ]; do
 done
 [ ${#chosen[@]} -gt 0 ] || chosen=("${groups[@]}")
 
-# What each group runs, natively and under Wine.
+# The programs of each group, natively and under Wine.
 declare -A native_programs=([text]=text [memory]=memory [growth]=growth)
 declare -A wine_programs=([text]=text [memory]=memory [roundtrip]='roundtrip stages' [log]=log [growth]=growth)
 
@@ -53,7 +53,7 @@ mkdir -p "$ROOT/build"
 require_packages g++ rapidjson-dev libsimdjson-dev
 build bench bench
 build mingw bench
-# A prefix of its own: the tests' one has its log switched on.
+# Uses a prefix of its own, because the log is switched on in the prefix of the tests.
 hold_wine "$ROOT/build/wine-bench"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-bench
 

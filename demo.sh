@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Shows the bridge at work: a broker that serves a scene, and the inspector that looks at it.
+# Shows how the bridge works: starts a broker that serves a scene, and inspects it with the inspector.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -7,11 +7,11 @@ usage() {
   cat <<'TEXT'
 usage: ./demo.sh [SCENE]
 
-Installs what is missing, builds, starts a broker that serves the scene, and
-shows what the inspector finds there, from another process, through the module.
+Installs missing packages, builds, starts a broker that serves the scene, and
+inspects it from another process, through the module.
 
-  SCENE     a scene file (docs/scene.md); tools/scenes/login.json if absent
-  --help    this text
+  SCENE     a scene file (docs/scene.md); the default is tools/scenes/login.json
+  --help    print this text
 TEXT
 }
 
@@ -20,7 +20,7 @@ broker=
 failures=0
 output=
 
-# Ends the broker as Ctrl-C does, by force only if it hangs. Gives its exit code.
+# Ends the broker as Ctrl-C does, or by force if it hangs. Returns its exit code.
 stop_broker() {
   local pid=$broker i
   broker=
@@ -49,10 +49,10 @@ start_broker() {
   done
 }
 
-# fact KEY: what the broker prints behind it.
+# fact KEY: prints the value that the broker printed for the key.
 fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$output"; }
 
-# tessel COMMAND [OPTION...]: one run of the inspector.
+# tessel COMMAND [OPTION...]: runs the inspector.
 tessel() {
   local command=$1
   shift
@@ -60,20 +60,21 @@ tessel() {
     tr -d '\r'
 }
 
-# show COMMAND [OPTION...]: the run as its user would type it, and what it reports.
+# show COMMAND [OPTION...]: prints the command as a user would type it, runs it, and prints its report.
 show() {
   local report
   printf '\n  $ tessel %s\n' "${*@Q}" | sed "s/'\([A-Za-z0-9,=.-]*\)'/\1/g"
   if report=$(tessel "$@"); then
     head -n "$most_lines" <<<"$report" | sed 's/^/    /'
     local more=$(($(wc -l <<<"$report") - most_lines))
-    [ "$more" -le 0 ] || printf '    ... and %d lines more\n' "$more"
+    [ "$more" -le 0 ] || printf '    ... and %d more lines\n' "$more"
   else
     failures=$((failures + 1))
   fi
 }
 
-# element_with FACT: a point at which an element is found for which the broker prints that fact.
+# element_with FACT: prints a point at which the inspector finds an element with that fact. FACT is a
+# pattern for a line of the broker.
 element_with() {
   local line point= id=
   while IFS= read -r line <&3; do
@@ -94,7 +95,7 @@ show_identity() {
   local point
   point=$(element_with 'attribute: value') || point=$(element_with 'parent: *') ||
     point=$(element_with '*') || return 0
-  step "One element: where it stands, and how to find it again"
+  step "One element: its place, and how to find it again"
   show at "$point"
   show parent --at="$point"
   show ancestors --at="$point"
@@ -107,7 +108,7 @@ show_identity() {
 
 show_actions() {
   local point
-  step "Acting, and the state that changed"
+  step "Actions, and the states that they change"
   if point=$(element_with 'attribute: value'); then
     show get value --at="$point"
     show set 'Hello, bridge' --at="$point"

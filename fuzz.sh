@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Looks for inputs that break the portable part.
+# Runs the fuzzers, which look for inputs that break the portable part.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -8,15 +8,15 @@ usage() {
   cat <<TEXT
 usage: ./fuzz.sh [SECONDS] [FUZZER...]
 
-Installs what is missing, builds the fuzzers natively with Clang's libFuzzer and
-the address and undefined-behaviour sanitizers, and runs one after the other,
-from the seeds in fuzz/corpus. Ends with the number of inputs that each has
-tried, and with 1 where an input breaks something: it is kept below
-build/fuzz/findings.
+Installs missing packages, builds the fuzzers natively with Clang's libFuzzer
+and the address and undefined-behaviour sanitizers, and runs them one after the
+other, from the seeds in fuzz/corpus. Prints the number of inputs that each
+fuzzer has tried. If an input breaks something, saves the input below
+build/fuzz/findings and exits with code 1.
 
-  SECONDS   for each fuzzer, 60 if not given
-  FUZZER    of: ${fuzzers[*]}; all if none is named
-  --help    this text
+  SECONDS   time for each fuzzer; the default is 60
+  FUZZER    run only these of: ${fuzzers[*]}
+  --help    print this text
 TEXT
 }
 
@@ -33,12 +33,12 @@ done
 
 mkdir -p "$ROOT/build"
 build_packages=(cmake ninja-build)
-# The runtime of the default Clang: its package has the version in its name.
+# The package with the sanitizers of the default Clang has Clang's version in its name.
 require_packages g++ clang llvm googletest
 require_packages "$(dpkg-query -W -f='${Depends}' clang | sed -n 's/^\(.*, *\)\?clang-\([0-9]*\).*/libclang-rt-\2-dev/p')"
 build fuzz
 
-# fuzz NAME: prints what libFuzzer says to a log, and the number of inputs.
+# fuzz NAME: runs a fuzzer, writes its output to a log, and prints the number of inputs.
 fuzz() {
   local name=$1 corpus=$ROOT/build/fuzz/corpus/$1 log=$ROOT/build/fuzz/$1.log status=0
   local seeds=("$ROOT/fuzz/corpus/$name")

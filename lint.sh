@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Looks at the product's sources with a second compiler and with clang-tidy.
+# Checks the product's sources with a second compiler and with clang-tidy.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -7,13 +7,13 @@ usage() {
   cat <<'TEXT'
 usage: ./lint.sh [FILTER...]
 
-Installs what is missing and checks the product's sources with clang-tidy, as
+Installs missing packages and checks the product's sources with clang-tidy.
 Clang compiles them for MinGW's target with warnings as errors. .clang-tidy
 lists the checks, and says why some are off.
 
   FILTER    check only the sources whose path matches one of these regular
             expressions, e.g. ./lint.sh json/ Pipe
-  --help    this text
+  --help    print this text
 TEXT
 }
 
@@ -30,7 +30,7 @@ names=$(IFS='|' && echo "$*")
 mapfile -t sources < <(find json logging wire Common tools -name '*.cpp' | grep -E -e "$names" | sort)
 [ ${#sources[@]} -gt 0 ] || die "no source matches $*"
 
-# Clang does not find the headers of GCC's variant with POSIX threads by itself.
+# Clang does not find the headers of the GCC with POSIX threads by itself, so this names them.
 library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
 options=(-p build/mingw --quiet --extra-arg=--target=x86_64-w64-mingw32 --extra-arg=-nostdinc++
          --extra-arg=-Wno-unknown-warning-option)
@@ -39,4 +39,4 @@ for folder in "$library" "$library/x86_64-w64-mingw32" "$library/backward"; do
 done
 step "Checking ${#sources[@]} sources"
 printf '%s\0' "${sources[@]}" | xargs -0 -P 2 -n 2 clang-tidy "${options[@]}" 2>build/lint.log ||
-  die "clang-tidy has found something (what it says besides: build/lint.log)"
+  die "clang-tidy has found something (its other output: build/lint.log)"

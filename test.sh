@@ -7,13 +7,13 @@ usage() {
   cat <<'TEXT'
 usage: ./test.sh [FILTER...]
 
-Installs what is missing, builds everything and runs the tests, under Wine and
-natively under the sanitizers.
+Installs missing packages, builds everything and runs the tests, under Wine and
+natively with the sanitizers.
 
   FILTER    run only the suites whose name matches one of these regular
             expressions, e.g. ./test.sh pipe '^log$'
   --list    list the suites
-  --help    this text
+  --help    print this text
 TEXT
 }
 

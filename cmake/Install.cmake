@@ -1,4 +1,5 @@
-# The installed tree: what a client needs of the module, and the tools. It may be moved as a whole.
+# Installs the module, the files that clients need to use it, and the tools. The installed folder can be
+# moved.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS TesselSLB SceneBroker tessel

@@ -1,4 +1,5 @@
-# find_package(TesselSLB): the target TesselSLB::TesselSLB, for clients and for broker hosts.
+# find_package(TesselSLB) reads this file. It defines the target TesselSLB::TesselSLB, for clients and
+# for broker hosts.
 if(TARGET TesselSLB::TesselSLB)
   return()
 endif()
@@ -10,8 +11,8 @@ else()
 endif()
 
 add_library(TesselSLB::TesselSLB SHARED IMPORTED)
-# oleaut32: the headers free and copy BSTRs in the client itself. With iterator debugging a vector
-# has a pointer more than the module knows of.
+# oleaut32: inline functions of the headers free and copy BSTRs. _ITERATOR_DEBUG_LEVEL: with iterator
+# debugging a vector has one more pointer, which the module does not expect.
 set_target_properties(TesselSLB::TesselSLB PROPERTIES
   IMPORTED_LOCATION "${_prefix}/bin/TesselSLB_x64.dll"
   IMPORTED_IMPLIB "${_prefix}/lib/${_library}"

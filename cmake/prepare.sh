@@ -1,4 +1,4 @@
-# Sourced by the scripts: what several of them need.
+# Functions that several scripts share. The scripts source this file.
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 BIN=$ROOT/build/mingw/bin
@@ -10,13 +10,14 @@ die() {
   exit 1
 }
 
-# What the build needs; require_packages [PACKAGE...] installs what is missing of it and of the others.
+# The packages that the build needs. require_packages [PACKAGE...] installs the missing ones of these and
+# of the packages named.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {
   local wanted=("${build_packages[@]}" "$@") missing=() as_root=() package
   if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    die "this is no Debian system; install what these packages hold, then build by hand: ${wanted[*]}"
+    die "this is not a Debian system; install the software of these packages, then build by hand: ${wanted[*]}"
   fi
   for package in "${wanted[@]}"; do
     dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
@@ -36,7 +37,7 @@ require_packages() {
   } 2>&1 | tee "$ROOT/build/install.log" || die "cannot install ${missing[*]}"
 }
 
-# configure PRESET
+# configure PRESET: configures build/PRESET.
 configure() {
   step "Configuring build/$1"
   cd "$ROOT"
@@ -46,7 +47,7 @@ configure() {
   }
 }
 
-# build PRESET [TARGET...]
+# build PRESET [TARGET...]: configures and builds all targets, or those that are named.
 build() {
   local preset=$1
   shift
@@ -60,10 +61,11 @@ prepare_wine() {
   "$ROOT/cmake/run-wine.sh" || exit 1
 }
 
-# hold_wine PREFIX...: keeps each prefix, its services and its desktop awake until the script ends, and
-# then ends all programs in it. Else the server goes with the last program, and takes with it, with code 0,
-# who came meanwhile. And the first program in an idle prefix starts Wine's services, the first with a
-# window its desktop, and these inherit the program's output: whoever reads that would wait for them too.
+# hold_wine PREFIX...: keeps wineserver, the services and the desktop of each prefix running until the
+# script ends, and then ends all programs in the prefix. There are two reasons:
+# - wineserver exits with the last program. Programs that have just started then exit with code 0.
+# - The first program in an idle prefix starts Wine's services, and the first one with a window starts the
+#   desktop. Both inherit the program's output, so a reader of that output would wait for them too.
 held=()
 hold_wine() {
   local prefix
@@ -72,9 +74,10 @@ hold_wine() {
   for prefix in "$@"; do
     [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
     in_prefix "$prefix" || exit 1
-    in_prefix "$prefix" --server -p 2>/dev/null || true  # runs already
+    in_prefix "$prefix" --server -p 2>/dev/null || true  # fails if it already runs
     held+=("$prefix")
-    # One after the other: two that start a desktop at the same time may wait ten seconds for it.
+    # Starts the programs one after the other, because two programs that start a desktop at the same time
+    # may wait ten seconds for it.
     in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
     in_prefix "$prefix" notepad >/dev/null 2>&1 &
     in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
@@ -87,8 +90,8 @@ release_wine() {
 }
 in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null; }
 
-# ends_with_word PATTERN COMMAND...: its code, but 1 unless it has printed a line of that pattern. A
-# program whose Wine ends under it leaves 0.
+# ends_with_word PATTERN COMMAND...: runs the command and returns its exit code, or 1 if it prints no line
+# that matches. The exit code alone is not enough: it is 0 for a program whose wineserver was ended.
 ends_with_word() (
   set -o pipefail
   { "${@:2}" | tee /dev/fd/4 4>&1 >&3 | grep -c "$1" >/dev/null; } 3>&1
