@@ -29,7 +29,7 @@ class Caller {
   SLElemData Content() const;
   bool IsHandedOut(SLElemData& element);
 
-  // Makes the call and judges its code. Returns true if its outputs must be right.
+  // Makes the call and checks its code. Returns true if its outputs must be right.
   template <class Function>
   bool Succeeds(const Operation& operation, int status, Function function);
   void Expect(bool right, const Operation& operation);

@@ -9,8 +9,8 @@ namespace soak {
 
 namespace {
 
-constexpr DWORD kNonsenseMilliseconds = 150;  // for each kind
-constexpr int kNonsenseKinds = 8;             // per fault
+constexpr DWORD kNonsenseMilliseconds = 150;  // for each kind of nonsense
+constexpr int kNonsenseKinds = 8;             // kinds in one fault
 // Longer than a call waits for a connection or for an answer.
 constexpr DWORD kSilentMilliseconds = wire::kPipeTimeoutMilliseconds + 2000;
 

@@ -38,7 +38,7 @@ class FaultyBroker {
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // How many lives were ended in order, and after how many of those objects were left.
+  // How many lives were ended in order, and how many of those ended with unreleased objects.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 

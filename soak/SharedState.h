@@ -32,7 +32,7 @@ struct SharedState {
   std::atomic<long> ready{0};  // clients that have finished their warm-up
   std::atomic<long> stop{0};
   std::atomic<long> wantCalm{0};     // 1 while clients must not hold elements
-  std::atomic<long> calmThreads{0};  // threads that currently hold none because of wantCalm
+  std::atomic<long> calmThreads{0};  // threads that hold no elements because of wantCalm
 
   struct Broker {
     std::atomic<Life> life{};

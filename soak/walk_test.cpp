@@ -120,7 +120,8 @@ TEST(Walk, ReleasesEveryElement) {
       if (step % 40 != 0) continue;
       // A client without the module requests three elements and leaves before it gets the answer.
       RawClient client(tools::Wide(broker.Fact("pipe")));
-      client.Send(tools::Wide(broker.Request(R"([8,?, "user"])")));  // the module writes no space
+      client.Send(tools::Wide(
+          broker.Request(R"([8,?, "user"])")));  // the space marks it as not the module's
       vanished += 3;
       while (ownServed * 3 < vanished) ::Sleep(1);
     }

@@ -52,7 +52,7 @@ class ChildProcess {
   void Kill() { ::TerminateProcess(process_.hProcess, 99); }
 
  private:
-  // Removes carriage returns.
+  // Reads up to `end` or the end of the output, without carriage returns.
   std::string ReadUntil(char end) {
     std::string text;
     DWORD read = 0;
