@@ -1,11 +1,10 @@
-#include "tools/inspector/ActionReports.h"
-
+// tessel. The commands that act on an element.
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {
 
-// `what` completes "cannot ... element ...".
+// `what` goes into the error text "cannot WHAT element ID", for example "click".
 template <class Action>
 Report Act(const Content& content, const std::string& what, Action action) {
   const ElementOwner element = content.FindElement();
@@ -16,8 +15,6 @@ Report Act(const Content& content, const std::string& what, Action action) {
 }
 
 CComBSTR GivenText(const Content& content) { return tools::Wide(content.Options().text).c_str(); }
-
-}  // namespace
 
 Report Click(const Content& content) {
   return Act(content, "click", [](const SLElemData& element) {
@@ -49,3 +46,29 @@ Report Select(const Content& content) {
                return TesselSilverlight::SelectItem(element, text);
              });
 }
+
+void AddText(CLI::App& command, InspectorOptions& options) {
+  command.add_option("text", options.text, "The text; may be empty")->required()->type_name("TEXT");
+}
+
+void AddItem(CLI::App& command, InspectorOptions& options) {
+  command.add_option("item", options.text, "The item's text")->required()->type_name("ITEM");
+}
+
+void AddOff(CLI::App& command, InspectorOptions& options) {
+  command.add_flag("--off", options.off, "Uncheck it");
+}
+
+using enum InspectorCommand::Target;
+
+constexpr InspectorCommand kCommands[] = {
+    {"click", "Click an element", kByOptions, &Click},
+    {"set", "Set the value of an element", kByOptions, &SetText, &AddText},
+    {"setfocus", "Give an element the focus", kByOptions, &GiveFocus},
+    {"check", "Check an element, or uncheck it", kByOptions, &Check, &AddOff},
+    {"select", "Select an item of an element that is a list", kByOptions, &Select, &AddItem},
+};
+
+}  // namespace
+
+std::span<const InspectorCommand> ActionCommands() { return kCommands; }

@@ -1,4 +1,4 @@
-// tessel. Its commands.
+// tessel. The tables of its commands. Each table is in the file that carries out its commands.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -9,14 +9,19 @@
 #include "tools/inspector/Report.h"
 
 struct InspectorCommand {
-  // Whether --at, --focus, --find and --parent say what it is about.
+  // How the user names the element: by --at, --focus and --find, by the same or not at all, by the
+  // command's own arguments, or never. The first three also have --parent.
   enum class Target { kByOptions, kByOptionsOrWhole, kByItself, kWhole };
 
   const char* name;
   const char* description;
   Target target;
-  void (*addOptions)(CLI::App& command, InspectorOptions& options);
   Report (*run)(const Content& content);
+  // Adds the options that only this command has. Null if it has none.
+  void (*addOptions)(CLI::App& command, InspectorOptions& options) = nullptr;
 };
 
-std::span<const InspectorCommand> AllCommands();
+std::span<const InspectorCommand> LookupCommands();   // LookupReports.cpp
+std::span<const InspectorCommand> ElementCommands();  // ElementReports.cpp
+std::span<const InspectorCommand> ActionCommands();   // ActionReports.cpp
+std::span<const InspectorCommand> TreeCommands();     // TreeReport.cpp

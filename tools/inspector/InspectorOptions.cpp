@@ -21,7 +21,7 @@ void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions
   CLI::App& subcommand = *app.add_subcommand(command.name, command.description);
   AddContentOptions(subcommand, options);
   AddTargetOptions(subcommand, command.target, options);
-  command.addOptions(subcommand, options);
+  if (command.addOptions != nullptr) command.addOptions(subcommand, options);
   subcommand.callback([&command, &options] {
     if (options.parentSteps > 0 && !options.NamesElement()) {
       throw CLI::RequiresError("--parent", "an element: one of --at, --focus and --find");
@@ -37,6 +37,9 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
   app.allow_windows_style_options(false);  // "/x" is an argument, not an option
   app.require_subcommand(1);
   app.footer("tessel COMMAND --help shows the options of a command.\n\n" + ExitCodeHelp());
-  for (const InspectorCommand& command : AllCommands()) AddCommand(app, command, options);
+  for (const auto commands :
+       {LookupCommands(), ElementCommands(), ActionCommands(), TreeCommands()}) {
+    for (const InspectorCommand& command : commands) AddCommand(app, command, options);
+  }
   return tools::ParseCommandLine(app);
 }

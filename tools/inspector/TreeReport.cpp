@@ -1,9 +1,10 @@
-#include "tools/inspector/TreeReport.h"
-
+// tessel. The command that reads all elements. It reports them as text, indented by depth, or as a
+// scene file of version 1.
 #include <algorithm>
 #include <map>
 
 #include "tools/inspector/ElementTexts.h"
+#include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/TargetWindow.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
@@ -108,8 +109,6 @@ void AddElementLines(Report& report, const Json& elements) {
   }
 }
 
-}  // namespace
-
 void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
   command
       .add_option(
@@ -134,3 +133,12 @@ Report ReportTree(const Content& content) {
   AddElementLines(report, elements);
   return report;
 }
+
+constexpr InspectorCommand kCommands[] = {
+    {"tree", "All elements; with --json a scene file that SceneBroker serves again",
+     InspectorCommand::Target::kWhole, &ReportTree, &AddTreeOptions},
+};
+
+}  // namespace
+
+std::span<const InspectorCommand> TreeCommands() { return kCommands; }

@@ -1,5 +1,5 @@
-// SceneBroker. From a request, [command, process, object, ...], to a call of the function that
-// answers it: the function's parameters say what the request has to hold.
+// SceneBroker. Turns a request, [command, process, object, ...], into a call of the function that
+// answers it. The types of the function's parameters say which values the request must hold.
 #pragma once
 
 #include <optional>
@@ -11,10 +11,10 @@
 #include "tools/scenebroker/SceneText.h"
 #include "tools/scenebroker/ServedScene.h"
 
-inline constexpr std::size_t kObject = 2;         // where the request names its object
-inline constexpr std::size_t kFirstArgument = 3;  // and where the command's own values begin
+inline constexpr std::size_t kObject = 2;         // index of the object's id in the request
+inline constexpr std::size_t kFirstArgument = 3;  // index of the command's first own value
 
-// The value as a T: an int, a bool or a std::string.
+// T is int, bool or std::string. Returns nothing if the value has another type.
 template <class T>
 std::optional<T> ValueAs(const Json& value) {
   if constexpr (std::is_same_v<T, int>) return AsInt32(value);
@@ -27,7 +27,7 @@ std::optional<T> ValueAs(const Json& value) {
   return std::nullopt;
 }
 
-// The values from `first` on, when there are so many and all are of their types.
+// Returns the values from index `first` on, or nothing if one is missing or has the wrong type.
 template <class... Types, std::size_t... kIndex>
 std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t first,
                                              std::index_sequence<kIndex...>) {
@@ -42,9 +42,10 @@ std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t fi
   return ValuesAs<Types...>(request, first, std::index_sequence_for<Types...>());
 }
 
-// Object is what the command does with the object's id: SceneElement& wants an element that is
-// there, const SceneElement* takes the empty id too and is null then, const std::string& judges
-// the id itself.
+// The type of the function's second parameter, Object, says which object ids the command accepts:
+// - SceneElement&, const or not: the id of an element of the scene.
+// - const SceneElement*: the same or the empty id, which becomes null and means the whole scene.
+// - const std::string&: any id. The function receives the id itself.
 template <auto function>
 struct RequestCall;
 

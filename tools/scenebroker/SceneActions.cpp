@@ -1,7 +1,9 @@
-#include "tools/scenebroker/SceneActions.h"
-
+// SceneBroker. The commands that change the scene. Their answers hold only a status.
 #include <algorithm>
 #include <utility>
+
+#include "tools/scenebroker/RequestCall.h"
+#include "tools/scenebroker/SceneCalls.h"
 
 namespace {
 
@@ -11,7 +13,9 @@ Json Change(ServedScene& served, State& state, const Value& value) {
   return StatusAnswer(wire::kSuccess);
 }
 
-}  // namespace
+Json FocusElement(ServedScene& served, SceneElement& element) {
+  return Change(served, served.scene.focus, element.id);
+}
 
 Json ClickElement(ServedScene& served, SceneElement& element) {
   if (element.checked) Change(served, element.checked, !*element.checked);
@@ -21,10 +25,6 @@ Json ClickElement(ServedScene& served, SceneElement& element) {
 Json SetElementValue(ServedScene& served, SceneElement& element, const std::string& text) {
   if (!element.value) return StatusAnswer(wire::kNotSupported);
   return Change(served, element.value, text);
-}
-
-Json FocusElement(ServedScene& served, SceneElement& element) {
-  return Change(served, served.scene.focus, element.id);
 }
 
 Json CheckElement(ServedScene& served, SceneElement& element, bool checked) {
@@ -38,3 +38,17 @@ Json SelectElementItem(ServedScene& served, SceneElement& element, const std::st
   }
   return Change(served, element.selected, item);
 }
+
+using wire::Command;
+
+constexpr SceneCall kCalls[] = {
+    {Command::kClick, &RequestCall<&ClickElement>::Answer},
+    {Command::kSetValue, &RequestCall<&SetElementValue>::Answer},
+    {Command::kSetFocus, &RequestCall<&FocusElement>::Answer},
+    {Command::kCheck, &RequestCall<&CheckElement>::Answer},
+    {Command::kSelectItem, &RequestCall<&SelectElementItem>::Answer},
+};
+
+}  // namespace
+
+std::span<const SceneCall> ActionCalls() { return kCalls; }

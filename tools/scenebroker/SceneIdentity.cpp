@@ -1,6 +1,9 @@
-#include "tools/scenebroker/SceneIdentity.h"
-
+// SceneBroker. The commands that identify an element among the others, list its ancestors, or
+// search for elements. Each id in a list of elements counts as an object handed out.
 #include <algorithm>
+
+#include "tools/scenebroker/RequestCall.h"
+#include "tools/scenebroker/SceneCalls.h"
 
 namespace {
 
@@ -15,7 +18,7 @@ bool IsAlike(const SceneElement& one, const SceneElement& other) {
   return TextOf(one, kName) == TextOf(other, kName) && TextOf(one, kType) == TextOf(other, kType);
 }
 
-// Among those below the parent that look like the element.
+// The element's position among the elements below the parent that have the same name and type.
 int PositionAmongAlike(const Scene& scene, const SceneElement& element,
                        const std::string& parentId) {
   const std::vector<int> levels = scene.LevelsBelow(parentId);
@@ -35,8 +38,6 @@ bool Matches(const std::string& text, const std::string& search, bool partly) {
   if (search.empty()) return true;
   return partly ? text.find(search) != std::string::npos : text == search;
 }
-
-}  // namespace
 
 Json ElementIdentity(ServedScene& served, const SceneElement& element, const std::string& parentId,
                      int wantsNumber) {
@@ -90,3 +91,16 @@ Json FindElements(ServedScene& served, const SceneElement* root, const std::stri
   answer[1] = count;
   return answer;
 }
+
+using wire::Command;
+
+constexpr SceneCall kCalls[] = {
+    {Command::kIdentity, &RequestCall<&ElementIdentity>::Answer},
+    {Command::kSelector, &RequestCall<&ElementSelector>::Answer},
+    {Command::kCollection, &RequestCall<&FindElements>::Answer},
+    {Command::kAncestry, &RequestCall<&ElementAncestry>::Answer},
+};
+
+}  // namespace
+
+std::span<const SceneCall> IdentityCalls() { return kCalls; }

@@ -1,14 +1,14 @@
-#include "tools/scenebroker/SceneReading.h"
+// SceneBroker. The commands that find one element, read it or release it.
+#include "tools/scenebroker/RequestCall.h"
+#include "tools/scenebroker/SceneCalls.h"
 
 namespace {
 
-// The answer that holds one object; an empty id is none.
+// Answers with one element's id and counts it as handed out. An empty id means no element.
 Json HandOut(ServedScene& served, const std::string& id) {
   if (!id.empty()) served.objects.HandOut(id);
   return Json::array({0, id});
 }
-
-}  // namespace
 
 Json ElementAtPoint(ServedScene& served, const SceneElement* /*root*/, int x, int y,
                     int /*option*/) {
@@ -42,3 +42,23 @@ Json ElementItems(ServedScene& /*served*/, const SceneElement& element, bool /*o
   for (const std::string& item : *element.items) answer.push_back(item);
   return answer;
 }
+
+Json ReleaseObject(ServedScene& served, const std::string& id) {
+  return Json::array({0, served.objects.Release(id)});
+}
+
+using wire::Command;
+
+constexpr SceneCall kCalls[] = {
+    {Command::kElementFromPoint, &RequestCall<&ElementAtPoint>::Answer},
+    {Command::kRectangle, &RequestCall<&ElementRectangle>::Answer},
+    {Command::kRelease, &RequestCall<&ReleaseObject>::Answer},
+    {Command::kParent, &RequestCall<&ParentElement>::Answer},
+    {Command::kAttribute, &RequestCall<&ElementAttribute>::Answer},
+    {Command::kFocusedElement, &RequestCall<&FocusedElement>::Answer},
+    {Command::kItems, &RequestCall<&ElementItems>::Answer},
+};
+
+}  // namespace
+
+std::span<const SceneCall> ReadingCalls() { return kCalls; }

@@ -1,4 +1,4 @@
-// SceneBroker. Answers requests from a scene: which command a request is, and for whom.
+// SceneBroker. Answers the requests of clients from the scene.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 struct SceneAnswer {
   std::string text;
-  int changedBy = 0;  // the command, when it changed the scene
+  int changedBy = 0;  // the number of the command if it changed the scene, else 0
 };
 
 class SceneService {
@@ -17,7 +17,8 @@ class SceneService {
   // `processId` is the process that shows the scene.
   SceneService(ServedScene& served, DWORD processId) : served_(served), processId_(processId) {}
 
-  // The answer to a request's text; both are UTF-8. Never fails: a status says what is wrong.
+  // Returns the answer to a request. Both texts are UTF-8. A request that cannot be served is
+  // answered with a status that says why.
   SceneAnswer Answer(const std::string& request);
 
  private:
