@@ -1,0 +1,18 @@
+# cmake -DFROM=... -DLIBRARY=... -DNM=... -DTO=... -P: writes the export definition file of a module that is
+# built with GCC or Clang. For each element function in LIBRARY it adds the Itanium name, and makes the
+# Microsoft name in FROM an alias of it. GCC cannot produce Microsoft names, so FROM must have one for each.
+execute_process(COMMAND ${NM} --defined-only --extern-only ${LIBRARY}
+  OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "_ZN17TesselSilverlight[0-9][^\r\n]*" symbols "${symbols}")
+file(READ ${FROM} text)
+foreach(symbol IN LISTS symbols)
+  string(REGEX MATCH "Silverlight([0-9]+)(.*)" match ${symbol})
+  string(SUBSTRING "${CMAKE_MATCH_2}" 0 ${CMAKE_MATCH_1} function)
+  string(REGEX REPLACE "(\"[?]${function}@TesselSilverlight@@[^\"]*\")" "${symbol}\n  \\1 = ${symbol}"
+    extended "${text}")
+  if(extended STREQUAL text)
+    message(FATAL_ERROR "${FROM} has no Microsoft name for ${function}: see docs/contributing.md")
+  endif()
+  set(text "${extended}")
+endforeach()
+file(WRITE ${TO} "${text}")
