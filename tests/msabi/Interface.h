@@ -1,5 +1,5 @@
-// The module's interface, declared a second time for a client that is built for Microsoft's ABI. It
-// includes no header of the module, so the two share only the binary interface.
+// The interface as a client of Microsoft's compiler sees it. It repeats the public header on
+// purpose, with the same names and layouts: client and module then share only the binary interface.
 #pragma once
 
 using DWORD = unsigned long;
@@ -11,7 +11,7 @@ struct tagRECT {
   long left, top, right, bottom;
 };
 
-// A text is a pointer to its first character. This header lies in memory just before it.
+// The header of a text. The pointer to a text points to the first unit after the header.
 struct TextHeader {
   struct TextManager* manager;
   int length, capacity;

@@ -1,11 +1,11 @@
-// Calls every element function of the module and prints the results, which expected.txt holds. The
-// environment variable WINDOW names the window in which a broker serves the sign-in form. The
-// client has no C++ runtime. Its exit code is the number of texts that were not freed.
+// Calls every element function of the module. A broker serves the sign-in form in the window that
+// the environment variable WINDOW names. The program is linked without a C++ runtime. expected.txt
+// holds its output. Its exit code is the number of texts that were not freed.
 #include "Interface.h"
 
 namespace api = TesselSilverlight;
 
-// The client's string manager; the module has its own.
+// The string manager of this client. The module has another one.
 struct TextManager {
   virtual TextHeader* Allocate(int units, int unitSize) noexcept {
     const auto size = sizeof(TextHeader) + (units + 1ull) * unitSize;
@@ -61,7 +61,7 @@ void ShowAndFree(Vector<T> vector) {
   printf("storage freed: %d\n", HeapFree(GetProcessHeap(), 0, vector.first));
 }
 
-// Shows each way in which the module replaces the text of a record.
+// Makes the module replace the text of a record in each possible way.
 void ShowTexts() {
   SLElemData from = Record(), found = Record(L"replaced"), locked = Record(), copied = Record(L"");
   Show("GetElemFromPoint", api::GetElemFromPoint(from, {150, 130}, 0 /*option*/, found));
@@ -101,7 +101,7 @@ void ShowReading(const SLElemData& user) {
   ShowAndFree(parent);
 }
 
-// One of the vectors is full, so the module must allocate new storage to append to it.
+// One vector is full, so the module must allocate new storage to append to it.
 void ShowVectors(const SLElemData& user, const SLElemData& branch) {
   auto* storage = static_cast<SLElemData*>(HeapAlloc(GetProcessHeap(), 0, sizeof(SLElemData)));
   *storage = Record();

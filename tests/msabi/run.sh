@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh BUILD: compiles and links a client for Microsoft's ABI, and runs it with the module and a
-# broker.
+# run.sh BUILD: compiles and links a client for Microsoft's binary interface, and runs it with the module
+# and a broker. The link fails if TesselSLB.def has a wrong Microsoft name.
 set -eu
 work=$1/msabi-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
@@ -10,7 +10,7 @@ need llvm-dlltool llvm
 rm -rf "$work"
 mkdir -p "$work"
 
-# import LIBRARY FUNCTION...: makes the import library of a Windows DLL.
+# import LIBRARY FUNCTION...: makes an import library for a DLL of Windows.
 import() {
   printf '%s\n' "LIBRARY $1.dll" EXPORTS "${@:2}" >"$work/$1.def"
   llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
@@ -26,11 +26,11 @@ lld-link /nodefaultlib /entry:Start /subsystem:console "/out:$work/client.exe" "
   "$work"/*.lib "$1/lib/TesselSLB_x64.lib"
 
 start_broker "$1/bin" http://msabi.example/
-# The client finds the module in the current folder.
+# Windows finds the module in the current folder.
 cd "$1/bin"
 WINDOW=$(fact window) timeout 60 "$root/cmake/run-wine.sh" "$work/client.exe" >"$work/client.txt" ||
   fail "the client ended with $?"
 stop_broker 13
-# The client's output, followed by the requests that the broker served, without the process id.
+# The client's output, then the requests and answers that the broker printed, without process ids.
 sed -n 's/^served: \[\([0-9]*\),[0-9]*/[\1/p' "$work/broker.txt" >>"$work/client.txt"
 diff --strip-trailing-cr "$root/tests/msabi/expected.txt" "$work/client.txt" || fail "unexpected results"
