@@ -9,9 +9,13 @@
 #include "tools/inspector/Report.h"
 
 struct InspectorCommand {
-  // How the user names the element: by --at, --focus and --find, by the same or not at all, by the
-  // command's own arguments, or never. The first three also have --parent.
-  enum class Target { kByOptions, kByOptionsOrWhole, kByItself, kWhole };
+  // How the user names the element. All except kWhole also have --parent.
+  enum class Target {
+    kByOptions,         // by --at, --focus or --find
+    kByOptionsOrWhole,  // by the same, or the command looks at the whole content
+    kByItself,          // the command's name and arguments say it
+    kWhole,             // the command always looks at the whole content
+  };
 
   const char* name;
   const char* description;
