@@ -42,12 +42,11 @@ extern "C" {
 // of a content address.
 //
 // scheme          an SLUriScheme value of TesselCodes.h.
-// connectTimeout  how long each ReadMessage waits for a client, in milliseconds. 0xFFFFFFFF:
-// without
-//                 limit.
+// connectTimeout  how long each ReadMessage waits for a client, in milliseconds. 0xFFFFFFFF is
+//                 without limit.
 // source          the address. Null stands for an empty one. A value below 0x10000 is the id of a
-//                 string in the resources of TesselSLB_x64.dll, which holds none so far: an empty
-//                 one.
+//                 string in the resources of TesselSLB_x64.dll. The module holds no strings so
+//                 far, so such an id stands for an empty address too.
 //
 // A channel that is open is closed first, except after -3, which leaves it open. But call
 // UninitComm before: InitComm does not wake a thread that is still in ReadMessage or WriteMessage.
@@ -67,8 +66,9 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 //       success included, leave it unchanged.
 //
 // Takes up to `connectTimeout`, and then 3 s for a client that sends nothing. The 3 s limit each
-// wait for a part of the message: a client that cancels and repeats its writes can make a call
-// longer. Result: 0, -1, -2, -3, -5, -6, -15.
+// wait for a part of the message, so a client that cancels and repeats its writes can make a call
+// longer.
+// Result: 0, -1, -2, -3, -5, -6, -15.
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 
 // Sends the answer, waits until the client has read it, and disconnects the client, also when the
