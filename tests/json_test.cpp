@@ -263,7 +263,8 @@ TEST(ZeroSearch, FindsTheZeroAtEveryPositionInABlock) {
       std::fill_n(text + start, length, static_cast<base::Utf16Unit>(0x100));
       EXPECT_EQ(base::UpToZero(text + start).size(), length) << start;
       EXPECT_EQ(base::FindZero(text + start, text + 64), text + start + length);
-      EXPECT_EQ(base::FindZero(text + start, text + start + length), text + start + length);
+      const std::vector<base::Utf16Unit> exact(length, u'a');  // reads nothing beyond the text
+      EXPECT_EQ(base::FindZero(exact.data(), exact.data() + length), exact.data() + length);
       const std::string ascii(length, 'a');
       const std::string padded = ascii + std::string(start, '\0');
       EXPECT_EQ(base::UpToZero(base::StringView{padded, {}}).ascii, ascii);
