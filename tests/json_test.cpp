@@ -206,7 +206,7 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);  // just fills its block
-  const Utf16Text texts[] = {{}, {'b'}, Utf16Text(130, u'\u20AC'), Utf16Text(3300, 1), filling};
+  const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // together they reach every text size
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {

@@ -39,9 +39,9 @@ tessel_test(windows LIBRARIES TesselSLB)
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 
-# Tests that are scripts around a broker: Ctrl-C, clients of the installed tree, and a client for
+# Tests that are scripts: the test names in documents, Ctrl-C, clients of the installed tree, and a client for
 # Microsoft's ABI.
-foreach(script ctrl_c install msabi)
+foreach(script ctrl_c docs install msabi)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
