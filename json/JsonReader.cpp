@@ -79,7 +79,7 @@ class DocumentReader {
     const std::size_t rest = limit_ - in_.at;
     if (in_.Left() >= step_) step_ = rest;
     const std::size_t step = std::min(step_, rest);
-    if (out_.UnitsWithRoom() < step) out_.MakeRoom(step, EstimateSize(rest - step));
+    if (!out_.HasRoom(step)) out_.MakeRoom(step, EstimateSize(rest - step));
     EndStepWithRoom();
     return true;
   }

@@ -10,7 +10,7 @@
 namespace base {
 
 // Empty strings, each with its comma, need the most room for their length: three units become the
-// head of a string.
+// head of a string. An int and its comma are six bytes for two units, and brackets two bytes each.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
 // Room for the last string of a text. It may have no comma, or the text may end inside it, after
@@ -23,15 +23,15 @@ constexpr std::size_t MostPacked(std::size_t units) {
 }
 
 // The inverse: returns the greatest length of a text whose values always fit into `room` bytes.
-// `room` always contains the extra bytes, because the text read so far ended with a comma and did
-// not need them.
+// `room` must be enough for an empty text.
 constexpr std::size_t UnitsThatFit(std::size_t room) {
   assert(room >= kExtraBytes);
   return (room - kExtraBytes) / kDensestBytes * kDensestUnits + kDensestUnits - 1;
 }
 
 // The caller makes room for a piece of text, and then writes only the values of this piece. No
-// write checks the room, because the check would cost more than the write. Debug builds assert it.
+// write checks the room, because the check would cost more than the write. Debug builds assert it:
+// for a string before it is written, for other values after that.
 class PackedOutput {
  public:
   // Makes room for the values of `units` units of text. `values` must be empty.
@@ -42,6 +42,7 @@ class PackedOutput {
   std::size_t size() const { return to_ - values_.begin(); }
   std::size_t UnitsWithRoom() const { return UnitsThatFit(values_.RoomAfter(to_)); }
 
+  bool HasRoom(std::size_t units) const { return values_.RoomAfter(to_) >= MostPacked(units); }
   // Makes room for the values of `units` more units of text. May move the values written so far.
   void MakeRoom(std::size_t units) { to_ = values_.ReserveAfter(to_, MostPacked(units)); }
   // Does the same for a caller that expects about `more` bytes of further values.
@@ -54,9 +55,12 @@ class PackedOutput {
   void Put(ValueType type, T value) {
     MoveTo(packed::Put(to_, type, value));
   }
-  // The caller writes the text of the next string to this place. Then it calls PutString with the
-  // end of the text.
-  char* StringText() const { return to_ + packed::kTextHead; }
+  // The caller writes the text of the next string to this place, at most `units` units of UTF-16.
+  // Then it calls PutString with the end of the text.
+  char* StringText(std::size_t units) const {
+    assert(units == 0 || values_.RoomAfter(to_) >= packed::kTextHead + units * sizeof(Utf16Unit));
+    return to_ + packed::kTextHead;
+  }
   void PutString(ValueType type, const char* end) { MoveTo(packed::PutTextHead(to_, type, end)); }
 
   // Moves back to an earlier place, or forward to the end of values that the caller has written

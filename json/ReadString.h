@@ -99,13 +99,13 @@ template <class Unit>
 bool ReadString(TextInput<Unit>& in, PackedOutput& out) {
   if (!in.Accept('"')) return false;
   const Unit* const text = in.at;
-  if (const char* const end = ReadStringText(in, out.StringText())) {
+  if (const char* const end = ReadStringText(in, out.StringText(in.Left()))) {
     out.PutString(ValueType::kString, end);
     return true;
   }
   // The string probably is not ASCII. Read it again, and store all of it in UTF-16.
   in.at = text;
-  auto* const units = reinterpret_cast<Utf16Unit*>(out.StringText());
+  auto* const units = reinterpret_cast<Utf16Unit*>(out.StringText(in.Left()));
   const Utf16Unit* const end = ReadStringText(in, units);
   if (end == nullptr) return false;
   out.PutString(ValueType::kWideString, reinterpret_cast<const char*>(end));

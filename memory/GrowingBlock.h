@@ -69,7 +69,8 @@ class GrowingBlock {
   // Returns unused memory to the heap if there is enough of it.
   void Trim() {
     const std::size_t unused = (capacity_ - size_) * sizeof(Unit);
-    if (IsSmall() || unused < std::max(kLeastTrim, size_ * sizeof(Unit) / kTrimShare)) return;
+    if (IsSmall() || size_ == 0 || unused < std::max(kLeastTrim, size_ * sizeof(Unit) / kTrimShare))
+      return;
     if (void* const trimmed = std::realloc(begin_, BytesOf(size_))) Use(trimmed, size_);
   }
 

@@ -90,20 +90,23 @@ TEST(JsonReader, AcceptsAndRefuses) {
 }
 
 // Empty strings are the elements that need the most memory for their length. Steps and blocks end
-// at each place of an element. The tails that leave a string open must be refused.
+// at each place of an element, after every number of units that the bound rounds down. The tails
+// that leave a string open must be refused.
 TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
-  std::string text = "[\"\"";
-  for (std::size_t count = 1; count < 700; ++count, text += ",\"\"") {
-    for (const std::string_view tail :
-         {"]", ",0]", ",null]", ",\"a", ",\"\xC3\xA9", ",\"1234567\u0001"}) {
-      const std::string whole = text + std::string(tail);
-      for (const std::size_t step : {std::size_t{1}, count, base::kReadStep}) {
+  for (std::string text : {"[\"\"", "[0,\"\"", "[0,0,\"\""}) {
+    for (std::size_t count = 1; count < 400; ++count, text += ",\"\"") {
+      for (const std::string_view tail :
+           {"]", ",0]", ",null]", ",\"a", ",\"\xC3\xA9", ",\"1234567\u0001"}) {
+        const std::string whole = text + std::string(tail);
         const std::string expected = tail.ends_with(']') ? whole : "\"no value\"";
-        EXPECT_EQ(Rewritten(whole, step), expected) << count << ' ' << step;
-        EXPECT_EQ(Rewritten(convert.from_bytes(whole), step), expected) << count << ' ' << step;
+        for (const std::size_t step : {std::size_t{1}, count, base::kReadStep}) {
+          EXPECT_EQ(Rewritten(whole, step), expected) << count << ' ' << step;
+          EXPECT_EQ(Rewritten(convert.from_bytes(whole), step), expected) << count << ' ' << step;
+        }
       }
     }
   }
+  EXPECT_EQ(Rewritten('[' + std::string(3000, ' ') + ']', 3000), "[]") << "an empty block";
 }
 
 // If reading took quadratic time, each text would take hours.
