@@ -9,6 +9,7 @@
 #include <string>
 
 #include "ResidentServer.h"
+#include "wire/Timeouts.h"
 
 namespace bench {
 
@@ -90,8 +91,6 @@ class BareCall {
   }
 
  private:
-  static constexpr DWORD kTimeout = 18000;
-
   bool WaitForInstance() const {
     return ::WaitNamedPipeW(name_, 50 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
   }
@@ -102,7 +101,7 @@ class BareCall {
     return overlapped;
   }
   bool Finish(OVERLAPPED& overlapped) {
-    ::WaitForSingleObject(event_, kTimeout);
+    ::WaitForSingleObject(event_, wire::kPipeTimeoutMilliseconds);
     return ::GetOverlappedResult(pipe_, &overlapped, &transferred_, TRUE /*wait*/);
   }
 

@@ -36,6 +36,13 @@ void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   out.MoveTo(to);
 }
 
+template <class Unit>
+std::string ToAscii(const Unit* from, const Unit* end) {
+  std::string ascii;
+  for (; from != end; ++from) ascii += static_cast<char>(*from);
+  return ascii;
+}
+
 // fraction = [ '.' digits ] [ ( 'e' | 'E' ) [ '+' | '-' ] digits ]
 template <class Unit>
 bool AcceptFraction(TextInput<Unit>& in) {
@@ -70,7 +77,7 @@ bool ReadNumber(TextInput<Unit>& in, PackedOutput& out) {
     return true;
   }
   if (!whole && !AcceptFraction(in)) return false;
-  const std::optional<double> value = ParseDouble(std::string(start, in.at));
+  const std::optional<double> value = ParseDouble(ToAscii(start, in.at));
   if (value) out.Put(ValueType::kDouble, *value);
   return value.has_value();
 }

@@ -13,7 +13,6 @@
 namespace logging {
 namespace {
 
-constexpr std::size_t kLongestMessage = 4095;
 // Enough for the longest message, with 3 bytes of UTF-8 for each unit, and a stack dump.
 constexpr std::size_t kLineCapacity = std::size_t{24} * 1024;
 constexpr std::size_t kDebuggerCapacity = 8192;

@@ -11,8 +11,6 @@
 namespace logging {
 namespace {
 
-constexpr std::size_t kLongestMessage = 4095;
-
 enum class Width { kNarrow, kShort, kDefault, kLong, k64 };
 
 // One conversion of a printf format, for example "%-#0*.*I64x".

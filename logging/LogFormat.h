@@ -9,6 +9,8 @@
 
 namespace logging {
 
+inline constexpr std::size_t kLongestMessage = 4095;  // in bytes, or units of a wide message
+
 // Returns the length of the longest prefix of `text` that has at most `limit` bytes and ends with a
 // complete UTF-8 sequence.
 std::size_t WholeSequences(std::string_view text, std::size_t limit);

@@ -4,6 +4,7 @@
 // dbghelp.h needs windows.h before it
 #include <dbghelp.h>
 
+#include <memory>
 #include <mutex>
 
 namespace logging {
@@ -12,33 +13,44 @@ namespace {
 constexpr DWORD kMostFrames = 62;
 constexpr DWORD kLongestName = 100;
 
+// Not SafeHandle: that one logs, and this code runs while a line is logged.
+struct HandleCloser {
+  void operator()(HANDLE handle) const { ::CloseHandle(handle); }
+};
+using ProcessHandle = std::unique_ptr<void, HandleCloser>;
+
+ProcessHandle DuplicateOwnProcess() {
+  HANDLE duplicate = nullptr;
+  ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentProcess(), ::GetCurrentProcess(), &duplicate,
+                    0 /*access*/, FALSE /*inheritable*/, DUPLICATE_SAME_ACCESS);
+  return ProcessHandle(duplicate);
+}
+
 // Loads the symbols of this process and frees them again. The system keeps one set of symbols for
-// each handle. This class opens a handle of its own, because the host may already use the symbols
+// each handle. This class has a handle of its own, because the host may already use the symbols
 // of GetCurrentProcess(). It also holds a lock, because only one thread at a time may call the
 // symbol functions.
 class Symbols {
  public:
   Symbols() {
     ::SymSetOptions(options_ | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS);
-    initialised_ = ::SymInitialize(process_, nullptr /*search path*/, TRUE /*all modules*/);
+    initialised_ = ::SymInitialize(process_.get(), nullptr /*search path*/, TRUE /*all modules*/);
   }
   ~Symbols() {
-    if (initialised_) ::SymCleanup(process_);
+    if (initialised_) ::SymCleanup(process_.get());
     ::SymSetOptions(options_);
-    ::CloseHandle(process_);
   }
   Symbols(const Symbols&) = delete;
   Symbols& operator=(const Symbols&) = delete;
 
   bool Find(void* address, SYMBOL_INFO& symbol, DWORD64& offset) const {
-    return ::SymFromAddr(process_, reinterpret_cast<DWORD64>(address), &offset, &symbol);
+    return ::SymFromAddr(process_.get(), reinterpret_cast<DWORD64>(address), &offset, &symbol);
   }
 
  private:
   static inline std::mutex mutex_;
   const std::lock_guard<std::mutex> lock_{mutex_};
-  const HANDLE process_ = ::OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ,
-                                        FALSE /*inheritable*/, ::GetCurrentProcessId());
+  const ProcessHandle process_ = DuplicateOwnProcess();
   const DWORD options_ = ::SymGetOptions();
   bool initialised_ = false;
 };

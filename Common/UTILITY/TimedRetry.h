@@ -11,6 +11,7 @@ class TimedRetry {
  public:
   static constexpr HRESULT kCancelled = static_cast<HRESULT>(0x80040225);
   static constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x80040226);
+  static constexpr DWORD kPauseMilliseconds = 50;  // between two attempts
 
   // The time-out starts at construction. Without `cancelled` the retry cannot be cancelled.
   explicit TimedRetry(std::int32_t timeoutMilliseconds, std::function<bool()> cancelled = {})
@@ -23,7 +24,7 @@ class TimedRetry {
       if (attempt()) return S_OK;
       if (cancelled_ && cancelled_()) return kCancelled;
       if (Elapsed() > timeout_) return kTimedOut;
-      ::Sleep(50);
+      ::Sleep(kPauseMilliseconds);
     }
   }
 

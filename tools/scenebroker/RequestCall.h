@@ -17,14 +17,12 @@ inline constexpr std::size_t kFirstArgument = 3;  // index of the command's firs
 // T is int, bool or std::string. Returns nothing if the value has another type.
 template <class T>
 std::optional<T> ValueAs(const Json& value) {
-  if constexpr (std::is_same_v<T, int>) return AsInt32(value);
-  if constexpr (std::is_same_v<T, bool>) {
-    if (value.is_boolean()) return value.get<bool>();
+  if constexpr (std::is_same_v<T, int>) {
+    return AsInt32(value);
+  } else {
+    const bool fits = std::is_same_v<T, bool> ? value.is_boolean() : value.is_string();
+    return fits ? std::optional<T>(value.get<T>()) : std::nullopt;
   }
-  if constexpr (std::is_same_v<T, std::string>) {
-    if (value.is_string()) return value.get<std::string>();
-  }
-  return std::nullopt;
 }
 
 // Returns the values from index `first` on, or nothing if one is missing or has the wrong type.
