@@ -57,7 +57,7 @@ class PackedOutput {
   }
   // The caller writes the text of the next string to this place, at most `units` units of UTF-16.
   // Then it calls PutString with the end of the text.
-  char* StringText(std::size_t units) const {
+  char* StringText([[maybe_unused]] std::size_t units) const {
     assert(units == 0 || values_.RoomAfter(to_) >= packed::kTextHead + units * sizeof(Utf16Unit));
     return to_ + packed::kTextHead;
   }

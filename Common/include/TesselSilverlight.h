@@ -8,33 +8,34 @@
 // A call becomes one request to the broker of the element's content and one answer. A broker that
 // does not run yet is started. The calling thread waits for all of it: up to 16 s for a broker that
 // has to be started, then up to 18 s each for connecting, writing and reading, about 70 s together.
-// The 18 s limit each wait for a part of the answer: a hostile broker that cancels and repeats its
-// writes can make a call longer. A function that searches may do this for two schemes in turn, then
-// waits up to 30 s for other clients' injections and about 10 s for its own, and searches once
-// more: about 320 s. Each record that a refilled vector held is released by one more such call.
+// The limit of 18 s applies to each single wait for a part of the answer. A hostile broker that
+// cancels and repeats its writes can make a call longer. A function that searches tries two
+// schemes. If neither broker shows the content, it waits up to 30 s for the injections of other
+// clients and about 10 s for its own injector, and searches again: about 320 s together. When a
+// function refills a vector of records, it first releases each old record by one more call.
 //
 // Result codes: SL_SUCCESS, or one of the groups that each function names.
 //   round trip  SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or
-//               the broker's own status, which is SL_NOT_SERVED for content that it does not show
+//               the broker's own status. SL_NOT_SERVED is the status for content that the broker
+//               does not show.
 //   search      those of the round trip, and SL_INVALID_ARGUMENT (no such window), SL_FAILURE,
 //               SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED
-// What an argument receives holds for success. On any failure it is left as it was, unless the
-// function says otherwise.
+// Output arguments change only on success, unless the function says otherwise.
 //
-// Threads: any number may call at once, each with records and vectors of its own. No function is
-// bound to a thread; the one lock is that of injections, across all processes.
+// Threads: any number may call at the same time, each with its own records and vectors. No function
+// is bound to a thread. Injections lock each other out, across all processes.
 //
-// Texts are UTF-16. A BSTR that a function hands out is freed by the client with SysFreeString; a
-// vector that it fills is the client's, with its storage on the process's heap. Rectangles and
-// points are in the coordinates that the broker of the content uses, in pixels of its own; the
-// module carries them as they are.
+// Texts are UTF-16. The client frees a returned BSTR with SysFreeString. A vector that a function
+// fills belongs to the client, and its storage is on the process's heap. Rectangles and points are
+// in the coordinates of the content's broker; the module does not convert them.
 //
 // Exceptions: each failure of the broker and of the pipe has a result code and a line in the log.
-// What passes is exhausted memory: std::bad_alloc or std::length_error from a vector (an answer may
-// announce a count that no memory holds), a text or a message, ATL's exception (E_OUTOFMEMORY) from
-// a text; ATL's E_FAIL or E_INVALIDARG where a path does not fit its buffer; and std::system_error
-// where the injections' lock cannot be given its security. A client of another compiler than the
-// module's cannot catch them: they end it.
+// These exceptions may leave a function:
+//   std::bad_alloc, std::length_error  memory is exhausted, or an answer announces too many
+//   elements ATL's exception, E_OUTOFMEMORY     memory for a text is exhausted ATL's exception,
+//   E_FAIL or E_INVALIDARG  a path does not fit its buffer std::system_error                  the
+//   security of the injection mutex cannot be set up
+// A client that was built with a different compiler cannot catch them, and ends.
 #pragma once
 
 #include <windows.h>
@@ -64,29 +65,29 @@ namespace TesselSilverlight {
 // pt      the point.
 // option  passed on to the broker.
 // found   out: the element, with the window, process, scheme and address of `window`; its `rect`
-//         is left as it was. An element that the record named before is forgotten, not released.
-//         No element there: success with an empty `objectId`.
+//         does not change. An element that the record named before is not released. If there is no
+//         element: success with an empty `objectId`.
 // Result: search.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
 
 // The element that has the focus in a window. Always searches.
 //
-// focused  in: `sourceUri`. out: as `found` above. No element has the focus: success with an empty
-//          `objectId`.
+// focused  in: `sourceUri`. out: as `found` above. If no element has the focus: success with an
+//          empty `objectId`.
 // Result: search.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
-// All elements below a root that match three texts and two options; what they mean is the broker's
-// affair.
+// All elements below a root that match three texts and two options. The broker defines the meaning
+// of these.
 //
 // root    a valid record, or one with `hwnd` and `sourceUri` alone, which stands for the whole
 //         content. in and out as `window` of GetElemFromPoint; must not be one of `found`.
 // search1, search2, search3
 //         only read; null is an empty text.
 // found   out: one record for each element, `rect` included; the records that it held are released.
-//         After SL_ARCHIVE_FAILURE behind the answer's count it holds that many records, and those
-//         that could not be read name no element.
+//         If the answer ends after its count (SL_ARCHIVE_FAILURE), it holds as many records as the
+//         count says. The records that could not be read name no element.
 // Result: search; SL_INVALID_OBJECT for a root that is not valid and has no window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
@@ -96,14 +97,15 @@ TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar
 // otherwise, and nothing is sent): one that has all five of process, window, object, scheme and
 // address.
 
-// The parent of an element. `parent` out: as `found` of GetElemFromPoint, with what `child` has;
-// left as it was when there is none.
+// The parent of an element. `parent` receives it, with the window, process, scheme and address of
+// `child`. If there is no parent, `parent` does not change.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
-// The element's ancestors, with a number for each that the broker gives a meaning.
+// The element's ancestors, with a number for each. The broker defines the meaning of the numbers.
 //
-// ancestors  out: as `found` of FindCollection, but for `rect`, which is empty; `elem` must not be
+// ancestors  out: as `found` of FindCollection, except for `rect`, which is empty; `elem` must not
+// be
 //            one of them.
 // numbers    out: appended to. After SL_ARCHIVE_FAILURE the numbers read so far stay.
 // Result: round trip, SL_INVALID_OBJECT.
@@ -118,10 +120,10 @@ TESSELSLB_API int GetDefaultSelectorHierarchy(
 
 // Reading an element.
 
-// What identifies an element: three texts and a number, in the broker's meaning.
+// Identification data of an element: three texts and a number. The broker defines their meaning.
 //
 // parentObj  null, or a valid record of the same process and scheme (SL_INVALID_OBJECT otherwise):
-//            what the identification is relative to.
+//            the broker then identifies `obj` relative to this element.
 // text1, text2, text3
 //            out: BSTRs that the client frees; what was there before is overwritten, not freed.
 //            Must not be null.
@@ -134,8 +136,8 @@ TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, 
 // Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
-// The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the fields behind
-// it as they were.
+// The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the
+// remaining fields unchanged.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
@@ -152,13 +154,13 @@ TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wcha
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
                            std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items);
 
-// Acting on an element. The broker acts; success says that it has taken the command.
+// Acting on an element. Success means that the broker has accepted the command.
 
-// Clicks the element. The two ints are reserved: neither looked at nor sent.
+// Clicks the element. The two ints are reserved: neither read nor sent.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int ClickElem(const SLElemData& elem, int reserved1, int reserved2);
 
-// Sets the element's value. An empty text is one.
+// Sets the element's value. An empty text is a valid value.
 // Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null text.
 TESSELSLB_API int SetValue(const SLElemData& elem, const CComBSTR& text);
 
@@ -185,7 +187,8 @@ TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 //     record.objectId = nullptr;
 //
 // The record's destruction then sends nothing; it only logs "Invalid SL object". When the broker is
-// gone, clear the id without this call: else each release looks for the broker and may start one.
+// gone, clear the id without this call. Otherwise each release searches for the broker, and may
+// start one.
 // Result: round trip, SL_INVALID_OBJECT; SL_FAILURE also when the broker refuses.
 TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
@@ -209,7 +212,7 @@ struct SLElemData {
   }
   ~SLElemData() { Clear(); }
 
-  DWORD processId = 0;  // 0 in a record that names only a window: filled in from it
+  DWORD processId = 0;  // 0 in a record that names only a window; the call sets it
   HWND hwnd = nullptr;  // the window that shows the content
   BSTR objectId = nullptr;
   DWORD uriScheme = SL_NO_URI;
@@ -221,7 +224,8 @@ struct SLElemData {
     try {
       TesselSilverlight::ReleaseObj(*this);
     } catch (...) {
-      // Memory is exhausted: the broker keeps its object, the record must not take the client down.
+      // Memory is exhausted. The broker keeps its object, because a destructor must not end the
+      // client.
     }
     hwnd = nullptr;
     processId = 0;
