@@ -25,9 +25,8 @@ enum SLChannelResult TESSELSLB_AS_INT {
   SL_CHANNEL_SUCCESS = 0,
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
-  SL_CHANNEL_CLOSED = -3,  // no pipe name, a call out of order, or closed by UninitComm
-  SL_CHANNEL_NOT_CREATED =
-      -4,  // the name is taken by another host, or by a call that has not returned yet
+  SL_CHANNEL_CLOSED = -3,       // no pipe name, a call out of order, or closed by UninitComm
+  SL_CHANNEL_NOT_CREATED = -4,  // another host has the name, or an old call still uses it
   SL_CHANNEL_INVALID_ARGUMENT = -5,
   // After the next three the host goes on with ReadMessage.
   SL_CHANNEL_CANNOT_READ = -6,   // the client left or sent nothing for 3 s, or the wait failed
