@@ -84,7 +84,7 @@ std::unique_ptr<Document> Checked(Text text) {
   std::unique_ptr<Document> read = Read(Text(exact.get(), text.size()));
   counting = false;
   Require(most > 0, "allocations are counted");
-  // The constant is small, so that short texts too can show that reading takes too much memory.
+  // The constant part is small, so that even a short text fails if reading takes too much memory.
   const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
   Require(most <= allowed, "reading takes at most 40 times the text");
   if (!text.empty() && text.front() == '[') CheckSteps(text);

@@ -160,8 +160,7 @@ TEST_F(VerboseLog, ConversionsFollowMicrosoftsRuntime) {
 
 TEST_F(VerboseLog, LongTextsAreCutBetweenCharacters) {
   const std::tuple<std::size_t, const wchar_t*, std::size_t, std::size_t> rows[] = {
-      {255, L"\U0001F600", 259,
-       259},  // the log converts 256 units at a time: here it splits a pair
+      {255, L"\U0001F600", 259, 259},  // a pair that the conversion, by 256 units, splits
       {4093, L"\u00e9z", 4095, 4096},
       {4093, L"\u20acz", 4093, 4097},
       {4094, L"\U0001F600z", 4094, 4094}};  // half a pair is left out

@@ -32,7 +32,8 @@ Json ReadAttributes(const Content& content, const SLElemData& element) {
   return attributes;
 }
 
-// A scene file stores "checked" as a boolean. Any other text stays a text.
+// Returns the state "checked" as a boolean, as scene files store it. Any text other than "true" and
+// "false" stays a text.
 Json StateJson(const std::string& name, const std::string& text) {
   if (name == "checked" && (text == "true" || text == "false")) return text == "true";
   return text;

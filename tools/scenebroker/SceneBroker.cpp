@@ -64,9 +64,9 @@ std::wstring DefaultModulePath() {
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-// Returns FALSE for an event that is to end the process: a second Ctrl-C, for the case that the
-// last answer waits for a client that does not read it, and events after which the system ends the
-// process anyway.
+// Returns FALSE for events that must end the process at once. One is a second Ctrl-C, because the
+// last answer may wait for a client that never reads it. The others are events after which the
+// system ends the process anyway.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   const std::lock_guard lock(channelMutex);
