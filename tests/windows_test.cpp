@@ -87,7 +87,7 @@ TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
 TEST(AdditionalWindow, IsOneOfTen) {
   LogCapture::Reset();
   EXPECT_EQ(AdditionalWindow_Create(10), nullptr);
-  EXPECT_FALSE(AdditionalWindow_RegisterCallback(0xFFFFFFFF, &Receive));
+  EXPECT_FALSE(AdditionalWindow_RegisterCallback(10, &Receive));
   EXPECT_FALSE(AdditionalWindow_PostMessage(9, WM_APP, 0, 0));
   EXPECT_THAT(LogCapture::Messages(),
               ElementsAre("ERROR Too much windows added", "ERROR Index out of bounds",
