@@ -94,8 +94,9 @@ class DocumentReader {
   std::size_t EstimateSize(std::size_t units) const {
     const auto read = static_cast<std::size_t>(in_.at - start_);
     units = std::min(units, kMaxEstimate * read);
+    units += units / 32;
     return static_cast<std::size_t>(static_cast<double>(out_.size()) / static_cast<double>(read) *
-                                    static_cast<double>(units + units / 32));
+                                    static_cast<double>(units));
   }
 
   // The text may contain one more unit after the value if that unit is one byte in UTF-8.
