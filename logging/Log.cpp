@@ -79,7 +79,7 @@ void WriteFormatted(const LogSite& site, const Character* format, std::va_list a
   TextBuffer line(lineStorage, sizeof(lineStorage));
   AppendHeader(line, site, prefixStorage);
   const std::size_t messageStart = line.View().size();
-  line.AppendMessage(kLongestMessage, format, arguments);
+  line.AppendMessage(format, arguments);
   if (site.level == kFatal && !::IsDebuggerPresent()) AppendStackDump(line);
   line.Append("\n");
 

@@ -271,19 +271,18 @@ void TextBuffer::AppendFormat(const char* format, ...) {
   va_end(arguments);
 }
 
-void TextBuffer::AppendMessage(std::size_t longest, const char* format, std::va_list arguments) {
+void TextBuffer::AppendMessage(const char* format, std::va_list arguments) {
   if (cut_) return;
-  TextBuffer message(storage_ + length_, std::min(capacity_ - length_, longest + 1));
+  TextBuffer message(storage_ + length_, std::min(capacity_ - length_, kLongestMessage + 1));
   MessageWriter(message, arguments).Write(format);
   length_ += message.length_;
 }
 
-void TextBuffer::AppendMessage(std::size_t longest, const wchar_t* format, std::va_list arguments) {
+void TextBuffer::AppendMessage(const wchar_t* format, std::va_list arguments) {
   wchar_t message[kLongestMessage + 1] = {};
-  longest = std::min(longest, kLongestMessage);
-  const bool cut =
-      _vsnwprintf(message, longest + 1, format, arguments) < 0 || message[longest] != L'\0';
-  std::size_t length = ::wcsnlen(message, longest);
+  const bool cut = _vsnwprintf(message, kLongestMessage + 1, format, arguments) < 0 ||
+                   message[kLongestMessage] != L'\0';
+  std::size_t length = ::wcsnlen(message, kLongestMessage);
   if (cut && length > 0 && IsHighSurrogate(message[length - 1])) --length;
   AppendWide({message, length});
 }

@@ -26,10 +26,9 @@ class TextBuffer {
   void AppendWide(std::wstring_view text);
   void AppendFormat(const char* format, ...);
 
-  // Both functions append a message. `longest` limits its length: in bytes for a narrow format, in
-  // UTF-16 units for a wide one.
-  void AppendMessage(std::size_t longest, const char* format, std::va_list arguments);
-  void AppendMessage(std::size_t longest, const wchar_t* format, std::va_list arguments);
+  // Both functions append a message of at most kLongestMessage bytes or units.
+  void AppendMessage(const char* format, std::va_list arguments);
+  void AppendMessage(const wchar_t* format, std::va_list arguments);
 
   std::string_view View() const { return {storage_, length_}; }
 

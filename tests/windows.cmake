@@ -1,12 +1,12 @@
-# The suites that need Windows. The suites that change the log level run in a Wine prefix of their own.
-# In the shared prefix every suite sets the level to VERBOSE.
-set(levelPrefix "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
+# The suites that need Windows. The suite log changes the log level, so it runs in a Wine prefix of its
+# own. In the shared prefix every suite sets the level to VERBOSE.
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
   TESSEL_PUBLIC_HEADERS="${PROJECT_SOURCE_DIR}/Common/include")
 
-tessel_test(log LIBRARIES tessel_module PROPERTIES ENVIRONMENT "${levelPrefix}" RESOURCE_LOCK level)
+tessel_test(log LIBRARIES tessel_module
+  PROPERTIES ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 tessel_test(archive LIBRARIES tessel_utility)
 tessel_test(pipe LIBRARIES tessel_utility ntdll)

@@ -65,9 +65,9 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 //       request needs. The next call then returns the same request at once. All other results,
 //       success included, leave it unchanged.
 //
-// Takes up to `connectTimeout`, and then 3 s for a client that sends nothing. The 3 s limit each
-// wait for a part of the message, so a client that cancels and repeats its writes can make a call
-// longer.
+// Takes up to `connectTimeout`, and then 3 s for a client that sends nothing. The limit of
+// 3 s applies to each single wait for a part of the message. So a client that cancels and repeats
+// its writes can make a call longer.
 // Result: 0, -1, -2, -3, -5, -6, -15.
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 

@@ -31,10 +31,11 @@
 //
 // Exceptions: each failure of the broker and of the pipe has a result code and a line in the log.
 // These exceptions may leave a function:
-//   std::bad_alloc, std::length_error  memory is exhausted, or an answer announces too many
-//   elements ATL's exception, E_OUTOFMEMORY     memory for a text is exhausted ATL's exception,
-//   E_FAIL or E_INVALIDARG  a path does not fit its buffer std::system_error                  the
-//   security of the injection mutex cannot be set up
+// - std::bad_alloc or std::length_error: memory is exhausted, or an answer announces too many
+//   elements.
+// - ATL's exception with E_OUTOFMEMORY: memory for a text is exhausted.
+// - ATL's exception with E_FAIL or E_INVALIDARG: a path does not fit its buffer.
+// - std::system_error: the security of the injection mutex cannot be set up.
 // A client that was built with a different compiler cannot catch them, and ends.
 #pragma once
 
@@ -104,9 +105,8 @@ TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
 // The element's ancestors, with a number for each. The broker defines the meaning of the numbers.
 //
-// ancestors  out: as `found` of FindCollection, except for `rect`, which is empty; `elem` must not
-// be
-//            one of them.
+// ancestors  out: as `found` of FindCollection, except for `rect`, which is empty. `elem` must not
+//            be one of them.
 // numbers    out: appended to. After SL_ARCHIVE_FAILURE the numbers read so far stay.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
@@ -136,8 +136,8 @@ TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, 
 // Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
-// The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the
-// remaining fields unchanged.
+// The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the remaining
+// fields unchanged.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 

@@ -15,8 +15,8 @@ inline const std::wstring kTailoredPipe = wire::PipeName(SL_TAILORED_URI, L"");
 class RawClient {
  public:
   // Tries for up to 5 s.
-  explicit RawClient(const std::wstring& pipeName, int tries = 1000) {
-    for (int i = 0; i < tries && pipe_ == INVALID_HANDLE_VALUE; ++i) {
+  explicit RawClient(const std::wstring& pipeName) {
+    for (int i = 0; i < 1000 && pipe_ == INVALID_HANDLE_VALUE; ++i) {
       if (i != 0) ::Sleep(5);
       pipe_ = ::CreateFileW(pipeName.c_str(), GENERIC_READ | GENERIC_WRITE, 0 /*sharing*/, nullptr,
                             OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
