@@ -21,7 +21,7 @@ class Walk {
  public:
   explicit Walk(const SceneBroker& broker)
       : window_(tools::HandleFromText(broker.Fact("window"))),
-        address_(tools::Wide(broker.Fact("address"))) {}
+        address_(tessel::Wide(broker.Fact("address"))) {}
 
   void Step() {
     SLElemData content = Content(), found = Content();
@@ -119,8 +119,8 @@ TEST(Walk, ReleasesEveryElement) {
       walk.Step();
       if (step % 40 != 0) continue;
       // A client without the module requests three elements and leaves before it gets the answer.
-      RawClient client(tools::Wide(broker.Fact("pipe")));
-      client.Send(tools::Wide(
+      RawClient client(tessel::Wide(broker.Fact("pipe")));
+      client.Send(tessel::Wide(
           broker.Request(R"([8,?, "user"])")));  // the space marks it as not the module's
       vanished += 3;
       while (ownServed * 3 < vanished) ::Sleep(1);

@@ -11,9 +11,9 @@
 
 namespace {
 
+using tessel::Narrow;
+using tessel::Wide;
 using testing::HasSubstr;
-using tools::Narrow;
-using tools::Wide;
 
 void ExpectAllReleased(SceneBroker& broker) {
   const std::string summary = broker.CloseAndReadSummary();
@@ -58,7 +58,7 @@ TEST(InspectorTest, FindsTheWindow) {
   for (HWND& window : windows) {
     window = ::CreateWindowW(L"STATIC", title.c_str(), 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0);
   }
-  const std::string own = tools::HandleText(windows[0]), rect = "rect --at -800,-40";
+  const std::string own = tessel::HandleText(windows[0]), rect = "rect --at -800,-40";
   const std::string cannot = "cannot find the element at -800,-40: ";
   const std::tuple<std::string, std::string, DWORD, std::string> kCases[] = {
       {rect, "Ü", 0, "element: desk\nleft: -800\ntop: -40\nright: 0\nbottom: 0\n"},
@@ -100,7 +100,7 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
         ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0);
     ASSERT_EQ(InitComm(SL_TAILORED_URI, INFINITE, L"tools"), SL_CHANNEL_SUCCESS);
     ChildProcess tessel(TestFolder() + L"tessel.exe " + Wide(row.command) +
-                        L" --address tools --window" + Quoted(tools::HandleText(window)));
+                        L" --address tools --window" + Quoted(tessel::HandleText(window)));
     wchar_t request[100];
     DWORD size = 100;
     EXPECT_EQ(ReadMessage(request, &size), SL_CHANNEL_SUCCESS);

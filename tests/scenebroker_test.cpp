@@ -33,7 +33,7 @@ TEST(SceneFileTest, IsRefusedWithPlaceAndSolution) {
   ASSERT_EQ(cases.size(), 25u);
   for (const auto& [text, message] : cases) {
     const SceneFile file(text);
-    const auto place = HasSubstr(tools::Narrow(file.path.wstring()) + ": " + message);
+    const auto place = HasSubstr(tessel::Narrow(file.path.wstring()) + ": " + message);
     EXPECT_THAT([&] { ReadSceneFile(file.path.wstring()); },
                 testing::ThrowsMessage<std::exception>(testing::AllOf(place, HasSubstr("; "))))
         << text;
@@ -97,7 +97,7 @@ TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
     for (std::string line; std::getline(transcript, line) && !line.empty();) {
       if (const std::size_t arrow = line.find(" -> "); arrow != line.npos) {
         EXPECT_EQ(broker.Ask(line.substr(0, arrow)), line.substr(arrow + 4)) << line;
-        line = tools::Printable("served: " + broker.Request(line));
+        line = tessel::Printable("served: " + broker.Request(line));
       }
       EXPECT_EQ(broker.ReadLine(), line);
     }
@@ -114,7 +114,7 @@ TEST(SceneBrokerTest, IsNotifiedByOtherProcesses) {
   const HWND window = tools::HandleFromText(second.substr(3));
   wchar_t name[100] = {};
   ::GetClassNameW(window, name, 100);
-  EXPECT_EQ(name, L"SL_Additional_Wnd_Class_pid" + tools::Wide(broker.Fact("process")) + L"_");
+  EXPECT_EQ(name, L"SL_Additional_Wnd_Class_pid" + tessel::Wide(broker.Fact("process")) + L"_");
   ASSERT_NE(AdditionalWindow_Create(1), nullptr);
   EXPECT_TRUE(AdditionalWindow_PostMessage(1, WM_APP + 5, 0, 0));
   // The broker ignores messages outside the WM_APP range.

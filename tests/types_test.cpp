@@ -7,7 +7,7 @@
 #include "StringW.h"
 #include "TesselSilverlight.h"
 #include "support/Text.h"
-#include "tools/shared/ResultCodes.h"
+#include "tessel/ResultCodes.h"
 
 namespace {
 
@@ -68,6 +68,7 @@ TEST(HeapAllocator, RefusesCountsThatOverflow) {
 
 TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
   std::map<std::string, int> declared = {{"E_NOTIMPL", E_NOTIMPL},
+                                         {"TESSEL_TIMED_OUT", -103},
                                          {"BROKER_UNKNOWN_COMMAND", wire::kUnknownCommand},
                                          {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},
                                          {"BROKER_NOT_SUPPORTED", wire::kNotSupported},
@@ -79,9 +80,9 @@ TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
     declared[next->str(1)] = std::stoi(next->str(2));
   }
   std::map<std::string, int> described;
-  for (const auto& result : tools::kResultCodes) described.emplace(result.name, result.number);
+  for (const auto& result : tessel::kResultCodes) described.emplace(result.name, result.number);
   EXPECT_EQ(described, declared);
-  EXPECT_EQ(described.size(), std::size(tools::kResultCodes));
+  EXPECT_EQ(described.size(), std::size(tessel::kResultCodes));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ tessel_test(log LIBRARIES tessel_module
 tessel_test(archive LIBRARIES tessel_utility)
 tessel_test(pipe LIBRARIES tessel_utility ntdll)
 tessel_test(types LIBRARIES tessel_module)
+target_include_directories(types_test PRIVATE ${PROJECT_SOURCE_DIR}/clients/cpp)
 tessel_test(address LIBRARIES tessel_module)
 tessel_test(exports LIBRARIES version)
 add_dependencies(exports_test TesselSLB)
@@ -28,6 +29,9 @@ tessel_test(element LIBRARIES TesselSLB oleaut32)
 add_dependencies(element_test test_parts)
 tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(search_test test_parts tessel)
+
+tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher)
+add_dependencies(client_test test_parts)
 
 foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")

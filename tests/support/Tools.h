@@ -17,7 +17,7 @@
 inline std::wstring Quoted(const std::string& text) {
   std::wstring argument = L" \"";
   std::size_t backslashes = 0;
-  for (const wchar_t character : tools::Wide(text)) {
+  for (const wchar_t character : tessel::Wide(text)) {
     if (character == L'"') argument.append(backslashes + 1, L'\\');
     backslashes = character == L'\\' ? backslashes + 1 : 0;
     argument += character;
@@ -37,9 +37,9 @@ inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine)
 // Expects exactly `output` if `code` is 0. Otherwise expects that the output contains it.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
   const auto [exitCode, text] = ToolOutput(commandLine);
-  EXPECT_EQ(exitCode, code) << tools::Narrow(commandLine);
+  EXPECT_EQ(exitCode, code) << tessel::Narrow(commandLine);
   EXPECT_TRUE(code == 0 ? text == output : text.find(output) != text.npos)
-      << tools::Narrow(commandLine) << ": " << text;
+      << tessel::Narrow(commandLine) << ": " << text;
 }
 
 struct SceneFile {
@@ -73,14 +73,14 @@ class SceneBroker : public ChildProcess {
   }
 
   std::string Ask(const std::string& request) const {
-    RawClient client(tools::Wide(Fact("pipe")));
-    client.Send(tools::Wide(Request(request)));
-    return tools::Narrow(client.Receive());
+    RawClient client(tessel::Wide(Fact("pipe")));
+    client.Send(tessel::Wide(Request(request)));
+    return tessel::Narrow(client.Receive());
   }
 
   // Returns a command line of the inspector, for this broker's window or for another window.
   std::wstring InspectorLine(const std::string& command, const std::string& window = "") const {
-    return L"tessel.exe " + tools::Wide(command) + L" --address" + Quoted(Fact("address")) +
+    return L"tessel.exe " + tessel::Wide(command) + L" --address" + Quoted(Fact("address")) +
            L" --window" + Quoted(window.empty() ? Fact("window") : window);
   }
 

@@ -1,50 +1,44 @@
 // tessel. The commands that act on an element.
 #include "tools/inspector/InspectorCommand.h"
-#include "tools/shared/ConsoleText.h"
 
 namespace {
 
 // `what` goes into the error text "cannot WHAT element ID", for example "click".
 template <class Action>
-Report Act(const Content& content, const std::string& what, Action action) {
-  const ElementOwner element = content.FindElement();
-  content.Do(what + ' ' + NameOf(*element), [&] { return action(*element); });
-  Report report(*element);
-  report.Add("done", content.Options().command->name);
+Report Act(Inspection& inspection, const std::string& what, Action action) {
+  tessel::Element element = inspection.FindElement();
+  inspection.Do(what + ' ' + NameOf(element), [&] { action(element); });
+  Report report(element);
+  report.Add("done", inspection.Options().command->name);
   return report;
 }
 
-CComBSTR GivenText(const Content& content) { return tools::Wide(content.Options().text).c_str(); }
-
-Report Click(const Content& content) {
-  return Act(content, "click", [](const SLElemData& element) {
-    return TesselSilverlight::ClickElem(element, 0, 0 /*reserved*/);
-  });
+std::wstring GivenText(const Inspection& inspection) {
+  return tessel::Wide(inspection.Options().text);
 }
 
-Report SetText(const Content& content) {
-  return Act(content, "set the value of", [text = GivenText(content)](const SLElemData& element) {
-    return TesselSilverlight::SetValue(element, text);
-  });
+Report Click(Inspection& inspection) {
+  return Act(inspection, "click", [](tessel::Element& element) { element.Click(); });
 }
 
-Report GiveFocus(const Content& content) {
-  return Act(content, "give the focus to",
-             [](const SLElemData& element) { return TesselSilverlight::SetFocus(element); });
+Report SetText(Inspection& inspection) {
+  return Act(inspection, "set the value of",
+             [text = GivenText(inspection)](tessel::Element& element) { element.SetValue(text); });
 }
 
-Report Check(const Content& content) {
-  const bool off = content.Options().off;
-  return Act(content, off ? "uncheck" : "check", [off](const SLElemData& element) {
-    return TesselSilverlight::CheckElem(element, off ? 0 : 1);
-  });
+Report GiveFocus(Inspection& inspection) {
+  return Act(inspection, "give the focus to", [](tessel::Element& element) { element.SetFocus(); });
 }
 
-Report Select(const Content& content) {
-  return Act(content, "select " + tools::Quoted(content.Options().text) + " in",
-             [text = GivenText(content)](const SLElemData& element) {
-               return TesselSilverlight::SelectItem(element, text);
-             });
+Report Check(Inspection& inspection) {
+  const bool on = !inspection.Options().off;
+  return Act(inspection, on ? "check" : "uncheck",
+             [on](tessel::Element& element) { element.Check(on); });
+}
+
+Report Select(Inspection& inspection) {
+  return Act(inspection, "select " + tessel::Quoted(inspection.Options().text) + " in",
+             [text = GivenText(inspection)](tessel::Element& element) { element.Select(text); });
 }
 
 void AddText(CLI::App& command, InspectorOptions& options) {

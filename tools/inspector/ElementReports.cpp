@@ -1,53 +1,52 @@
 // tessel. The commands that read one element.
-#include "tools/inspector/ElementTexts.h"
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
-#include "tools/shared/ConsoleText.h"
 
 namespace {
 
-using tools::Printable;
-
-Report ReportIdentity(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  const int steps = content.Options().relativeSteps;
-  const ElementOwner parent = steps == 0 ? ElementOwner() : content.AncestorOf(*element, steps);
-  CComBSTR texts[3];
-  int number = 0;
-  content.Do("read the identification of " + NameOf(*element), [&] {
-    return TesselSilverlight::GetIdInfo(parent.get(), *element, &texts[0], &texts[1], &texts[2],
-                                        &number);
-  });
-  Report report(*element);
-  for (int i = 0; i < 3; ++i) report.Add("text" + std::to_string(i + 1), TextOf(texts[i]));
-  report.Add("number", number);
+Report ReportIdentity(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  std::optional<tessel::Element> ancestor;
+  if (const int steps = inspection.Options().relativeSteps) {
+    ancestor = inspection.AncestorOf(element, steps);
+  }
+  const tessel::Identity identity =
+      inspection.Do("read the identification of " + NameOf(element),
+                    [&] { return ancestor ? element.Identify(*ancestor) : element.Identify(); });
+  Report report(element);
+  report.Add("text1", tessel::Narrow(identity.text1));
+  report.Add("text2", tessel::Narrow(identity.text2));
+  report.Add("text3", tessel::Narrow(identity.text3));
+  report.Add("number", identity.number);
   return report;
 }
 
-Report ReportAttribute(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  const std::string& name = content.Options().text;
-  const std::string text = ReadAttribute(content, *element, name);
-  Report report(*element);
+Report ReportAttribute(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  const std::string& name = inspection.Options().text;
+  const std::string text = tessel::Narrow(
+      inspection.Require("read the attribute " + tessel::Quoted(name) + " of " + NameOf(element),
+                         [&] { return element.Attribute(tessel::Wide(name)); }));
+  Report report(element);
   report.SetField("name", name);
   report.SetField("text", text);
-  report.AddLine(Printable(name) + ": " + Printable(text));
+  report.AddLine(tessel::Printable(name) + ": " + tessel::Printable(text));
   return report;
 }
 
-Report ReportItems(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  Report report(*element);
-  report.AddTexts("items", ReadItems(content, *element));
+Report ReportItems(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  Report report(element);
+  report.AddTexts("items", inspection.Require("read the items of " + NameOf(element),
+                                              [&] { return element.Items(); }));
   return report;
 }
 
-Report ReportRectangle(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  RECT rect = {};
-  content.Do("read the rectangle of " + NameOf(*element),
-             [&] { return TesselSilverlight::GetElemRectangle(*element, rect); });
-  Report report(*element);
+Report ReportRectangle(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  const RECT rect = inspection.Do("read the rectangle of " + NameOf(element),
+                                  [&] { return element.Rectangle(); });
+  Report report(element);
   report.Add("left", rect.left);
   report.Add("top", rect.top);
   report.Add("right", rect.right);

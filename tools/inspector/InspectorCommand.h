@@ -4,7 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <span>
 
-#include "tools/inspector/Content.h"
+#include "tools/inspector/Inspection.h"
 #include "tools/inspector/InspectorOptions.h"
 #include "tools/inspector/Report.h"
 
@@ -20,7 +20,7 @@ struct InspectorCommand {
   const char* name;
   const char* description;
   Target target;
-  Report (*run)(const Content& content);
+  Report (*run)(Inspection& inspection);
   // Adds the options that only this command has. Null if it has none.
   void (*addOptions)(CLI::App& command, InspectorOptions& options) = nullptr;
 };

@@ -1,8 +1,5 @@
 #include "tools/inspector/InspectorError.h"
 
-#include "tools/shared/ConsoleText.h"
-#include "tools/shared/ResultCodes.h"
-
 namespace {
 
 ExitCode ExitCodeOf(int code) {
@@ -29,14 +26,19 @@ ExitCode ExitCodeOf(int code) {
 InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
                            const std::string& reasonAndCure, const std::string& address) {
   return {exitCode,
-          "cannot " + what + ": " + reasonAndCure + "\n  address: " + tools::Printable(address)};
+          "cannot " + what + ": " + reasonAndCure + "\n  address: " + tessel::Printable(address)};
 }
 
-InspectorError MakeCallFailure(const std::string& what, const std::string& address, int code) {
-  const tools::ResultCode result = tools::DescribeResult(code);
-  return {ExitCodeOf(code), "cannot " + what + "\n  address: " + tools::Printable(address) +
-                                "\n  code:    " + std::to_string(code) + " (" + result.name +
-                                "): " + result.meaning + "\n  to do:   " + result.cure};
+InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error) {
+  const std::string address = tessel::Narrow(error.address);
+  // If the client library found the failure itself, the code adds nothing to the explanation.
+  if (error.meaning != tessel::DescribeResult(error.code).meaning) {
+    return MakeRefusal(ExitCodeOf(error.code), what, error.meaning + "; " + error.cure, address);
+  }
+  return {ExitCodeOf(error.code), "cannot " + what + "\n  address: " + tessel::Printable(address) +
+                                      "\n  code:    " + std::to_string(error.code) + " (" +
+                                      error.name + "): " + error.meaning +
+                                      "\n  to do:   " + error.cure};
 }
 
 std::string ExitCodeHelp() {

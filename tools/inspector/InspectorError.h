@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tessel/Client.h"
+
 enum class ExitCode : int {
   kSuccess = 0,
   kNothingThere = 1,      // no element, more than one element, or no such ancestor
@@ -26,8 +28,8 @@ class InspectorError : public std::runtime_error {
 InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
                            const std::string& reasonAndCure, const std::string& address);
 
-// Makes the error for a call that returned `code`. `what` completes the message "cannot ...".
-InspectorError MakeCallFailure(const std::string& what, const std::string& address, int code);
+// Makes the error for a call that failed. `what` completes the message "cannot ...".
+InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error);
 
 // Returns the section of the help text that lists the exit codes.
 std::string ExitCodeHelp();

@@ -1,90 +1,84 @@
 // tessel. The commands that find elements.
-#include "tools/inspector/ElementTexts.h"
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/shared/CommandLine.h"
-#include "tools/shared/ConsoleText.h"
 
 namespace {
 
-using tools::Printable;
+std::string IdOf(const tessel::Element& element) { return tessel::Narrow(element.Id()); }
 
-Report PlaceOf(const SLElemData& element) {
+Report PlaceOf(const tessel::Element& element) {
+  const SLElemData& record = element.Record();
   Report report(element);
-  report.Add("window", tools::HandleText(element.hwnd));
-  report.Add("process", element.processId);
-  report.Add("scheme", tools::NameOfScheme(element.uriScheme));
+  report.Add("window", tessel::HandleText(record.hwnd));
+  report.Add("process", record.processId);
+  report.Add("scheme", tools::NameOfScheme(record.uriScheme));
   return report;
 }
 
-Report::Entry FoundEntry(const SLElemData& element) {
+Report::Entry FoundEntry(const tessel::Element& element) {
   Report::Entry entry;
   entry.json["id"] = IdOf(element);
-  entry.json["rect"] = RectJson(element.rect);
-  entry.text = RectText(entry.json["rect"]) + ' ' + Printable(IdOf(element));
+  entry.json["rect"] = RectJson(element.Record().rect);
+  entry.text = RectText(entry.json["rect"]) + ' ' + tessel::Printable(IdOf(element));
   return entry;
 }
 
-// Refuses an answer that does not hold exactly one number for each ancestor.
-std::vector<Report::Entry> AncestorEntries(const Content& content, const SLElemData& element) {
-  ElementList ancestors;
-  std::vector<long, HeapAllocator<long>> numbers;
-  const std::string what = "read the ancestors of " + NameOf(element);
-  content.Do(what, [&] {
-    return TesselSilverlight::GetAncestryInfo(element, ancestors.records, numbers);
-  });
-  if (numbers.size() != ancestors.records.size()) {
-    throw content.MakeRefusal(ExitCode::kUnexpectedAnswer, what,
-                              "the broker gave " + std::to_string(ancestors.records.size()) +
-                                  " elements and " + std::to_string(numbers.size()) +
-                                  " numbers; look whether it is of this version");
-  }
+Report::Entry AncestorEntry(const tessel::Ancestor& ancestor) {
+  const std::string id = IdOf(ancestor.element);
+  return {{{"id", id}, {"number", ancestor.number}},
+          std::to_string(ancestor.number) + ' ' + tessel::Printable(id)};
+}
+
+template <class Item, class MakeEntry>
+std::vector<Report::Entry> EntriesOf(const std::vector<Item>& items, MakeEntry makeEntry) {
   std::vector<Report::Entry> entries;
-  for (std::size_t i = 0; i < numbers.size(); ++i) {
-    const std::string id = IdOf(ancestors.records[i]);
-    entries.push_back(
-        {{{"id", id}, {"number", numbers[i]}}, std::to_string(numbers[i]) + ' ' + Printable(id)});
-  }
+  for (const Item& item : items) entries.push_back(makeEntry(item));
   return entries;
 }
 
-Report ReportElement(const Content& content) { return PlaceOf(*content.FindElement()); }
+Report ReportElement(Inspection& inspection) { return PlaceOf(inspection.FindElement()); }
 
-Report ReportParent(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  return PlaceOf(*content.AncestorOf(*element, 1));
+Report ReportParent(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  return PlaceOf(inspection.AncestorOf(element, 1));
 }
 
-Report ReportAncestors(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  Report report(*element);
-  report.AddList("ancestors", AncestorEntries(content, *element));
+Report ReportAncestors(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  const auto ancestors = inspection.Do("read the ancestors of " + NameOf(element),
+                                       [&] { return element.Ancestors(); });
+  Report report(element);
+  report.AddList("ancestors", EntriesOf(ancestors, &AncestorEntry));
   return report;
 }
 
-Report ReportSelector(const Content& content) {
-  const ElementOwner element = content.FindElement();
-  ElementList chain;
-  content.Do("read the selector of " + NameOf(*element), [&] {
-    return TesselSilverlight::GetDefaultSelectorHierarchy(*element, chain.records);
-  });
-  Report report(*element);
-  report.AddTexts("selector", chain.Ids());
+Report ReportSelector(Inspection& inspection) {
+  tessel::Element element = inspection.FindElement();
+  const auto chain =
+      inspection.Do("read the selector of " + NameOf(element), [&] { return element.Selector(); });
+  std::vector<std::wstring> ids;
+  for (const tessel::Element& link : chain) ids.push_back(link.Id());
+  Report report(element);
+  report.AddTexts("selector", ids);
   return report;
 }
 
-Report ReportFound(const Content& content) {
-  const InspectorOptions& options = content.Options();
-  const ElementOwner root = options.NamesElement() ? content.FindElement()
-                                                   : ElementOwner(new SLElemData(content.Whole()));
-  const std::string what =
-      "find elements " + (options.NamesElement() ? "below " + NameOf(*root) : "of the content");
-  const ElementList found =
-      content.FindBelow(*root, what, *options.search, options.levels, options.containing);
-  std::vector<Report::Entry> entries;
-  for (const SLElemData& element : found.records) entries.push_back(FoundEntry(element));
+std::vector<tessel::Element> FindAsked(Inspection& inspection, const tessel::Search& search) {
+  if (!inspection.Options().NamesElement()) {
+    return inspection.Find("find elements of the content", search);
+  }
+  tessel::Element root = inspection.FindElement();
+  return inspection.Do("find elements below " + NameOf(root), [&] { return root.Find(search); });
+}
+
+Report ReportFound(Inspection& inspection) {
+  const InspectorOptions& options = inspection.Options();
+  tessel::Search search = SearchFor(*options.search);
+  search.option1 = options.levels;
+  search.option2 = options.containing;
   Report report;
-  report.AddList("found", entries);
+  report.AddList("found", EntriesOf(FindAsked(inspection, search), &FoundEntry));
   return report;
 }
 

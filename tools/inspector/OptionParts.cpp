@@ -10,7 +10,7 @@ CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POIN
   const auto store = [name, &point](const std::string& text) {
     point = ParsePoint(text);
     if (!point)
-      throw CLI::ValidationError(name, tools::Quoted(text) + " is not a point; write X,Y");
+      throw CLI::ValidationError(name, tessel::Quoted(text) + " is not a point; write X,Y");
   };
   return app.add_option_function<std::string>(name, store, "A point, two integers")
       ->type_name("X,Y");
@@ -21,7 +21,7 @@ CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
   const auto store = [name, &texts](const std::string& text) {
     texts = ParseSearchTexts(text);
     if (!texts) {
-      throw CLI::ValidationError(name, tools::Quoted(text) +
+      throw CLI::ValidationError(name, tessel::Quoted(text) +
                                            " is not three texts; write A,B,C and a backslash "
                                            "before a comma or a backslash of a text");
     }

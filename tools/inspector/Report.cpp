@@ -2,11 +2,6 @@
 
 #include <utility>
 
-#include "tools/inspector/Elements.h"
-#include "tools/shared/ConsoleText.h"
-
-using tools::Printable;
-
 Json RectJson(const RECT& rect) {
   return Json::array({rect.left, rect.top, rect.right, rect.bottom});
 }
@@ -17,11 +12,11 @@ std::string RectText(const Json& rect) {
   return '[' + text + ']';
 }
 
-Report::Report(const SLElemData& element) { Add("element", IdOf(element)); }
+Report::Report(const tessel::Element& element) { Add("element", tessel::Narrow(element.Id())); }
 
 void Report::Add(const std::string& key, const std::string& text) {
   SetField(key, text);
-  AddLine(key + ": " + Printable(text));
+  AddLine(key + ": " + tessel::Printable(text));
 }
 
 void Report::Add(const std::string& key, long long number) {
@@ -39,10 +34,12 @@ void Report::AddList(const std::string& key, const std::vector<Entry>& entries) 
   SetField(key, std::move(list));
 }
 
-void Report::AddTexts(const std::string& key, const std::vector<std::string>& texts) {
+void Report::AddTexts(const std::string& key, const std::vector<std::wstring>& texts) {
   std::vector<Entry> entries;
   entries.reserve(texts.size());
-  for (const std::string& text : texts) entries.push_back({text, Printable(text)});
+  for (const std::wstring& text : texts) {
+    entries.push_back({tessel::Narrow(text), tessel::Printable(tessel::Narrow(text))});
+  }
   AddList(key, entries);
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "TesselSilverlight.h"
+#include "tessel/Client.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -25,13 +25,13 @@ class Report {
   Report() = default;
 
   // Starts the report with the id of `element`.
-  explicit Report(const SLElemData& element);
+  explicit Report(const tessel::Element& element);
 
   // Add a JSON field and a line.
   void Add(const std::string& key, const std::string& text);
   void Add(const std::string& key, long long number);
   void AddList(const std::string& key, const std::vector<Entry>& entries);
-  void AddTexts(const std::string& key, const std::vector<std::string>& texts);
+  void AddTexts(const std::string& key, const std::vector<std::wstring>& texts);
 
   // Add only a JSON field, or only a line.
   void SetField(const std::string& key, Json value) { json_[key] = std::move(value); }

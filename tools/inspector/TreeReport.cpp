@@ -3,15 +3,12 @@
 #include <algorithm>
 #include <map>
 
-#include "tools/inspector/ElementTexts.h"
 #include "tools/inspector/InspectorCommand.h"
-#include "tools/inspector/TargetWindow.h"
 #include "tools/shared/CommandLine.h"
-#include "tools/shared/ConsoleText.h"
 
 namespace {
 
-using tools::Quoted;
+using tessel::Quoted;
 
 constexpr int kSceneVersion = 1;
 
@@ -24,10 +21,19 @@ std::string RefuseState(const std::string& name) {
   return Quoted(name) + " is a state; states are always read";
 }
 
-Json ReadAttributes(const Content& content, const SLElemData& element) {
+std::optional<std::string> ReadText(Inspection& inspection, tessel::Element& element,
+                                    const std::string& name) {
+  const auto text =
+      inspection.Do("read the attribute " + tessel::Quoted(name) + " of " + NameOf(element),
+                    [&] { return element.Attribute(tessel::Wide(name)); });
+  if (!text) return std::nullopt;
+  return tessel::Narrow(*text);
+}
+
+Json ReadAttributes(Inspection& inspection, tessel::Element& element) {
   Json attributes;
-  for (const std::string& name : content.Options().attributes) {
-    if (const auto text = TryAttribute(content, element, name)) attributes[name] = *text;
+  for (const std::string& name : inspection.Options().attributes) {
+    if (const auto text = ReadText(inspection, element, name)) attributes[name] = *text;
   }
   return attributes;
 }
@@ -39,53 +45,59 @@ Json StateJson(const std::string& name, const std::string& text) {
   return text;
 }
 
-Json ReadStates(const Content& content, const SLElemData& element) {
+Json ReadStates(Inspection& inspection, tessel::Element& element) {
   Json states;
   for (const char* name : kStates) {
-    if (const auto text = TryAttribute(content, element, name)) {
+    if (const auto text = ReadText(inspection, element, name)) {
       states[name] = StateJson(name, *text);
     }
   }
   return states;
 }
 
-Json ReadSceneElement(const Content& content, const SLElemData& element) {
+Json ItemsJson(const std::vector<std::wstring>& items) {
+  Json json = Json::array();
+  for (const std::wstring& item : items) json.push_back(tessel::Narrow(item));
+  return json;
+}
+
+Json ReadSceneElement(Inspection& inspection, tessel::Element& element) {
   Json json;
-  json["id"] = IdOf(element);
-  if (const ElementOwner parent = content.ParentOf(element)) json["parent"] = IdOf(*parent);
-  json["rect"] = RectJson(element.rect);
-  const Json attributes = ReadAttributes(content, element);
+  json["id"] = tessel::Narrow(element.Id());
+  if (const auto parent = inspection.ParentOf(element)) {
+    json["parent"] = tessel::Narrow(parent->Id());
+  }
+  json["rect"] = RectJson(element.Record().rect);
+  const Json attributes = ReadAttributes(inspection, element);
   if (!attributes.empty()) json["attributes"] = attributes;
-  if (const auto items = TryItems(content, element)) json["items"] = *items;
-  const Json states = ReadStates(content, element);
+  const auto items =
+      inspection.Do("read the items of " + NameOf(element), [&] { return element.Items(); });
+  if (items) json["items"] = ItemsJson(*items);
+  const Json states = ReadStates(inspection, element);
   if (!states.empty()) json["states"] = states;
   return json;
 }
 
 // The search for the focus asks the tailored broker first. If the user named another broker, the
 // search might find other content or none, so the focus is left out.
-std::string ReadFocus(const Content& content) {
-  const DWORD scheme = tools::SchemeFromName(content.Options().scheme);
+std::string ReadFocus(Inspection& inspection) {
+  const SLUriScheme scheme = tools::SchemeFromName(inspection.Options().scheme);
   if (scheme != SL_NO_URI && scheme != SL_TAILORED_URI) return "";
-  const ElementOwner focused = content.FindFocused();
-  return focused ? IdOf(*focused) : "";
+  const auto focused = inspection.FindFocused();
+  return focused ? tessel::Narrow(focused->Id()) : "";
 }
 
-Json ReadElements(const Content& content) {
-  SLElemData whole = content.Whole();
-  const ElementList all = content.FindBelow(whole, "find the elements of the content", {},
-                                            0 /*all levels*/, false /*containing*/);
+Json ReadElements(Inspection& inspection) {
   Json elements = Json::array();
-  for (const SLElemData& element : all.records) {
-    elements.push_back(ReadSceneElement(content, element));
-  }
+  auto all = inspection.Find("find the elements of the content", {});
+  for (tessel::Element& element : all) elements.push_back(ReadSceneElement(inspection, element));
   return elements;
 }
 
 std::string PairsText(const Json& pairs) {
   std::string text;
   for (const auto& [name, value] : pairs.items()) {
-    text += ' ' + tools::Printable(name) + '=' +
+    text += ' ' + tessel::Printable(name) + '=' +
             (value.is_string() ? Quoted(value.get<std::string>()) : value.dump());
   }
   return text;
@@ -122,13 +134,13 @@ void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
       ->check(RefuseState);
 }
 
-Report ReportTree(const Content& content) {
+Report ReportTree(Inspection& inspection) {
   Report report;
   report.SetField("version", kSceneVersion);
-  report.Add("address", content.Options().address);
-  report.Add("title", tools::Narrow(TitleOf(content.Window())));
-  if (const std::string focus = ReadFocus(content); !focus.empty()) report.Add("focus", focus);
-  const Json elements = ReadElements(content);
+  report.Add("address", inspection.Options().address);
+  report.Add("title", tessel::Narrow(tessel::WindowTitle(inspection.Window())));
+  if (const std::string focus = ReadFocus(inspection); !focus.empty()) report.Add("focus", focus);
+  const Json elements = ReadElements(inspection);
   report.SetField("elements", elements);
   report.AddLine("elements: " + std::to_string(elements.size()));
   AddElementLines(report, elements);

@@ -17,7 +17,8 @@ int EndWith(ExitCode exitCode, const std::string& message) {
 
 // The command releases its elements before the report is printed.
 void Inspect(const InspectorOptions& options) {
-  const Report report = options.command->run(Content(options));
+  Inspection inspection(options);
+  const Report report = options.command->run(inspection);
   std::cout << (options.json ? report.JsonText() : report.Lines()) << std::flush;
 }
 
@@ -27,19 +28,13 @@ int main() {
   tools::PrepareConsole();
   InspectorOptions options;
   if (const std::optional<int> code = ReadInspectorOptions(options)) return *code;
-  const std::string failed = "cannot " + std::string(options.command->name) + ": ";
   try {
     Inspect(options);
     return static_cast<int>(ExitCode::kSuccess);
   } catch (const InspectorError& error) {
     return EndWith(error.exitCode, error.what());
   } catch (const std::exception& error) {
-    return EndWith(ExitCode::kUnexpectedAnswer, failed + error.what());
-  } catch (const ATL::CAtlException& error) {
-    return EndWith(ExitCode::kUnexpectedAnswer, failed +
-                                                    "the system refused a text or a path, code " +
-                                                    std::to_string(static_cast<HRESULT>(error)));
-  } catch (...) {
-    return EndWith(ExitCode::kUnexpectedAnswer, failed + "an unknown failure");
+    return EndWith(ExitCode::kUnexpectedAnswer,
+                   "cannot " + std::string(options.command->name) + ": " + error.what());
   }
 }

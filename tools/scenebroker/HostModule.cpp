@@ -6,7 +6,7 @@
 
 HostModule::HostModule(const std::wstring& path) : module_(::LoadLibraryW(path.c_str())) {
   if (module_) return;
-  throw std::runtime_error("cannot load " + tools::Narrow(path) + " (error " +
+  throw std::runtime_error("cannot load " + tessel::Narrow(path) + " (error " +
                            std::to_string(::GetLastError()) +
                            "); put it beside the broker, or name it with --dll");
 }

@@ -18,8 +18,8 @@
 
 namespace {
 
-using tools::Narrow;
-using tools::Wide;
+using tessel::Narrow;
+using tessel::Wide;
 
 constexpr int kFailure = 1;
 

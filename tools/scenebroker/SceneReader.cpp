@@ -12,8 +12,8 @@
 
 namespace {
 
-using tools::Printable;
-using tools::Quoted;
+using tessel::Printable;
+using tessel::Quoted;
 
 constexpr int kVersion = 1;
 
@@ -69,7 +69,7 @@ bool IsCarried(char32_t code) {
 
 // The message starts with `subject`, which is empty if `text` is the value of `place`.
 void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
-  const std::wstring units = tools::Wide(text);
+  const std::wstring units = tessel::Wide(text);
   for (std::size_t i = 0; i < units.size(); ++i) {
     char32_t code = units[i];
     if (IS_HIGH_SURROGATE(units[i])) code = 0x10000 + ((code & 0x3FF) << 10 | (units[++i] & 0x3FF));
@@ -221,6 +221,6 @@ Scene ReadSceneFile(const std::wstring& path) {
     return ParseScene(ParseSceneText(ReadFileText(path)));
   } catch (const SceneError& error) {
     // The JSON library quotes bytes that may not be UTF-8. Wide and Narrow replace those.
-    throw SceneError(tools::Narrow(path + L": " + tools::Wide(error.what())));
+    throw SceneError(tessel::Narrow(path + L": " + tessel::Wide(error.what())));
   }
 }

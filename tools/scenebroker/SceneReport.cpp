@@ -9,9 +9,9 @@
 
 namespace {
 
-using tools::Narrow;
-using tools::Printable;
-using tools::Wide;
+using tessel::Narrow;
+using tessel::Printable;
+using tessel::Wide;
 
 // The lock keeps the lines of two threads apart. Flushes, because programs wait for the lines.
 void Print(const std::string& lines) {
@@ -45,7 +45,7 @@ std::string ElementLines(const SceneMap& map, const SceneElement& element) {
 void PrintFacts(const ServedScene& served, const std::string& scheme, HWND window,
                 const std::vector<HWND>& noticeWindows) {
   const Scene& scene = served.scene;
-  std::string lines = Line("window", tools::HandleText(window));
+  std::string lines = Line("window", tessel::HandleText(window));
   lines += Line("title", Printable(scene.title));
   lines += Line("process", std::to_string(::GetCurrentProcessId()));
   lines += Line("address", Printable(scene.address));
@@ -57,7 +57,7 @@ void PrintFacts(const ServedScene& served, const std::string& scheme, HWND windo
   }
   for (std::size_t i = 0; i < noticeWindows.size(); ++i) {
     lines += Line("additional window",
-                  '#' + std::to_string(i) + ' ' + tools::HandleText(noticeWindows[i]));
+                  '#' + std::to_string(i) + ' ' + tessel::HandleText(noticeWindows[i]));
   }
   Print(lines + "ready\n");
 }

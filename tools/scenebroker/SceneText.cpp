@@ -93,7 +93,7 @@ class TextCheck : public nlohmann::json_sax<Json> {
       if (level.isArray) {
         path += '[' + std::to_string(level.index) + ']';
       } else {
-        path += (path.empty() ? "" : ".") + tools::Printable(level.field);
+        path += (path.empty() ? "" : ".") + tessel::Printable(level.field);
       }
     }
     return path;

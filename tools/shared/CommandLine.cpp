@@ -24,7 +24,7 @@ std::vector<std::string> ReversedArguments() {
   const std::unique_ptr<wchar_t*, decltype(&::LocalFree)> arguments(
       ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
   std::vector<std::string> result;
-  for (int i = count - 1; i > 0; --i) result.push_back(Narrow(arguments.get()[i]));
+  for (int i = count - 1; i > 0; --i) result.push_back(tessel::Narrow(arguments.get()[i]));
   return result;
 }
 

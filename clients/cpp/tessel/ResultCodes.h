@@ -1,10 +1,15 @@
-// Any program. Explains the result codes of the element functions to users.
+// Any program. The table that explains all result codes to users.
 #pragma once
 
 #include "TesselCodes.h"
 #include "wire/Statuses.h"
 
-namespace tools {
+namespace tessel {
+
+// The codes of the client libraries themselves.
+enum ClientResult : int {
+  kTimedOut = -103,  // a condition was not met in time
+};
 
 struct ResultCode {
   int number;
@@ -13,8 +18,9 @@ struct ResultCode {
   const char* cure;
 };
 
-// Every SLResult, the E_NOTIMPL that GetElementValue returns, and the statuses that brokers should
-// use. Those say "usually", because a broker may give the same number another meaning.
+// Every SLResult, the E_NOTIMPL that GetElementValue returns, the codes of the client libraries,
+// and the statuses that brokers should use. The meanings of the statuses begin with "usually",
+// because a broker may give the same number another meaning.
 inline constexpr ResultCode kResultCodes[] = {
     {SL_SUCCESS, "SL_SUCCESS", "the broker has done what it was asked", "nothing"},
     {SL_FAILURE, "SL_FAILURE",
@@ -49,6 +55,8 @@ inline constexpr ResultCode kResultCodes[] = {
      "check that the window still exists, and find the element again"},
     {static_cast<int>(0x80004001), "E_NOTIMPL", "the module does not have this function",
      "use another function"},
+    {kTimedOut, "TESSEL_TIMED_OUT", "the condition was not met in time",
+     "compare what was seen last with what was expected, or wait longer"},
     {wire::kUnknownCommand, "BROKER_UNKNOWN_COMMAND",
      "a status of the broker, usually: it does not know the command",
      "check that the broker has the same version"},
@@ -72,4 +80,4 @@ constexpr ResultCode DescribeResult(int number) {
   return {number, "the broker's own status", "it refused", "read the broker's own documentation"};
 }
 
-}  // namespace tools
+}  // namespace tessel

@@ -1,0 +1,244 @@
+// Client process. Finds the elements of Silverlight content, reads and drives them. C++20, headers
+// only. A program includes this header and links TesselSLB_x64.dll (CMake: TesselSLB::Client).
+//
+//     tessel::Content content(L"Order form", L"http://shop.example/orders.html");
+//     std::optional<tessel::Element> user = content.FindFirst({.text3 = L"user"});
+//     if (user) user->SetValue(L"Ada");
+//
+// How it works: content runs inside a window, and a broker answers for it. Each function below that
+// says "calls" sends one request through a pipe to that broker and waits for the answer. A broker
+// that does not run yet is started or injected, which can take minutes.
+// A call to a running broker ends after at most 54 s (18 s each for connecting, writing and
+// reading), a call that starts a broker after 70 s, a search that injects a broker after 320 s.
+//
+// Elements: the broker keeps an object for each element that it hands out, until the client
+// releases it. An Element owns this object and releases it by one call when it is destroyed.
+//
+// Failures: "not there" is not a failure. These functions return std::nullopt or an empty list
+// then. Every other failure throws Error. Exhausted memory passes as std::bad_alloc.
+//
+// A lost broker: after the codes -6, -7 and -9 the content counts as lost, because each further
+// call to a broker that has ended or hangs can take a minute. While it is lost, elements are
+// released without a call. Other functions still call, and the next answer of the broker ends this
+// state.
+//
+// Texts are UTF-16 without U+0000: a text that holds one is refused with -5, because the bridge
+// cannot carry it. Narrow() and Wide() of tessel/Text.h convert from and to UTF-8.
+//
+// Threads: one thread at a time uses a Content, its copies and its elements. Different contents can
+// be used by different threads at the same time.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "TesselSilverlight.h"
+#include "tessel/ResultCodes.h"
+#include "tessel/Text.h"
+#include "tessel/WindowSearch.h"
+
+namespace tessel {
+
+class Session;
+
+// One call to the module.
+struct Call {
+  const char* function = "";  // the name of the module's function, for example "GetAttribute"
+  std::wstring elementId;     // empty if the call is not about one element
+  std::wstring address;       // of the content
+};
+
+// Any failure except exhausted memory. what() returns all of it as UTF-8 text.
+class Error : public std::runtime_error {
+ public:
+  // Takes name, meaning and cure from the table of result codes.
+  Error(int code, const Call& call);
+  Error(int code, const std::string& meaning, const std::string& cure, const Call& call);
+
+  int code;             // an SLResult, kTimedOut, or the broker's own status
+  std::string name;     // of the code, for example "SL_CANNOT_READ"
+  std::string meaning;  // UTF-8
+  std::string cure;     // UTF-8
+  std::string function;
+  std::wstring elementId;  // empty if the call was not about one element
+  std::wstring address;
+};
+
+// Three texts and two options that select elements. The broker defines their meaning. For
+// SceneBroker the texts are name, type and id, and an empty text matches everything. option1 is the
+// number of levels to search, and 0 means all. With option2 a text needs to be only a part.
+struct Search {
+  std::wstring text1 = {}, text2 = {}, text3 = {};
+  int option1 = 0;
+  bool option2 = false;
+};
+
+// Three texts and a number that identify an element. The broker defines their meaning.
+struct Identity {
+  std::wstring text1, text2, text3;
+  int number = 0;
+};
+
+struct Ancestor;
+
+// One element of the content. It can be moved and not copied. It may outlive its Content.
+//
+// After Release(), Abandon() or a move the Element names no element. Its functions then throw Error
+// with -13, without a call.
+class Element {
+ public:
+  Element(Element&& other) noexcept;
+  Element& operator=(Element&& other) noexcept;  // lets go of the element that it had
+  ~Element();                                    // calls once; ignores failures
+
+  std::wstring Id() const;
+
+  // The module's own record, for example for `rect`, which Find() fills in. It stays the element's.
+  const SLElemData& Record() const { return record_; }
+
+  // Each of these functions calls once.
+  std::optional<Element> Parent();
+  std::vector<Ancestor> Ancestors();                // -12 if elements and numbers differ in count
+  std::vector<Element> Selector();                  // the elements of the default selector
+  std::vector<Element> Find(const Search& search);  // all matching elements below this one
+  Identity Identify();
+  Identity Identify(const Element& ancestor);  // relative to that element
+  RECT Rectangle();  // in the broker's coordinates, as all points and rectangles
+
+  // An attribute or a state. Returns nothing if the broker answers with any positive status: the
+  // element has no such attribute, or it is gone.
+  std::optional<std::wstring> Attribute(std::wstring_view name);
+
+  // The texts of the items of a list. Returns nothing if the broker answers with any positive
+  // status: the element is no list, or it is gone.
+  std::optional<std::vector<std::wstring>> Items();
+
+  // Success means that the broker has accepted the command.
+  void Click();
+  void SetValue(std::wstring_view text);
+  void SetFocus();
+  void Check(bool on = true);
+  void Select(std::wstring_view item);
+
+  // Releases the element now, by one call, and never again. While the content is lost, it makes no
+  // call. Lets go of the element even if it throws.
+  void Release();
+
+  // Lets go of the element without a call. The broker keeps its object until it ends.
+  void Abandon() noexcept;
+
+ private:
+  friend class Session;
+  template <class Look>
+  friend class Condition;
+  Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept;
+
+  std::shared_ptr<Session> session_;
+  SLElemData record_;
+};
+
+struct Ancestor {
+  Element element;
+  long number;  // the broker defines its meaning
+};
+
+// Is told of each call, for example to show progress or to measure.
+class CallObserver {
+ public:
+  virtual void Begin(const Call& call) = 0;
+  virtual void End(const Call& call, int code) noexcept = 0;  // also after a call that threw
+
+ protected:
+  ~CallObserver() = default;
+};
+
+// The content of one window at one address. Copies are the same content.
+class Content {
+ public:
+  // Makes no call. Throws Error with -5 if the window does not exist, or if not exactly one
+  // top-level window has exactly this title. `scheme` selects the broker. Without it, each function
+  // of this class searches for the broker: first for the tailored one, then for the one of the
+  // address's scheme. If neither shows the content, a broker is injected into the window's process.
+  Content(HWND window, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
+  Content(std::wstring_view title, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
+
+  HWND Window() const;
+  SLUriScheme Scheme() const;  // the one that was given
+
+  // Each of these functions calls once, or once for each broker that a search asks.
+
+  // The element at a point. `option` is passed on to the broker.
+  std::optional<Element> At(POINT point, int option = 0);
+
+  // The element that has the focus. This always searches. So a Content with a scheme other than
+  // SL_TAILORED_URI is refused with -5.
+  std::optional<Element> Focused();
+
+  // All matching elements, or the first one of them. FindFirst releases the others.
+  std::vector<Element> Find(const Search& search);
+  std::optional<Element> FindFirst(const Search& search);
+
+  // The observer must live as long as the content and its elements. Null: none.
+  void Observe(CallObserver* observer);
+
+ private:
+  template <class Look>
+  friend class Condition;
+
+  std::shared_ptr<Session> session_;
+};
+
+// What to wait for. `look` makes calls and returns whether the condition is met, as a bool or as an
+// optional value. It stores a text in `seen` that says what it found instead. `what` completes the
+// sentence "waited until ...".
+//
+//     tessel::Condition hasItems(content, L"the list has items", [&](std::wstring& seen) {
+//       seen = L"an empty list";
+//       return !list.Items().value_or(std::vector<std::wstring>()).empty();
+//     });
+template <class Look>
+class Condition {
+ public:
+  Condition(const Content& content, std::wstring what, Look look)
+      : session_(content.session_), what_(std::move(what)), look_(std::move(look)) {}
+  Condition(const Element& element, std::wstring what, Look look)
+      : session_(element.session_), what_(std::move(what)), look_(std::move(look)) {}
+
+ private:
+  template <class AnyLook>
+  friend auto WaitUntil(Condition<AnyLook> condition, std::chrono::milliseconds timeout,
+                        std::chrono::milliseconds interval);
+
+  std::shared_ptr<Session> session_;
+  std::wstring what_;
+  Look look_;
+};
+
+// Ready conditions. WaitUntil(IsThere(...)) returns the first matching element. `element` must live
+// until the wait has ended.
+auto IsThere(const Content& content, const Search& search);
+auto IsGone(const Content& content, const Search& search);
+auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view text);
+
+// Looks at once, and again after each interval, until the condition is met. Returns the value of an
+// optional, else nothing.
+//
+// Only the first look may start or inject a broker. Later ones use the scheme that was found, and
+// throw -7 without a call if that broker has ended. Each Error that a look throws ends the wait.
+//
+// After the time-out it throws Error with the code kTimedOut. Its meaning says what was waited for,
+// how long, and what was seen last. A look that has begun is not cut short, so the wait can take
+// longer by one look.
+template <class Look>
+auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
+               std::chrono::milliseconds interval = std::chrono::milliseconds(250));
+
+}  // namespace tessel
+
+#include "tessel/ClientImplementation.h"

@@ -1,0 +1,254 @@
+// Client process. What a Content and its elements share: where the content is, and whether its
+// broker is lost. Makes all calls to the module.
+#pragma once
+
+#include <new>
+#include <system_error>
+
+#include "tessel/Client.h"
+#include "wire/Addresses.h"
+
+namespace tessel {
+
+namespace detail {
+
+inline std::wstring TextOf(const CComBSTR& text) { return {text.m_str, text.Length()}; }
+
+}  // namespace detail
+
+class Session : public std::enable_shared_from_this<Session> {
+ public:
+  Session(HWND window, std::wstring_view address, SLUriScheme scheme)
+      : window(window), address(address), scheme(scheme) {}
+
+  const HWND window;
+  const std::wstring address;
+  const SLUriScheme scheme;
+  CallObserver* observer = nullptr;
+
+  // Makes a call and throws unless it succeeds.
+  template <class Body>
+  void Do(const char* function, const SLElemData& record, Body body) {
+    if (const int code = Run(function, record, body); code != SL_SUCCESS) {
+      throw Error(code, CallOf(function, record));
+    }
+  }
+
+  // The same, but returns false for a positive status.
+  template <class Body>
+  bool Try(const char* function, const SLElemData& record, Body body) {
+    const int code = Run(function, record, body);
+    if (code < SL_SUCCESS) throw Error(code, CallOf(function, record));
+    return code == SL_SUCCESS;
+  }
+
+  // Makes a call that may search for the broker, and remembers the scheme that it stores in `root`.
+  template <class Body>
+  void Find(const char* function, const SLElemData& root, Body body) {
+    Do(function, root, body);
+    foundScheme_ = root.uriScheme;
+  }
+
+  Call CallOf(const char* function, const SLElemData& record) const {
+    return {function, std::wstring(record.objectId, ::SysStringLen(record.objectId)), address};
+  }
+
+  // Returns the text with a zero at its end. Refuses a text that holds one.
+  std::wstring Checked(std::wstring_view text, const char* function,
+                       const SLElemData& record) const {
+    if (text.find(L'\0') == text.npos) return std::wstring(text);
+    throw Error(SL_INVALID_ARGUMENT, "a text holds U+0000, which the bridge cannot carry",
+                "remove it from the text", CallOf(function, record));
+  }
+
+  // Returns a record that stands for the whole content. During a wait it has the scheme that was
+  // found.
+  SLElemData Whole() const {
+    SLElemData record;
+    record.hwnd = window;
+    try {
+      record.sourceUri = address.c_str();
+    } catch (const ATL::CAtlException&) {
+      throw std::bad_alloc();
+    }
+    record.uriScheme = isWaiting_ && foundScheme_ != SL_NO_URI ? foundScheme_ : scheme;
+    return record;
+  }
+
+  // Releases the element by a call, unless the content is lost.
+  void Release(SLElemData& record) {
+    if (isLost_) return;
+    Do("ReleaseObj", record, [&] { return TesselSilverlight::ReleaseObj(record); });
+  }
+
+  // Releases the element, and ignores failures.
+  void LetGo(SLElemData& record) noexcept {
+    if (::SysStringLen(record.objectId) > 0) {
+      try {
+        Release(record);
+      } catch (...) {
+        // The broker keeps its object, because a destructor must not end the client.
+      }
+    }
+    Forget(record);
+  }
+
+  // The record names no element afterwards, so its destruction makes no call.
+  static void Forget(SLElemData& record) noexcept {
+    ::SysFreeString(record.objectId);
+    record.objectId = nullptr;
+  }
+
+  // Makes sure that the record is forgotten, also when an exception ends the caller.
+  struct Forgetting {
+    explicit Forgetting(SLElemData& record) : record(record) {}
+    ~Forgetting() { Forget(record); }
+    Forgetting(const Forgetting&) = delete;
+    Forgetting& operator=(const Forgetting&) = delete;
+
+    SLElemData& record;
+  };
+
+  Element Own(SLElemData&& record) { return Element(shared_from_this(), std::move(record)); }
+
+  std::optional<Element> OwnIfThere(SLElemData&& record) {
+    if (::SysStringLen(record.objectId) == 0) return std::nullopt;
+    return Own(std::move(record));
+  }
+
+  // A vector of records that a call fills. Its destructor releases the elements that were not
+  // taken.
+  struct Owned {
+    explicit Owned(Session& session) : session(session) {}
+    ~Owned() {
+      for (SLElemData& record : records) session.LetGo(record);
+    }
+    Owned(const Owned&) = delete;
+    Owned& operator=(const Owned&) = delete;
+
+    std::vector<Element> Take() {
+      std::vector<Element> elements;
+      elements.reserve(records.size());
+      for (SLElemData& record : records) elements.push_back(session.Own(std::move(record)));
+      return elements;
+    }
+
+    Session& session;
+    std::vector<SLElemData, HeapAllocator<SLElemData>> records;
+  };
+
+  std::vector<Element> Collect(SLElemData& root, const Search& search) {
+    const char* const function = "FindCollection";
+    std::wstring texts[] = {Checked(search.text1, function, root),
+                            Checked(search.text2, function, root),
+                            Checked(search.text3, function, root)};
+    Owned found(*this);
+    Find(function, root, [&] {
+      return TesselSilverlight::FindCollection(root, texts[0].data(), texts[1].data(),
+                                               texts[2].data(), search.option1, search.option2,
+                                               found.records);
+    });
+    return found.Take();
+  }
+
+  // `ancestor` may be null.
+  Identity Identify(const SLElemData* ancestor, const SLElemData& record) {
+    CComBSTR texts[3];
+    int number = 0;
+    Do("GetIdInfo", record, [&] {
+      return TesselSilverlight::GetIdInfo(ancestor, record, &texts[0], &texts[1], &texts[2],
+                                          &number);
+    });
+    return {detail::TextOf(texts[0]), detail::TextOf(texts[1]), detail::TextOf(texts[2]), number};
+  }
+
+  // After the first look of a wait no call starts a broker.
+  class Wait {
+   public:
+    explicit Wait(Session& session) : session_(session), wasWaiting_(session.isWaiting_) {}
+    ~Wait() { session_.isWaiting_ = wasWaiting_; }
+    Wait(const Wait&) = delete;
+    Wait& operator=(const Wait&) = delete;
+
+    void EndFirstLook() { session_.isWaiting_ = true; }
+
+   private:
+    Session& session_;
+    const bool wasWaiting_;
+  };
+
+ private:
+  // Tells the observer of the end of a call, also when an exception ends it.
+  struct Observation {
+    Observation(CallObserver* observer, const Call& call) : observer(observer), call(call) {
+      if (observer != nullptr) observer->Begin(call);
+    }
+    ~Observation() {
+      if (observer != nullptr) observer->End(call, code);
+    }
+    Observation(const Observation&) = delete;
+    Observation& operator=(const Observation&) = delete;
+
+    CallObserver* const observer;
+    const Call& call;
+    int code = SL_FAILURE;
+  };
+
+  template <class Body>
+  int Run(const char* function, const SLElemData& record, Body body) {
+    const Call call = CallOf(function, record);
+    if (isWaiting_ && record.uriScheme != SL_NO_URI && !BrokerRuns(record.uriScheme)) {
+      isLost_ = true;
+      throw Error(SL_CANNOT_CONNECT, call);
+    }
+    Observation observation(observer, call);
+    observation.code = Translated(call, body);
+    isLost_ = IsLostAfter(observation.code);
+    return observation.code;
+  }
+
+  // Turns the module's exceptions into those of this library.
+  template <class Body>
+  static int Translated(const Call& call, Body body) {
+    try {
+      return body();
+    } catch (const ATL::CAtlException& error) {
+      if (static_cast<HRESULT>(error) == E_OUTOFMEMORY) throw std::bad_alloc();
+      throw Error(SL_FAILURE, "the path of the module or of the launcher is too long",
+                  "move the module to a folder with a shorter path", call);
+    } catch (const std::length_error&) {
+      throw Error(SL_ARCHIVE_FAILURE, call);
+    } catch (const std::system_error&) {
+      throw Error(SL_FAILURE, call);
+    }
+  }
+
+  bool IsLostAfter(int code) const {
+    switch (code) {
+      case SL_CANNOT_READ:
+      case SL_CANNOT_CONNECT:
+      case SL_BROKER_NOT_STARTED:
+        return true;
+      case SL_FAILURE:
+      case SL_INVALID_ARGUMENT:
+      case SL_INJECTOR_NOT_STARTED:
+      case SL_INJECTION_FAILED:
+      case SL_INVALID_OBJECT:
+        return isLost_;  // not an answer of the broker
+      default:
+        return false;
+    }
+  }
+
+  // Looks for the broker's pipe without connecting. The pipe exists also while it is busy.
+  bool BrokerRuns(DWORD usedScheme) const {
+    const std::wstring pipe = wire::PipeName(usedScheme, address);
+    return ::WaitNamedPipeW(pipe.c_str(), 1 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
+  }
+
+  bool isLost_ = false;
+  bool isWaiting_ = false;
+  DWORD foundScheme_ = SL_NO_URI;
+};
+
+}  // namespace tessel

@@ -1,0 +1,26 @@
+#include "tools/inspector/CallWatch.h"
+
+#include <string_view>
+
+#include "wire/Timeouts.h"
+
+void CallWatch::Announce(const std::string& what, std::uint32_t longestMilliseconds) {
+  what_ = what;
+  longestMilliseconds_ = longestMilliseconds;
+}
+
+// Releases are not announced, because destructors make them.
+void CallWatch::Begin(const tessel::Call& call) {
+  lastCall_ = call;
+  if (std::string_view(call.function) == "ReleaseObj") {
+    notice_.emplace("release element " + tessel::Quoted(call.elementId),
+                    wire::kLongestRoundTripMilliseconds);
+  } else {
+    notice_.emplace(what_, longestMilliseconds_);
+  }
+}
+
+void CallWatch::End(const tessel::Call& /*call*/, int code) noexcept {
+  notice_.reset();
+  lastCode_ = code;
+}

@@ -1,0 +1,30 @@
+// Part of tessel. Watches all calls of one run: prints a notice when a call takes long, and keeps
+// the last call's code.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "tessel/Client.h"
+#include "tools/inspector/CallNotice.h"
+
+class CallWatch : public tessel::CallObserver {
+ public:
+  // Says what the next calls are for. `what` completes the sentence "waiting for the broker to
+  // ...". Each of the calls waits for at most `longestMilliseconds`.
+  void Announce(const std::string& what, std::uint32_t longestMilliseconds);
+
+  // Returns the last call's code as an error.
+  tessel::Error LastError() const { return {lastCode_, lastCall_}; }
+
+  void Begin(const tessel::Call& call) override;
+  void End(const tessel::Call& call, int code) noexcept override;
+
+ private:
+  std::string what_;
+  std::uint32_t longestMilliseconds_ = 0;
+  std::optional<CallNotice> notice_;
+  tessel::Call lastCall_;
+  int lastCode_ = SL_SUCCESS;
+};

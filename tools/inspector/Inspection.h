@@ -1,0 +1,81 @@
+// Part of tessel. One run of the tool: the options and the content. Makes calls with the error
+// messages and notices of a command-line tool.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tessel/Client.h"
+#include "tools/inspector/CallWatch.h"
+#include "tools/inspector/InspectorError.h"
+#include "tools/inspector/InspectorOptions.h"
+#include "wire/Timeouts.h"
+
+// The functions throw InspectorError.
+class Inspection {
+ public:
+  explicit Inspection(const InspectorOptions& options);
+  Inspection(const Inspection&) = delete;
+  Inspection& operator=(const Inspection&) = delete;
+
+  const InspectorOptions& Options() const { return options_; }
+  HWND Window() const { return content_.Window(); }
+
+  // The element that the options name.
+  tessel::Element FindElement();
+  std::optional<tessel::Element> FindFocused();
+
+  std::optional<tessel::Element> ParentOf(tessel::Element& child);
+
+  // `steps` must be positive.
+  tessel::Element AncestorOf(tessel::Element& element, int steps);
+
+  // All elements of the content that match.
+  std::vector<tessel::Element> Find(const std::string& what, const tessel::Search& search);
+
+  // Runs `body`, which makes calls about one element. `what` completes the message "cannot ...",
+  // for example "read the items of element ...".
+  template <class Body>
+  auto Do(const std::string& what, Body body) {
+    watch_.Announce(what, wire::kLongestRoundTripMilliseconds);
+    return Explained(what, body);
+  }
+
+  // The same for a body that returns an optional. An empty one is a failure, with the broker's
+  // status.
+  template <class Body>
+  auto Require(const std::string& what, Body body) {
+    auto value = Do(what, body);
+    if (!value) throw MakeCallFailure(what, watch_.LastError());
+    return std::move(*value);
+  }
+
+ private:
+  // Makes the error for an element that does not exist.
+  InspectorError NothingThere(const std::string& what, const std::string& reasonAndCure) const;
+
+  template <class Body>
+  auto Explained(const std::string& what, Body body) {
+    try {
+      return body();
+    } catch (const tessel::Error& error) {
+      throw MakeCallFailure(what, error);
+    }
+  }
+
+  // Says what the next call is for. It searches for the broker if `scheme` is SL_NO_URI.
+  void AnnounceSearch(const std::string& what, SLUriScheme scheme);
+
+  tessel::Element FindNamed();
+  tessel::Element FindAt(POINT point);
+  tessel::Element FindOnly(const SearchTexts& texts);
+
+  const InspectorOptions& options_;
+  CallWatch watch_;
+  tessel::Content content_;
+};
+
+// Returns the text: element "ID". For messages.
+std::string NameOf(const tessel::Element& element);
+
+tessel::Search SearchFor(const SearchTexts& texts);
