@@ -1,4 +1,5 @@
-// Both processes. ATL's exception for a failed HRESULT, for compilers without ATL.
+// Runs in the client and in the broker. ATL's exception for a failed HRESULT, for compilers without
+// ATL.
 #pragma once
 
 #include <windows.h>

@@ -1,6 +1,6 @@
-// Both processes. The ATL types of the interface. With Microsoft's compiler these are ATL's own
-// types. Other compilers use the module's types, which have the same layouts and the same ownership
-// rules.
+// Runs in the client and in the broker. The ATL types of the interface. With Microsoft's compiler
+// these are ATL's own types. Other compilers use the types of ComBstr.h and StringW.h, which have
+// the same layouts and the same ownership rules.
 #pragma once
 
 #include <windows.h>

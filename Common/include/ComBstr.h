@@ -1,4 +1,4 @@
-// Both processes. Owns a BSTR and has the layout of ATL's class: one pointer.
+// Runs in the client and in the broker. Owns a BSTR. Has the layout of ATL's class: one pointer.
 #pragma once
 
 #include <windows.h>
@@ -30,7 +30,7 @@ class CComBSTR {
   }
   CComBSTR& operator=(const wchar_t* text) { return *this = CComBSTR(text); }
 
-  // Returns a copy that the caller owns. Keeps embedded zeros. Returns null if there is no text.
+  // Returns a copy that the caller owns, or null if there is no text. Keeps zeros inside the text.
   BSTR Copy() const {
     if (m_str == nullptr) return nullptr;
     return Allocated(

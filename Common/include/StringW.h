@@ -1,6 +1,7 @@
-// Both processes. A shared UTF-16 string with the layout of ATL's class: one pointer to the first
-// unit. A header before the first unit names the manager that allocated the buffer. Only this
-// manager frees the buffer, so modules that were built separately can exchange strings.
+// Runs in the client and in the broker. A shared UTF-16 string with the layout of ATL's class: one
+// pointer to the first unit. A header before the first unit names the manager that allocated the
+// buffer. Only this manager frees the buffer, so programs and DLLs that were built separately can
+// exchange strings. Several threads may use copies of one string at the same time.
 #pragma once
 
 #include <windows.h>

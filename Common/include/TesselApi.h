@@ -1,7 +1,7 @@
-// Both processes. TESSELSLB_API marks the functions that the module exports. With Microsoft's
-// compiler it exports them from the module and imports them into a client. With other compilers it
-// is empty: the export definition file exports the functions, and a client's linker finds them
-// through the import library.
+// Used by the client and by the broker's host. TESSELSLB_API marks the functions that
+// TesselSLB_x64.dll exports. Microsoft's compiler exports them from this module and imports them
+// into a client. For other compilers it is empty: there the export definition file exports the
+// functions, and a client's linker finds them through the import library.
 #pragma once
 
 #if defined(_MSC_VER) && defined(TESSELSLB_BUILD)
@@ -12,8 +12,7 @@
 #define TESSELSLB_API
 #endif
 
-// The underlying types of enumerations. In C++ they are part of the interface. C11 has no syntax
-// for them.
+// Sets the size and the sign of an enumeration in C++. C11 cannot do this.
 #ifdef __cplusplus
 #define TESSELSLB_AS_INT : int
 #define TESSELSLB_AS_ULONG : unsigned long

@@ -1,33 +1,61 @@
-// Client process. Finds the elements of Silverlight content, describes, reads and drives them. A
-// client includes this header, and links against TesselSLB_x64.dll or loads it.
+// Runs in the client. Finds the user-interface elements of Silverlight content, and describes,
+// reads and drives them. A client includes this header, and links against TesselSLB_x64.dll (the
+// module) or loads it.
 //
-// A client names the content by its window and its address, gets a first element from a point, the
-// focus or a collection, and goes on from there. Each element is a record (SLElemData) that holds
-// an object in the broker until it is destroyed.
+// A client finds a first element by a point, by the focus or in a collection, and goes on from
+// there. Each element is a record (SLElemData). The broker keeps an object for the record until the
+// record is destroyed. If the client ends without that, the object stays in the broker.
 //
-// A call becomes one request to the broker of the element's content and one answer. A broker that
-// does not run yet is started. The calling thread waits for all of it: up to 16 s for a broker that
-// has to be started, then up to 18 s each for connecting, writing and reading, about 70 s together.
-// The limit of 18 s applies to each single wait for a part of the answer. A hostile broker that
-// cancels and repeats its writes can make a call longer. A function that searches tries two
-// schemes. If neither broker shows the content, it waits up to 30 s for the injections of other
-// clients and about 10 s for its own injector, and searches again: about 320 s together. When a
-// function refills a vector of records, it first releases each old record by one more call.
+// Words:
+// - Broker: the Silverlight application that answers the requests about the content.
+// - Scheme: selects the broker (SLUriScheme). There is one broker each for http, https and file. A
+//   tailored broker serves one site alone: all addresses that have the same scheme and host.
+// - Launcher: sllauncher.exe of the Silverlight runtime. It starts a broker.
+// - Injector: slinject.exe in the module's folder. It starts a broker in the process that owns the
+//   window.
+// - Valid record: process, window, object, scheme and address are all set.
 //
-// Result codes: SL_SUCCESS, or one of the groups that each function names.
-//   round trip  SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or
-//               the broker's own status. SL_NOT_SERVED is the status for content that the broker
-//               does not show.
-//   search      those of the round trip, and SL_INVALID_ARGUMENT (no such window), SL_FAILURE,
-//               SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED
+// Calls: a call sends one request to the broker and receives one answer. If the broker's pipe does
+// not exist, the call first starts the broker. The calling thread waits up to 16 s for a broker
+// that it starts, and up to 18 s each to connect, to write and to read: 70 s at most. An answer may
+// arrive in parts, and the 18 s apply to each part. So a hostile broker can make a call last
+// several times as long.
+//
+// Search: GetElemFromPoint and FindCollection search for the broker if `uriScheme` is SL_NO_URI.
+// GetFocusedElement always searches. A search asks the tailored broker, and then the broker of the
+// scheme that the address begins with: http:, https: or file:, in small letters. It asks the second
+// broker only if the first one returns SL_NOT_SERVED. So a tailored broker that cannot be started
+// ends the search with SL_BROKER_NOT_STARTED. If the last result is SL_NOT_SERVED, the search runs
+// the injector and asks once more. Only one injection runs at a time in a logon session: it waits
+// up to 30 s for others, and about 10 s for its injector. A search takes about 320 s at most.
+//
+// Results: each function returns SL_SUCCESS, one of the codes that it names, or a status.
+// - Round trip: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or a
+//   status of the broker.
+// - Search: the codes of a round trip, and the codes of an injection: SL_FAILURE,
+//   SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED, and SL_INVALID_ARGUMENT (no such window). Only an
+//   injection checks the window. Without one, a window that does not exist has the result
+//   SL_BROKER_NOT_STARTED or a status.
+// A status is a number that the broker chooses, and is returned unchanged. SL_NOT_SERVED means that
+// the broker does not show the content. Brokers should use 100 for an unknown command, 101 for an
+// unknown element, 102 for something that the element does not support or have, and 103 for a
+// broken request. A broker may also use the number of another SL_ code.
+//
 // Output arguments change only on success, unless the function says otherwise.
 //
+// If the broker ends during a call, the result is SL_CANNOT_READ or SL_CANNOT_CONNECT. The next
+// call starts a new broker. If it cannot, for example without a launcher, it returns
+// SL_BROKER_NOT_STARTED. A new broker does not know the old objects and answers with a status,
+// usually 101. So after one of these three codes, clear the ids of all records of this broker, as
+// ReleaseObj shows, but without the call. Otherwise each record's destruction tries to start a
+// broker, and may wait 16 s or longer.
+//
 // Threads: any number may call at the same time, each with its own records and vectors. No function
-// is bound to a thread. Injections lock each other out, across all processes.
+// is bound to a thread.
 //
 // Texts are UTF-16. The client frees a returned BSTR with SysFreeString. A vector that a function
-// fills belongs to the client, and its storage is on the process's heap. Rectangles and points are
-// in the coordinates of the content's broker; the module does not convert them.
+// fills belongs to the client, and its storage is on the process's heap. The broker defines the
+// coordinates of rectangles and points; the module does not convert them.
 //
 // Exceptions: each failure of the broker and of the pipe has a result code and a line in the log.
 // These exceptions may leave a function:
@@ -36,7 +64,7 @@
 // - ATL's exception with E_OUTOFMEMORY: memory for a text is exhausted.
 // - ATL's exception with E_FAIL or E_INVALIDARG: a path does not fit its buffer.
 // - std::system_error: the security of the injection mutex cannot be set up.
-// A client that was built with a different compiler cannot catch them, and ends.
+// A client can catch them only if the same compiler built it and the DLL. Any other client ends.
 #pragma once
 
 #include <windows.h>
@@ -57,106 +85,114 @@ namespace TesselSilverlight {
 
 // Finding a first element.
 
-// The element at a point.
+// Returns the element at a point.
 //
-// window  in: `hwnd` and `sourceUri` (the content's address); `uriScheme` when it is known, else
-//         the function searches; `objectId` may be empty.
-//         out: `processId`, filled in from the window when it was 0, even if the call then fails,
-//         and `uriScheme`, once a search has found it.
+// window  in: `hwnd` and `sourceUri`, which is the address of the content. `uriScheme`, if it is
+//         known. `objectId` may be empty.
+//         out: `processId`, taken from the window if it was 0, even if the call then fails.
+//         `uriScheme`, if a search succeeded.
 // pt      the point.
-// option  passed on to the broker.
-// found   out: the element, with the window, process, scheme and address of `window`; its `rect`
-//         does not change. An element that the record named before is not released. If there is no
-//         element: success with an empty `objectId`.
+// option  the broker defines its meaning.
+// found   out: the element, with the window, process, scheme and address of `window`. Its `rect`
+//         does not change. If there is no element, the result is SL_SUCCESS and `objectId` is
+//         empty. Pass a new record: an element that the record already names is not released and
+//         stays in the broker.
 // Result: search.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
 
-// The element that has the focus in a window. Always searches.
+// Returns the element that has the focus in a window.
 //
-// focused  in: `sourceUri`. out: as `found` above. If no element has the focus: success with an
-//          empty `objectId`.
+// focused  in: `sourceUri`. Everything else is ignored, also a known scheme. out: as `found` above,
+//          with the window `hwnd`. If no element has the focus, `objectId` is empty.
 // Result: search.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
-// All elements below a root that match three texts and two options. The broker defines the meaning
-// of these.
+// Finds all elements below a root that match three texts and two options. The broker defines the
+// meaning of these and the order of the result.
 //
-// root    a valid record, or one with `hwnd` and `sourceUri` alone, which stands for the whole
-//         content. in and out as `window` of GetElemFromPoint; must not be one of `found`.
+// root    in and out as `window` of GetElemFromPoint. With an empty `objectId` it stands for the
+//         whole content. Must not be one of `found`.
 // search1, search2, search3
-//         only read; null is an empty text.
-// found   out: one record for each element, `rect` included; the records that it held are released.
-//         If the answer ends after its count (SL_ARCHIVE_FAILURE), it holds as many records as the
-//         count says. The records that could not be read name no element.
-// Result: search; SL_INVALID_OBJECT for a root that is not valid and has no window.
+//         the texts, which are not changed. Null counts as an empty text.
+// found   out: a new record for each element, `rect` included. The old records are released, one
+//         call each. If the answer ends after the count (SL_ARCHIVE_FAILURE), the vector has as
+//         many records as the count says, and those that are missing in the answer are empty.
+// Result: search; SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
                                  std::vector<SLElemData, HeapAllocator<SLElemData>>& found);
 
-// From element to element. From here on each function requires a valid record (SL_INVALID_OBJECT
-// otherwise, and nothing is sent): one that has all five of process, window, object, scheme and
-// address.
+// From element to element. This and all following functions require valid records. For any other
+// record they return SL_INVALID_OBJECT and send nothing.
 
-// The parent of an element. `parent` receives it, with the window, process, scheme and address of
-// `child`. If there is no parent, `parent` does not change.
+// Returns the parent of an element.
+//
+// parent  out: the parent, with the window, process, scheme and address of `child`. Its `rect` does
+//         not change. If there is no parent, the result is SL_SUCCESS and `parent` does not change.
+//         Pass a new record, as for `found` of GetElemFromPoint.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
-// The element's ancestors, with a number for each. The broker defines the meaning of the numbers.
+// Returns the ancestors of an element, with a number for each. The broker defines their order, the
+// meaning of the numbers, and whether the element itself is included.
 //
-// ancestors  out: as `found` of FindCollection, except for `rect`, which is empty. `elem` must not
-//            be one of them.
-// numbers    out: appended to. After SL_ARCHIVE_FAILURE the numbers read so far stay.
+// ancestors  out: as `found` of FindCollection, but `rect` is empty. Must not contain `elem`.
+// numbers    out: the numbers are appended. After SL_ARCHIVE_FAILURE those read so far stay.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
                                   std::vector<SLElemData, HeapAllocator<SLElemData>>& ancestors,
                                   std::vector<long, HeapAllocator<long>>& numbers);
 
-// The elements that make up the element's default selector. `chain`: as `ancestors` above.
+// Returns the elements that make up the default selector of an element. The broker defines which
+// these are.
+//
+// chain  out: as `ancestors` above.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetDefaultSelectorHierarchy(
     const SLElemData& elem, std::vector<SLElemData, HeapAllocator<SLElemData>>& chain);
 
 // Reading an element.
 
-// Identification data of an element: three texts and a number. The broker defines their meaning.
+// Returns three texts and a number that identify an element. The broker defines their meaning.
 //
 // parentObj  null, or a valid record of the same process and scheme (SL_INVALID_OBJECT otherwise):
 //            the broker then identifies `obj` relative to this element.
 // text1, text2, text3
-//            out: BSTRs that the client frees; what was there before is overwritten, not freed.
-//            Must not be null.
-// number     out; null when it is not wanted.
+//            out: BSTRs that the client frees. Must not be null. Free old BSTRs before the call,
+//            because their pointers are overwritten.
+// number     out; may be null.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text1,
                             wchar_t** text2, wchar_t** text3, int* number);
 
-// Not implemented: E_NOTIMPL for a valid record. Sends nothing and leaves `value` alone.
+// Not implemented. Sends nothing and does not change `value`.
 // Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
-// The element's rectangle. An answer that ends early (SL_ARCHIVE_FAILURE) leaves the remaining
-// fields unchanged.
+// Returns the rectangle of an element. After SL_ARCHIVE_FAILURE the sides read so far are set.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
-// A named attribute as text. `name` is only read; a literal needs a cast:
-// const_cast<wchar_t*>(L"text"). `*value` receives a BSTR that the client frees; what was there
-// before is overwritten, not freed.
+// Returns a named attribute as text.
+//
+// name   is not changed. A literal needs a cast: const_cast<wchar_t*>(L"text").
+// value  out: a BSTR that the client frees. Free an old BSTR before the call, because its pointer
+//        is overwritten.
 // Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name, or a null
-// `value`.
+// `value`. Every positive status means that the element has no such attribute.
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
-// The texts of the items of a list-like element, appended to `items`. `flag` reaches the broker as
-// true or false. After SL_ARCHIVE_FAILURE the items read so far stay.
-// Result: round trip, SL_INVALID_OBJECT.
+// Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE the
+// items read so far stay. The broker defines the meaning of `flag`; only 0 or not 0 counts.
+// Result: round trip, SL_INVALID_OBJECT. Every positive status means that the element has no items.
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
                            std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items);
 
-// Acting on an element. Success means that the broker has accepted the command.
+// Acting on an element. Success means that the broker has accepted the command. The action may
+// still be running.
 
-// Clicks the element. The two ints are reserved: neither read nor sent.
+// Clicks the element. The two reserved arguments are ignored.
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int ClickElem(const SLElemData& elem, int reserved1, int reserved2);
 
@@ -172,32 +208,31 @@ TESSELSLB_API int SetFocus(const SLElemData& elem);
 // Result: round trip, SL_INVALID_OBJECT.
 TESSELSLB_API int CheckElem(const SLElemData& elem, int check);
 
-// Selects the item of that text.
-// Result: round trip, SL_INVALID_OBJECT; SL_ARCHIVE_FAILURE also for a null text.
+// Selects the item that has this text.
+// Result: round trip, SL_INVALID_OBJECT; SL_ARCHIVE_FAILURE also for a null text (nothing is sent).
 TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 
-// Letting go.
+// Releasing an element.
 
-// Tells the broker that the client no longer holds the element. The record keeps its fields, and
-// its destruction tells the broker again. To let go early and only once, clear the object's id
-// after the call:
+// Tells the broker that the client no longer holds the element. The record keeps its fields, so its
+// destruction tells the broker again. To release an element early and only once, clear the object's
+// id after the call:
 //
 //     TesselSilverlight::ReleaseObj(record);
 //     SysFreeString(record.objectId);
 //     record.objectId = nullptr;
 //
-// The record's destruction then sends nothing; it only logs "Invalid SL object". When the broker is
-// gone, clear the id without this call. Otherwise each release searches for the broker, and may
-// start one.
-// Result: round trip, SL_INVALID_OBJECT; SL_FAILURE also when the broker refuses.
+// The destruction of a record without an object sends nothing. It logs the error "Invalid SL
+// object", which is harmless.
+// Result: round trip, SL_INVALID_OBJECT; SL_FAILURE if the broker refuses.
 TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
 }  // namespace TesselSilverlight
 
-// Names an element, or only a window and its content's address. It owns the broker's object:
-// destroying the record, or assigning to it, releases the object by a call to the broker (see
-// ReleaseObj). A record without an object makes no call and logs "Invalid SL object". Records can
-// be moved, which releases nothing, but not copied.
+// Names an element, or only a window and the address of its content. The record owns the broker's
+// object: destroying a valid record, or assigning to it, calls ReleaseObj, which may block like any
+// call. A vector of n records makes n calls. Records can be moved but not copied. Moving takes the
+// object out of the source without a call.
 struct SLElemData {
   SLElemData() = default;
   SLElemData(const SLElemData&) = delete;
@@ -212,12 +247,12 @@ struct SLElemData {
   }
   ~SLElemData() { Clear(); }
 
-  DWORD processId = 0;  // 0 in a record that names only a window; the call sets it
-  HWND hwnd = nullptr;  // the window that shows the content
-  BSTR objectId = nullptr;
-  DWORD uriScheme = SL_NO_URI;
-  RECT rect = {};
-  CStringW sourceUri;
+  DWORD processId = 0;          // the process of the window; 0 if not known yet
+  HWND hwnd = nullptr;          // the window that shows the content
+  BSTR objectId = nullptr;      // the broker's id of the element; the record frees it
+  DWORD uriScheme = SL_NO_URI;  // an SLUriScheme
+  RECT rect = {};               // set only by FindCollection
+  CStringW sourceUri;           // the address of the content
 
  private:
   void Clear() noexcept {
