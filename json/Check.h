@@ -1,5 +1,5 @@
-// Both processes. json/ has no log, so it reports a failed check to a hook. The module sets a hook
-// that logs it.
+// Runs in the client and in the broker. json/ has no log, so it reports a failed check to a hook.
+// The module sets a hook that logs it.
 #pragma once
 
 namespace base {

@@ -1,5 +1,5 @@
-// Both processes. Reads and writes decimal digits without a branch for each one, because processors
-// cannot predict how many there are.
+// Runs in the client and in the broker. Reads and writes decimal digits without a branch for each
+// one, because processors cannot predict how many there are.
 #pragma once
 
 #include <array>

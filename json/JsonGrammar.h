@@ -1,4 +1,4 @@
-// Both processes. The grammar of JSON values, one function for each rule.
+// Runs in the client and in the broker. The grammar of JSON values, one function for each rule.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-// Both processes. Converts the text of a number to a double.
+// Runs in the client and in the broker. Converts the text of a number to a double.
 #pragma once
 
 #include <optional>

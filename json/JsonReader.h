@@ -1,4 +1,4 @@
-// Both processes. Reads JSON text.
+// Runs in the client and in the broker. Reads JSON text.
 #pragma once
 
 #include <cstddef>

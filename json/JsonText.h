@@ -1,4 +1,4 @@
-// Both processes. Writes numbers and strings as JSON text in UTF-16.
+// Runs in the client and in the broker. Writes numbers and strings as JSON text in UTF-16.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Both processes. Writes JSON text in its compact form.
+// Runs in the client and in the broker. Writes JSON text in its compact form.
 #pragma once
 
 #include "json/ListValue.h"

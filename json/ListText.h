@@ -1,4 +1,5 @@
-// Both processes. A JSON list that is stored as text, so that a finished list is its own JSON text.
+// Runs in the client and in the broker. A JSON list that is stored as text, so that a finished list
+// is its own JSON text.
 #pragma once
 
 #include <cassert>

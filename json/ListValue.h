@@ -1,5 +1,6 @@
-// Both processes. A JSON list in one block of memory. Its elements follow one another, each as a
-// type and its content. An int takes six bytes. A list uses at most one allocated block.
+// Runs in the client and in the broker. A JSON list in one block of memory. Its elements follow one
+// another, each as a type and its content. An int takes six bytes. A list uses at most one
+// allocated block.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Both processes. Sorts the members of a dictionary.
+// Runs in the client and in the broker. Sorts the members of a dictionary.
 #pragma once
 
 #include <span>

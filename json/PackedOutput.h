@@ -1,5 +1,5 @@
-// Both processes. The output of the JSON reader. Appends values to a list, after the reader has
-// made room for the values of the next piece of text.
+// Runs in the client and in the broker. The output of the JSON reader. Appends values to a list,
+// after the reader has made room for the values of the next piece of text.
 #pragma once
 
 #include <cassert>

@@ -1,4 +1,4 @@
-// Both processes. The grammar of JSON numbers.
+// Runs in the client and in the broker. The grammar of JSON numbers.
 #pragma once
 
 #include <cstddef>

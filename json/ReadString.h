@@ -1,4 +1,4 @@
-// Both processes. The grammar of JSON strings.
+// Runs in the client and in the broker. The grammar of JSON strings.
 #pragma once
 
 #include <cstddef>

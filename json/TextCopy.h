@@ -1,6 +1,6 @@
-// Both processes. Copies text 16 bytes at a time, up to the first unit that needs special
-// treatment. Reading and writing messages takes most of its time here. Needs SSE2, which every
-// x86-64 processor has.
+// Runs in the client and in the broker. Copies text 16 bytes at a time, up to the first unit that
+// needs special treatment. Reading and writing messages takes most of its time here. Needs SSE2,
+// which every x86-64 processor has.
 #pragma once
 
 #include <emmintrin.h>

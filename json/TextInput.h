@@ -1,5 +1,5 @@
-// Both processes. The input text of the JSON reader, with the operations that all rules of the
-// grammar use.
+// Runs in the client and in the broker. The input text of the JSON reader, with the operations that
+// all rules of the grammar use.
 #pragma once
 
 #include <cstddef>

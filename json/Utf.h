@@ -1,4 +1,4 @@
-// Both processes. Decodes and encodes code points in UTF-8 and UTF-16.
+// Runs in the client and in the broker. Decodes and encodes code points in UTF-8 and UTF-16.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// Both processes. Saves the thread's last error and restores it at the end of the scope.
+// Runs in the client and in the broker. Saves the thread's last error and restores it at the end of
+// the scope.
 #pragma once
 
 #include <windows.h>

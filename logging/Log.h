@@ -1,7 +1,7 @@
-// Both processes. The log of the module. Each line has a level, and goes to the debugger output and
-// to event tracing. Use the macros below: if a line is not logged, they only compare its level with
-// cached levels, and do not evaluate the arguments. Any thread may log. Logging keeps the thread's
-// last error.
+// Runs in the client and in the broker. The log of the module. Each line has a level, and goes to
+// the debugger output and to event tracing. Use the macros below: if a line is not logged, they
+// only compare its level with cached levels, and do not evaluate the arguments. Any thread may log.
+// Logging keeps the thread's last error.
 #pragma once
 
 #include "logging/LogLevel.h"

@@ -1,4 +1,5 @@
-// Both processes. The event-tracing provider that writes log lines as trace events.
+// Runs in the client and in the broker. The event-tracing provider that writes log lines as trace
+// events.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,6 @@
-// Both processes. Formats the text of log lines. printf formats mean the same as in Microsoft's
-// runtime library. Wide text is converted to UTF-8, whatever the C locale is. Nothing here
-// allocates memory.
+// Runs in the client and in the broker. Formats the text of log lines. printf formats mean the same
+// as in Microsoft's runtime library. Wide text is converted to UTF-8, whatever the C locale is.
+// Nothing here allocates memory.
 #pragma once
 
 #include <cstdarg>

@@ -1,4 +1,5 @@
-// Both processes. Decides which lines are logged. The registry and a trace session set the levels.
+// Runs in the client and in the broker. Decides which lines are logged. The registry and a trace
+// session set the levels.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Both processes. Writes the call stack to a log line of the level FATAL.
+// Runs in the client and in the broker. Writes the call stack to a log line of the level FATAL.
 #pragma once
 
 #include "logging/LogFormat.h"

@@ -1,5 +1,5 @@
-// Both processes. A block of memory that grows at its end. Small contents are stored inside the
-// object and need no allocation.
+// Runs in the client and in the broker. A block of memory that grows at its end. Small contents are
+// stored inside the object and need no allocation.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Both processes. Finds the zero that ends a text, 16 bytes at a time.
+// Runs in the client and in the broker. Finds the zero that ends a text, 16 bytes at a time.
 #pragma once
 
 #include <emmintrin.h>

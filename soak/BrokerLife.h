@@ -1,4 +1,4 @@
-// The conductor's process. One life of a SceneBroker process, from its start to its end.
+// Runs in the conductor. One life of a SceneBroker process, from its start to its end.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// The client's process. One thread of a client: makes calls of every kind, checks their results,
+// Runs in the client. One thread of a client: makes calls of every kind, checks their results,
 // and releases the elements that it received.
 #pragma once
 

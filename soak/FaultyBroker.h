@@ -1,4 +1,4 @@
-// The conductor's process. A broker that fails in every way. Each change is announced to the
+// Runs in the conductor. A broker that fails in every way. Each change is announced to the
 // clients before it happens.
 #pragma once
 

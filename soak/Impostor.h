@@ -1,4 +1,4 @@
-// The conductor's process. A hostile server that takes over a broker's pipe between two of its
+// Runs in the conductor. A hostile server that takes over a broker's pipe between two of its
 // lives.
 #pragma once
 

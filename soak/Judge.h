@@ -1,4 +1,4 @@
-// The client's process. Decides which codes a call may return, given what its broker did during the
+// Runs in the client. Decides which codes a call may return, given what its broker did during the
 // call.
 #pragma once
 

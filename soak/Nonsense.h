@@ -1,5 +1,5 @@
-// Both processes. The answers of a hostile broker, and the code that each call must return for
-// them.
+// Runs in the conductor and in the client. The answers of a hostile broker, and the code that each
+// call must return for them.
 #pragma once
 
 #include <string>

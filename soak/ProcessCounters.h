@@ -1,4 +1,4 @@
-// The client's and the host's process. Counts the resources that a process holds, to find leaks.
+// Runs in the client and in the host. Counts the resources that a process holds, to find leaks.
 #pragma once
 
 #include <functional>

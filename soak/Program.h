@@ -1,4 +1,4 @@
-// The conductor's process. A child process of an endurance run. Its output goes to a file, because
+// Runs in the conductor. A child process of an endurance run. Its output goes to a file, because
 // a pipe would fill up while nobody reads it.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The conductor's process. Shows the progress of a run on one line, and its results at the end.
+// Runs in the conductor. Shows the progress of a run on one line, and its results at the end.
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,5 @@
-// Both processes. The scene of a broker. Every text in it contains the broker's letter, so that a
-// caller notices an answer that was meant for another caller.
+// Runs in the conductor and in the client. The scene of a broker. Every text in it contains the
+// broker's letter, so that a caller notices an answer that was meant for another caller.
 #pragma once
 
 #include <windows.h>

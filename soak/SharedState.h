@@ -1,5 +1,5 @@
-// Both processes. The shared memory through which the conductor and the clients of an endurance run
-// communicate.
+// Runs in the conductor and in the client. The shared memory through which the conductor and the
+// clients of an endurance run communicate.
 #pragma once
 
 #include <windows.h>

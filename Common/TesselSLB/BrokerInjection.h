@@ -1,5 +1,5 @@
-// Client process. Runs the injector program, which starts a broker inside the process that owns a
-// window.
+// Runs in the client. Runs the injector program, which starts a broker inside the process that owns
+// a window.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,5 @@
-// Both processes. Computes the name of a broker's pipe and checks whether the pipe exists.
+// Runs in the client and in the broker. Computes the name of a broker's pipe and checks whether the
+// pipe exists.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,5 @@
-// Client process. Builds requests, sends them to the broker and receives the answers. If the scheme
-// is not known, finds the scheme whose broker shows the content.
+// Runs in the client. Builds requests, sends them to the broker and receives the answers. If the
+// scheme is not known, finds the scheme whose broker shows the content.
 #pragma once
 
 #include <string_view>

@@ -1,4 +1,4 @@
-// Client process. Starts a broker with the Silverlight launcher.
+// Runs in the client. Starts a broker with the Silverlight launcher.
 #pragma once
 
 #include <windows.h>

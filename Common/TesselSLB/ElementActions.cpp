@@ -1,5 +1,5 @@
-// Client process. The exports that make the broker act on an element. The answers contain only the
-// status.
+// Runs in the client. The exports that make the broker act on an element. The answers contain only
+// the status.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"
 

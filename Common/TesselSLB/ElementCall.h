@@ -1,6 +1,6 @@
-// Client process. The steps that all element exports share: check the record, build the request,
-// send it, read the answer, and turn failures into log lines and result codes. The log lines name
-// the source file and line of the export.
+// Runs in the client. The steps that all element exports share: check the record, build the
+// request, send it, read the answer, and turn failures into log lines and result codes. The log
+// lines name the source file and line of the export.
 #pragma once
 
 #include "TesselSLB/BrokerRoundTrip.h"

@@ -1,4 +1,4 @@
-// Client process. The exports that return the identity, the selector and the ancestors of an
+// Runs in the client. The exports that return the identity, the selector and the ancestors of an
 // element, and the export that finds all elements that match search texts.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"

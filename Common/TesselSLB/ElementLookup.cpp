@@ -1,4 +1,4 @@
-// Client process. The exports that return the element at a point, the focused element and an
+// Runs in the client. The exports that return the element at a point, the focused element and an
 // element's parent, and the export that releases an element.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"

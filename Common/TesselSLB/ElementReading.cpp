@@ -1,4 +1,4 @@
-// Client process. The exports that read an element's properties.
+// Runs in the client. The exports that read an element's properties.
 #include "TesselSLB/ElementCall.h"
 #include "logging/Log.h"
 

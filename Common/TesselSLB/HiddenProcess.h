@@ -1,4 +1,4 @@
-// Client process. Starts a helper program without a visible window.
+// Runs in the client. Starts a helper program without a visible window.
 #pragma once
 
 #include <windows.h>

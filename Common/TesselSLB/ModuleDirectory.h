@@ -1,4 +1,5 @@
-// Both processes. The folder that contains the module, and the paths of files in that folder.
+// Runs in the client and in the broker. The folder that contains the module, and the paths of files
+// in that folder.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Client process. Keeps a window active and visible while the injector works in the window's
+// Runs in the client. Keeps a window active and visible while the injector works in the window's
 // process.
 #pragma once
 

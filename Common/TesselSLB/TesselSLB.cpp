@@ -1,5 +1,5 @@
-// Both processes. The exports with C linkage: the log for callers, and, for the program that hosts
-// the broker, the server's end of the pipe and the additional windows.
+// Runs in the client and in the broker. The exports with C linkage: the log for callers, and, for
+// the program that hosts the broker, the server's end of the pipe and the additional windows.
 #include <windows.h>
 
 #include <array>

@@ -1,4 +1,5 @@
-// Both processes. The functions that both roles of a pipe endpoint, server and client, share.
+// Runs in the client and in the broker. The functions that both roles of a pipe endpoint, server
+// and client, share.
 #include "UTILITY/JbPipe.h"
 
 #include "logging/Log.h"

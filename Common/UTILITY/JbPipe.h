@@ -1,5 +1,6 @@
-// Both processes. One end (endpoint) of a named pipe in message mode. The broker's process creates
-// the pipe, and the client's process opens it. Each message contains one complete text.
+// Runs in the client and in the broker. One end (endpoint) of a named pipe in message mode. The
+// broker's process creates the pipe, and the client's process opens it. Each message contains one
+// complete text.
 #pragma once
 
 #include <windows.h>

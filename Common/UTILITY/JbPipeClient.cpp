@@ -1,5 +1,5 @@
-// Both processes. The client role of an endpoint: finds and opens the pipe that a server has
-// created. The broker's process uses it in Shutdown.
+// Runs in the client and in the broker. The client role of an endpoint: finds and opens the pipe
+// that a server has created. The broker's process uses it in Shutdown.
 #include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
 

@@ -1,4 +1,5 @@
-// Both processes. The functions of an endpoint that read complete messages, as bytes or as text.
+// Runs in the client and in the broker. The functions of an endpoint that read complete messages,
+// as bytes or as text.
 #include <algorithm>
 #include <new>
 

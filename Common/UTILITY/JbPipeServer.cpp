@@ -1,5 +1,5 @@
-// Broker's process. The server role of an endpoint: creates an instance of the pipe and serves one
-// client after the other.
+// Runs in the broker. The server role of an endpoint: creates an instance of the pipe and serves
+// one client after the other.
 #include "UTILITY/JbPipe.h"
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"

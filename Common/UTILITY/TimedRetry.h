@@ -1,4 +1,5 @@
-// Both processes. Repeats an attempt until it succeeds, is cancelled or times out.
+// Runs in the client and in the broker. Repeats an attempt until it succeeds, is cancelled or times
+// out.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,5 @@
-// Both processes. The security attributes of server pipes and of the injection mutex.
+// Runs in the client and in the broker. The security attributes of server pipes and of the
+// injection mutex.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// SceneBroker. The module's host channel: reads requests and writes answers.
+// Part of SceneBroker. The module's host channel: reads requests and writes answers.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,4 @@
-// SceneBroker. Loads the module at run time, as any host does, and finds its exports.
+// Part of SceneBroker. Loads the module at run time, as any host does, and finds its exports.
 #pragma once
 
 #include <windows.h>

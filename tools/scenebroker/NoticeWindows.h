@@ -1,5 +1,5 @@
-// SceneBroker. The module's additional windows. When a request has changed the scene, they carry a
-// notice to the thread of the scene's window.
+// Part of SceneBroker. The module's additional windows. When a request has changed the scene, they
+// carry a notice to the thread of the scene's window.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,6 @@
-// SceneBroker. Turns a request, [command, process, object, ...], into a call of the function that
-// answers it. The types of the function's parameters say which values the request must hold.
+// Part of SceneBroker. Turns a request, [command, process, object, ...], into a call of the
+// function that answers it. The types of the function's parameters say which values the request
+// must hold.
 #pragma once
 
 #include <optional>

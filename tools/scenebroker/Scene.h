@@ -1,4 +1,4 @@
-// SceneBroker. The form that a scene file describes. The broker answers requests from it.
+// Part of SceneBroker. The form that a scene file describes. The broker answers requests from it.
 #pragma once
 
 #include <windows.h>

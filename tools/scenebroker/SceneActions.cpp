@@ -1,4 +1,4 @@
-// SceneBroker. The commands that change the scene. Their answers hold only a status.
+// Part of SceneBroker. The commands that change the scene. Their answers hold only a status.
 #include <algorithm>
 #include <utility>
 

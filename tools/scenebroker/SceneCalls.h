@@ -1,4 +1,4 @@
-// SceneBroker. The tables of commands. Each table is in the file that answers its commands.
+// Part of SceneBroker. The tables of commands. Each table is in the file that answers its commands.
 #pragma once
 
 #include <span>

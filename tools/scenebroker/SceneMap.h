@@ -1,4 +1,4 @@
-// SceneBroker. Finds the element at a point, and a point at which an element is found.
+// Part of SceneBroker. Finds the element at a point, and a point at which an element is found.
 #pragma once
 
 #include <vector>

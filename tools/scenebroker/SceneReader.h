@@ -1,4 +1,4 @@
-// SceneBroker. Reads scene files, which docs/scene.md describes.
+// Part of SceneBroker. Reads scene files, which docs/scene.md describes.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// SceneBroker. The commands that find one element, read it or release it.
+// Part of SceneBroker. The commands that find one element, read it or release it.
 #include "tools/scenebroker/RequestCall.h"
 #include "tools/scenebroker/SceneCalls.h"
 

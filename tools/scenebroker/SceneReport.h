@@ -1,4 +1,4 @@
-// SceneBroker. Prints lines for the user to standard output. May be called from any thread.
+// Part of SceneBroker. Prints lines for the user to standard output. May be called from any thread.
 #pragma once
 
 #include <windows.h>

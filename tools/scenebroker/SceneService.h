@@ -1,4 +1,4 @@
-// SceneBroker. Answers the requests of clients from the scene.
+// Part of SceneBroker. Answers the requests of clients from the scene.
 #pragma once
 
 #include <windows.h>

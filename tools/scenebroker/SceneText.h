@@ -1,4 +1,4 @@
-// SceneBroker. Parses the JSON text of a scene file strictly. Errors say where they are.
+// Part of SceneBroker. Parses the JSON text of a scene file strictly. Errors say where they are.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -1,5 +1,5 @@
-// SceneBroker. The window of the served scene: a real window with a title. It has a thread and a
-// message loop of its own, which also dispatches the messages of the notice windows.
+// Part of SceneBroker. The window of the served scene: a real window with a title. It has a thread
+// and a message loop of its own, which also dispatches the messages of the notice windows.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,5 @@
-// SceneBroker. A scene while it is served: the current state of the form, and the objects that
-// clients hold.
+// Part of SceneBroker. A scene while it is served: the current state of the form, and the objects
+// that clients hold.
 #pragma once
 
 #include <map>

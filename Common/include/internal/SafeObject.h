@@ -1,5 +1,5 @@
-// Both processes. Owners of system handles. There are two types, because some system functions
-// return null for "no handle" and others return INVALID_HANDLE_VALUE.
+// Runs in the client and in the broker. Owners of system handles. There are two types, because some
+// system functions return null for "no handle" and others return INVALID_HANDLE_VALUE.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Client process. Lets the vectors in the interface grow by the same rule with every standard
+// Runs in the client. Lets the vectors in the interface grow by the same rule with every standard
 // library.
 #pragma once
 

@@ -1,6 +1,6 @@
-// Both processes. A message between client and broker: a list of simple values, sent as one JSON
-// array. The sender appends the values, and the receiver reads them in the same order. Both must
-// know the order of the types, because each read expects one type.
+// Runs in the client and in the broker. A message between client and broker: a list of simple
+// values, sent as one JSON array. The sender appends the values, and the receiver reads them in the
+// same order. Both must know the order of the types, because each read expects one type.
 #pragma once
 
 #include <cstdint>
