@@ -53,7 +53,7 @@ mkdir -p "$ROOT/build"
 require_packages g++ rapidjson-dev libsimdjson-dev
 build bench bench
 build mingw bench
-# Uses a prefix of its own, because the log is switched on in the prefix of the tests.
+# Use a separate Wine prefix, because the log is switched on in the prefix of the tests.
 hold_wine "$ROOT/build/wine-bench"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-bench
 

@@ -9,6 +9,6 @@
 // other clients, and then about 10 s for its own injector.
 int InjectBroker(HWND window);
 
-// Runs the injector for the process `processId`. Nudges the window until the injector ends, for
-// about 10 s at most. Returns 0 or an SLResult.
+// Runs the injector for the process `processId`. Calls NudgeWindow each second until the injector
+// ends, at most about 10 s. Returns 0 or an SLResult.
 int RunInjector(HWND window, DWORD processId);

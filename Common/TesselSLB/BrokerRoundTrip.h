@@ -12,8 +12,8 @@
 // record with zero bytes.
 std::wstring_view SourceUriOf(const SLElemData& record);
 
-// Both functions replace the content of `request`. The caller then appends the arguments of the
-// command.
+// BuildObjectRequest and BuildWindowRequest replace the content of `request`. The caller then
+// appends the arguments of the command.
 
 // Builds a request about an element: command, process id, object id.
 void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchive& request);
@@ -22,24 +22,24 @@ void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchiv
 // id may be empty. If the record's process id is 0, sets it to that of the window.
 void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& request);
 
-// All three functions return 0, an SLResult or a status that the broker defines. After 0 the caller
-// reads the results from `answer`, whose cursor is after the status. The functions throw
-// ArchiveException if the request cannot be written as text or the answer does not begin with a
-// status.
+// The three functions below send a request. They return 0, an SLResult or a status that the broker
+// defines. After 0 the caller reads the results from `answer`, whose cursor is after the status.
+// The functions throw ArchiveException if the request cannot be written as text or the answer does
+// not begin with a status.
 
 // Sends the request to the broker of this scheme. If its pipe does not exist, starts the broker
 // first.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
-// Sends the request to the broker of the tailored scheme. If that returns SL_NOT_SERVED, sends it
+// Sends the request to the broker of the tailored scheme. If the result is SL_NOT_SERVED, sends it
 // to the broker of the address's own scheme. On success `scheme` receives the scheme of the broker
 // that answered.
 int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
                                  std::wstring_view address);
 
 // Sends the request to the broker of `scheme`. For SL_NO_URI, calls SendMessageToBrokerAnyScheme
-// instead. If that returns SL_NOT_SERVED, injects a broker into the window's process and calls it
+// instead. If the result is SL_NOT_SERVED, injects a broker into the window's process and calls it
 // once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

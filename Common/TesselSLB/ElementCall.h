@@ -24,7 +24,7 @@ bool IsValid(const SLElemData& record);
 // Returns the same as IsValid. Logs an error if the record is not valid.
 bool CheckObject(const SLElemData& record, CallSite site = CallSite::current());
 
-// Both functions put `prefix` before the message.
+// LogRoundTripFailure and LogArchiveFailure write an error line that begins with `prefix`.
 void LogRoundTripFailure(const CallSite& site, const char* prefix, int code);
 void LogArchiveFailure(const CallSite& site, const char* prefix,
                        const Tessel::ArchiveException& failure);

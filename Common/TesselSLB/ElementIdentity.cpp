@@ -84,7 +84,7 @@ int GetAncestryInfo(const SLElemData& elem, Records& ancestors,
 
 int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                    wchar_t* const search3, int option1, bool option2, Records& found) {
-  // A root with a window needs no object: it then means the whole content of the window.
+  // A root with a window may lack an object. Such a root means the whole content of the window.
   if (root.hwnd == nullptr && !CheckObject(root)) return SL_INVALID_OBJECT;
   return CallWindow(
       wire::Command::kCollection, root,

@@ -1,5 +1,5 @@
-// Runs in the client and in the broker. The folder that contains the module, and the paths of files
-// in that folder.
+// Runs in the client and in the broker. The folder that contains TesselSLB_x64.dll (the module),
+// and the paths of files in this folder.
 #pragma once
 
 #include <windows.h>

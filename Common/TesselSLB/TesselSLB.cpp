@@ -79,7 +79,7 @@ int ReceiveMessage(Channel& channel) {
 }
 
 // One additional window and the callback that receives its messages. Only the thread that created
-// the window changes the two fields. Any thread reads them to post a message.
+// the window changes the fields. Any thread may read `handle`, to post a message.
 struct AdditionalWindow {
   std::atomic<HWND> handle = nullptr;
   std::atomic<SLWindowCallback> callback = nullptr;
@@ -117,8 +117,8 @@ bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 }
 
 LRESULT CALLBACK Additional_WndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  // This line and the two lines around the callback are logged as errors on purpose: the level is
-  // part of the interface.
+  // This log line and the two in HandleMessage have the level ERROR on purpose: clients depend on
+  // the level.
   LOG_ERROR("Additional_WndProc called with %#p, %x, %Ii, %Ii", window, message, wparam, lparam);
   if (HandleMessage(window, message, wparam, lparam)) return 0;
   return ::DefWindowProcW(window, message, wparam, lparam);
@@ -169,7 +169,7 @@ int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout, const
   }
   try {
     const auto channel = std::make_shared<Channel>();
-    currentChannel.store(channel);  // closes the previous channel unless a call still uses it
+    currentChannel.store(channel);  // this closes the old channel, unless a call still uses it
     channel->pipe->SetPipeName(name);
     channel->pipe->SetAppendProcessId(false);
     if (!channel->pipe->CreateServerPipe(0 /*retry time-out*/, true /*first instance*/)) {

@@ -12,7 +12,7 @@ using Tessel::ArchiveException;
 
 namespace {
 
-// json/ cannot log, so it reports failed checks through this hook, which writes them to the log.
+// The code in json/ cannot log. It calls this hook with a condition that should hold but does not.
 const struct CheckReporter {
   CheckReporter() {
     base::SetCheckFailedHook(
@@ -104,7 +104,7 @@ JArchive& JArchive::operator>>(bool& value) {
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
-  // Current throws at the end of the archive. Then `utf8` must still be unchanged.
+  // Current may throw. `utf8` must then still be unchanged, so do not clear it before.
   const base::ValueView current = Current();
   utf8.clear();
   utf8 = base::ToUtf8(StringOf(current));

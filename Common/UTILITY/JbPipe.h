@@ -21,7 +21,7 @@ class PipeException {
   const char* Message() const { return message_; }
 
  private:
-  const char* message_;  // points to a string literal
+  const char* message_;  // a string literal, so nobody frees it
 };
 
 // Thrown by the functions of an endpoint after Shutdown.
@@ -40,17 +40,18 @@ struct PipeMessage {
 // but a second thread may call Shutdown.
 class IJbPipe {
  public:
-  // Server. Creates the pipe. If the pipe's name is already in use, tries again until the time-out.
+  // Server only. Creates the pipe. If the pipe's name is already in use, tries again until the
+  // time-out.
   virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
-  // Server. Waits until a client connects. A time-out of INFINITE waits without limit. `timedOut`
-  // may be null. It receives 1 if no client connected in time, else 0.
+  // Server only. Waits until a client connects. A time-out of INFINITE waits without limit.
+  // `timedOut` may be null. It receives 1 if no client connected in time, else 0.
   virtual bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) = 0;
-  // Server. Waits until the client has read everything, then disconnects it.
+  // Server only. Waits until the client has read everything, then disconnects it.
   virtual bool DisconnectClient() = 0;
-  // Client. Opens the pipe. If the pipe is busy, tries again until the endpoint's time-out. If
+  // Client only. Opens the pipe. If the pipe is busy, tries again until the endpoint's time-out. If
   // there is no such pipe, fails at once.
   virtual bool ConnectToServerPipe(std::uint32_t serverProcessId) = 0;
-  // Client. Takes ownership of an open pipe handle. Throws PipeException for null and for
+  // Client only. Takes ownership of an open pipe handle. Throws PipeException for null and for
   // INVALID_HANDLE_VALUE.
   virtual bool AttachToServerPipe(HANDLE pipe) = 0;
   // Duplicates the pipe's handle into the process `processId`. Returns null on failure.
@@ -64,15 +65,14 @@ class IJbPipe {
   virtual bool ReadBuffer(std::vector<BYTE>& bytes) = 0;
   virtual bool WriteBuffer(const BYTE* data, std::size_t length) = 0;
   virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
-  // Limits each single wait in a read or a write, and the time that ConnectToServerPipe keeps
-  // trying.
+  // `timeout` limits each single wait in a read or a write, and how long ConnectToServerPipe tries.
   virtual void SetTimeout(std::uint32_t timeout) = 0;
   // If `pump` is true, the thread's windows receive the messages that are sent to them while a read
   // waits.
   virtual void SetPumpMessages(bool pump) = 0;
-  // Server. A second thread may call it. Wakes a thread that waits in WaitClientToConnect. From
-  // then until Close, CreateServerPipe, WaitClientToConnect and all reads and writes throw
-  // PipeShutdownException. The time-out limits the connection that wakes the thread.
+  // Server only. Wakes a thread that waits in WaitClientToConnect, by connecting to the pipe.
+  // `timeout` limits this attempt. After Shutdown, these functions throw PipeShutdownException
+  // until Close is called: CreateServerPipe, WaitClientToConnect and all reads and writes.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;
 };

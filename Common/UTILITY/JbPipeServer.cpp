@@ -77,8 +77,8 @@ bool CJbPipe::StartWait(OVERLAPPED& overlapped) {
     case ERROR_PIPE_LISTENING:
       return true;
     case ERROR_IO_PENDING:
-      // If Shutdown ran just before ConnectNamedPipe, its connection may have come too early to end
-      // this wait.
+      // Shutdown ends this wait by connecting to the pipe. If it ran before ConnectNamedPipe,
+      // nothing would end the wait, so cancel it here.
       if (!shutDown_) return true;
       CancelWait(overlapped);
       return false;

@@ -12,7 +12,7 @@ class TimedRetry {
  public:
   static constexpr HRESULT kCancelled = static_cast<HRESULT>(0x80040225);
   static constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x80040226);
-  static constexpr DWORD kPauseMilliseconds = 50;  // between two attempts
+  static constexpr DWORD kPauseMilliseconds = 50;  // the pause between two attempts
 
   // The time-out starts at construction. Without `cancelled` the retry cannot be cancelled.
   explicit TimedRetry(std::int32_t timeoutMilliseconds, std::function<bool()> cancelled = {})

@@ -25,7 +25,7 @@ inline void ReportHeapFreeFailure(DWORD error) {
   LOG_ERROR("HeapAllocator: HeapFree failed err=%d", error);
 }
 #else
-// In a client the allocator logs through DTrace, which the module exports.
+// In a client the allocator logs through DTrace, which TesselSLB_x64.dll exports.
 inline void ReportNullPointer() { DTrace(1, L"HeapAllocator: null pointer on deallocate"); }
 inline void ReportHeapFreeFailure(DWORD error) {
   wchar_t text[64];

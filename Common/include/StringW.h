@@ -30,8 +30,8 @@ struct StringHeader {
   wchar_t* Text() noexcept { return reinterpret_cast<wchar_t*>(this + 1); }
 
   StringManager* manager;
-  int length;    // in units, without the terminator
-  int capacity;  // in units, without the terminator
+  int length;    // the number of units, without the terminator
+  int capacity;  // the greatest possible length
   long references;
 };
 static_assert(sizeof(StringHeader) == 24);
@@ -80,7 +80,7 @@ class HeapStringManager final : public StringManager {
   struct {
     StringHeader header;
     wchar_t terminator;
-  } nil_ = {};  // starts with one reference, so that it is never freed
+  } nil_ = {};  // it starts with one reference, so that it is never freed
 };
 
 class CStringW {
