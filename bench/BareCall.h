@@ -13,10 +13,10 @@
 
 namespace bench {
 
-// What a client does while the pipe is busy.
+// What a client does while all instances of the pipe are busy.
 enum class WhileBusy {
-  kWait,   // waits for a free instance, as the module does
-  kSleep,  // sleeps 50 ms, as the module did in the past
+  kWait,   // waits for a free instance of the pipe, as the module does
+  kSleep,  // sleeps 50 ms before it tries again, as the module did in the past
 };
 
 class BareCall {

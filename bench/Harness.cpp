@@ -26,7 +26,8 @@ double SecondsOf(const Row& row, std::size_t times) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Returns how many operations take about `seconds`. Running them also warms up the row.
+// Returns how many operations of the row take about `seconds` seconds. Finding out also warms up
+// the caches.
 std::size_t BatchSize(const Row& row, double seconds) {
   SecondsOf(row, 1);
   for (std::size_t times = 1;; times *= 2) {
@@ -159,7 +160,7 @@ void Report::Print(const Grid& grid) {
     json += (&line == &grid.lines[0] ? "{\"name\": " : ", {\"name\": ") + Quoted(line.name);
     for (std::size_t i = 0; i < line.values.size(); ++i) {
       std::printf(" %15s", Format(line.values[i] < 1000 ? "%.4g" : "%.0f", line.values[i]).c_str());
-      // JSON has no infinity, which is the ratio to 0.
+      // A ratio to 0 is infinite, but JSON has no infinity.
       const bool isNumber = std::isfinite(line.values[i]);
       json += ", " + Quoted(grid.columns[i + 1]) +
               (isNumber ? Format(": %.6g", line.values[i]) : ": null");

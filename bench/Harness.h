@@ -15,7 +15,7 @@ inline volatile std::size_t sink;
 struct Row {
   std::string name;
   std::function<void(std::size_t times)> run;
-  std::size_t elements = 1;  // the time of an operation is divided by this
+  std::size_t elements = 1;  // the number of elements in one operation, to get the time for each
 };
 
 // Makes a row whose operation is a call of `once`.
@@ -29,8 +29,10 @@ Row MakeRow(std::string name, Once once, std::size_t elements = 1) {
 }
 
 enum class Sampling {
-  kBatches,  // a sample is the mean time of a batch that is long enough for the clock
-  kCalls,    // a sample is the time of one call; the table also shows the 99th percentile
+  // A sample is the mean time of a batch. A batch runs long enough to be measured with the clock.
+  kBatches,
+  // A sample is the time of one call. The table also shows the 99th percentile.
+  kCalls,
 };
 
 struct Table {
@@ -42,7 +44,7 @@ struct Table {
   std::size_t calls = 0;  // for kCalls: how many calls each row makes
 };
 
-// In seconds per operation, or per element.
+// Times in seconds, for one operation or for one element.
 struct Statistics {
   double median, lowerQuartile, upperQuartile, percentile99;
 };

@@ -7,11 +7,11 @@
 namespace bench {
 
 struct HeapUse {
-  std::size_t bytes;        // in use, including the heap's overhead for each block
-  std::size_t blocks;       // in use
+  std::size_t bytes;        // bytes in use, including the heap's overhead for each block
+  std::size_t blocks;       // blocks in use
   std::size_t peak;         // the most bytes in use since ResetHeapPeak
-  std::size_t allocations;  // number of all allocations so far
-  std::size_t asked;        // sum of the sizes of all allocations so far, except shrinking ones
+  std::size_t allocations;  // the number of all allocations so far
+  std::size_t asked;        // the sum of their sizes, except for allocations that shrink a block
 };
 HeapUse CurrentHeap();
 void ResetHeapPeak();

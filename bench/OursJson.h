@@ -32,7 +32,7 @@ class OursDocument {
   std::size_t next_ = 0;
 };
 
-// A list that is kept as text, which is how an archive keeps the values written to it.
+// Returns the text of a list without a copy. An archive stores its values in such a list, too.
 inline TextView ViewOf(const std::shared_ptr<base::ListText>& list) { return list->View(); }
 
 inline std::shared_ptr<base::ListText> WriteOurs(const Values& values) {

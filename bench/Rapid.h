@@ -1,5 +1,5 @@
-// RapidJSON. Used with UTF-8 text from the platform's converters, also parsed in situ, and with
-// UTF-16 throughout.
+// RapidJSON, used in three ways: with UTF-8 text from the platform's converters, with the same text
+// parsed in situ, and with UTF-16 throughout.
 #pragma once
 
 // Switches on RapidJSON's fast code, which is off by default.
@@ -48,7 +48,7 @@ class RapidUtf8Document {
   rapidjson::SizeType next_ = 0;
 };
 
-// Parses in place, in the converted text.
+// Parses in situ: the strings of the document stay in the converted text.
 class RapidInSituDocument : public RapidUtf8Document {
  public:
   explicit RapidInSituDocument(TextView text) : utf8_(ToUtf8(text)) {

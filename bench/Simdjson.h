@@ -1,5 +1,5 @@
-// simdjson, which only reads. Native programs only. The parsers are kept, as its documentation
-// advises, so that they allocate nothing for a document.
+// simdjson, which only reads. Native programs only. The parsers are reused (static), as the
+// documentation of simdjson advises, so that they allocate nothing for a document.
 #pragma once
 
 #include <simdjson.h>
@@ -8,7 +8,7 @@
 
 namespace bench {
 
-// Both of its interfaces have an iterator over the values of an array.
+// simdjson has two interfaces. Both have an iterator over the values of an array.
 template <class Iterator>
 class SimdjsonReader {
  public:
@@ -36,7 +36,7 @@ class SimdjsonDocument : public SimdjsonReader<simdjson::dom::array::iterator> {
   }
 };
 
-// Parses each value only when it is read, which works once and in order.
+// Parses each value only when it is read. So each value can be read only once and in order.
 class SimdjsonOnDemandDocument : public SimdjsonReader<simdjson::ondemand::array_iterator> {
  public:
   explicit SimdjsonOnDemandDocument(TextView text) : utf8_(ToUtf8(text)) {

@@ -53,8 +53,8 @@ Workload MakeTexts() {
   // The texts resemble captions: Latin words with some accented letters, and words in other
   // scripts.
   static constexpr struct {
-    std::uint16_t first;  // the script's first letter
-    int every;            // every n-th character is of this script
+    std::uint16_t first;  // the first letter of the writing system
+    int every;            // every n-th character belongs to it
   } kScripts[] = {{0x00E0, 6}, {0x0430, 1}, {0x4E2D, 1}};
   static constexpr std::uint16_t kEscaped[] = {'"', '\\', '\n', '\t', 1};
   for (std::size_t i = 0; i < 10000; ++i) {

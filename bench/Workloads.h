@@ -23,7 +23,7 @@ using Values = std::vector<Value>;
 struct Workload {
   std::string name;
   Values values;
-  std::vector<Kind> kinds;  // the kinds of the values, which a reader knows
+  std::vector<Kind> kinds;  // the kind of each value; readers receive them in advance
 };
 
 // Returns the text that a writer has made.

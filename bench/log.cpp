@@ -1,5 +1,5 @@
 // Measures a log line whose level is disabled. Compares it with one tick count and two atomic
-// loads, the least that is needed to check a level that is read again after some time.
+// loads, which are the least that such a check needs.
 #include <windows.h>
 
 #include <atomic>

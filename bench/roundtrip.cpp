@@ -20,8 +20,8 @@ using namespace TesselSilverlight;
 // The answers of the server, see server.cpp. The id of the object selects the answer.
 struct Answer {
   const char* name;
-  wchar_t text;   // the id for an answer with one text
-  wchar_t items;  // the id for an answer of the same size with many items, or 0
+  wchar_t text;   // the object id that selects an answer with one text
+  wchar_t items;  // the object id for an answer of the same size with many items, or 0
   std::size_t bytes;
 };
 constexpr Answer kAnswers[] = {
@@ -39,7 +39,7 @@ class Element {
   // Clears the id, because the server has no objects to release.
   ~Element() { ::SysFreeString(std::exchange(record_.objectId, nullptr)); }
 
-  // Both return the number of UTF-16 units that they received.
+  // ReadAttribute and ReadItems return the number of UTF-16 units that they received.
   std::size_t ReadAttribute() const {
     static wchar_t name[] = L"name";
     wchar_t* value = nullptr;
@@ -64,7 +64,7 @@ std::wstring RequestOf(wchar_t object) {
   return L"[10,77,\"" + std::wstring(1, object) + L"\",\"name\"]";
 }
 
-// Different ways to get the same answer.
+// Different ways to send the same request and get the same answer.
 struct Ways {
   Ways(const ResidentServer& server, const Answer& answer)
       : pipeName(server.PipeName()),
@@ -194,7 +194,7 @@ void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<
   }
 }
 
-// Leaves out CallNamedPipeW, which fails if another client takes the instance that it waited for.
+// Leaves CallNamedPipeW out, which fails if another client takes the instance that it waited for.
 void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
   struct {
     const char* name;

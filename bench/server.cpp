@@ -84,5 +84,5 @@ int main() {
   const DWORD pause = std::stoul(arguments[4]);
   for (DWORD i = 0; i < instances; ++i) std::thread(Serve, arguments[2], instances, pause).detach();
   ::WaitForSingleObject(client, INFINITE);
-  ::ExitProcess(0);  // also ends the threads that still serve
+  ::ExitProcess(0);  // this also ends the threads that still serve
 }

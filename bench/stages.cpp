@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kSteps = 7;
 using Samples = std::array<std::vector<double>, kSteps>;
 
-// Stores the time between one Mark and the next.
+// Stores the time from each call of Mark to the next one.
 class Steps {
  public:
   explicit Steps(Samples& samples) : samples_(samples) {}

@@ -46,7 +46,7 @@ class Rows {
     }));
   }
 
-  // Returns the time of the fastest rival divided by our time.
+  // Returns the time of the fastest other JSON library divided by our time.
   double Measure(Report& report, const char* direction) {
     const auto results =
         report.Measure({"text", workload_.name + ": " + direction, std::move(rows_)});
