@@ -1,6 +1,7 @@
 # cmake -DFROM=... -DLIBRARY=... -DNM=... -DTO=... -P: writes the export definition file of a module that is
-# built with GCC or Clang. For each element function in LIBRARY it adds the Itanium name, and makes the
-# Microsoft name in FROM an alias of it. GCC cannot produce Microsoft names, so FROM must have one for each.
+# built with GCC or Clang. For each element function in LIBRARY it adds the name by GCC's rules (Itanium
+# ABI), and makes the name of Microsoft's compiler in FROM an alias of it. GCC cannot produce the second
+# name, so FROM must have one for each function.
 execute_process(COMMAND ${NM} --defined-only --extern-only ${LIBRARY}
   OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "_ZN17TesselSilverlight[0-9][^\r\n]*" symbols "${symbols}")

@@ -10,8 +10,8 @@ die() {
   exit 1
 }
 
-# The packages that the build needs. require_packages [PACKAGE...] installs the missing ones of these and
-# of the packages named.
+# The packages that the build needs. require_packages [PACKAGE...] installs these and the named packages,
+# as far as they are missing.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {
