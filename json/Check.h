@@ -1,5 +1,5 @@
-// Runs in the client and in the broker. json/ has no log, so it reports a failed check to a hook.
-// The module sets a hook that logs it.
+// Runs in the client and in the broker. Reports a condition that should hold but does not. The code
+// in json/ has no log, so it calls a hook, which the module sets and which logs the condition.
 #pragma once
 
 namespace base {

@@ -13,10 +13,10 @@ namespace base {
 
 constexpr int kMaxDepth = 199;
 
-// Each function reads text by its rule from `in` and appends the values to `out`. The caller must
-// have made room in `out` for the values of the whole text. The functions return false if the text
-// does not follow the rule or ends too early. The positions in `in` and `out` are then undefined.
-// `depth` is the number of open brackets.
+// Each function reads text from `in` as its rule says and appends the values to `out`. The caller
+// must have made room in `out` for the values of the whole text. The functions return false if the
+// text does not follow the rule or ends too early. The positions in `in` and `out` are then
+// undefined. `depth` is the number of open brackets.
 template <class Unit>
 class JsonGrammar {
  public:
@@ -86,7 +86,7 @@ class JsonGrammar {
     return ReadValue(depth);
   }
 
-  // Reads from the opening bracket to `close`, both included.
+  // Reads from the opening bracket to the closing bracket `close`, with both brackets.
   template <class ReadItem>
   bool ReadBracketed(int depth, char close, ReadItem readItem) {
     if (depth == kMaxDepth) return false;

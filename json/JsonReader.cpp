@@ -10,7 +10,8 @@ namespace base {
 
 namespace {
 
-// Estimate the needed space for at most 512 times the text read so far.
+// The space for the rest of the text is estimated from the text read so far, but for at most 512
+// times its length.
 constexpr std::size_t kMaxEstimate = 512;
 
 // Reads a complete text. Reserving enough room for any text of its length would cost more than
@@ -89,8 +90,8 @@ class DocumentReader {
     in_.end = in_.at + std::min<std::size_t>(limit_ - in_.at, out_.UnitsWithRoom());
   }
 
-  // Returns the size of the values of the next units if they are like the text read so far, plus
-  // 1/32.
+  // Estimates the size of the values in the next units of text: as if the text continued like the
+  // text read so far, plus 1/32.
   std::size_t EstimateSize(std::size_t units) const {
     const auto read = static_cast<std::size_t>(in_.at - start_);
     units = std::min(units, kMaxEstimate * read);
@@ -106,7 +107,7 @@ class DocumentReader {
 
   const Unit* const start_;
   const Unit* const limit_;  // the end of the text; in_.end is the end of the step
-  std::size_t step_;         // in units of text
+  std::size_t step_;         // the length of a step, in units of text
   ListValue& values_;
   TextInput<Unit> in_;
   PackedOutput out_;

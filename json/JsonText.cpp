@@ -7,7 +7,7 @@ namespace base {
 namespace {
 
 constexpr std::size_t kMaxEscape = 6;
-constexpr std::size_t kPiece = 512;  // how many units of a string are written per check for room
+constexpr std::size_t kPiece = 512;  // the units of a string that one test for room covers
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
@@ -53,13 +53,14 @@ PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
 
 template <class Unit>
 PutText PutAnyString(TextBlock& block, Utf16Unit* end, std::basic_string_view<Unit> text) {
-  // Reserves a long text at once, as if it had no escapes.
+  // Reserve memory for a long text at once, as if it had no escapes.
   end = block.ReserveAfter(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape);
   PutText put = {end, true};
   *put.end++ = '"';
   while (!text.empty()) {
     std::size_t size = std::min(text.size(), kPiece);
-    if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;  // keep pairs together
+    // Do not separate the two surrogates of a pair.
+    if (size < text.size() && IsHighSurrogate(text[size - 1])) --size;
     put.end = block.ReserveAfter(put.end, size * kMaxEscape);
     const PutText piece = PutPiece(text.data(), text.data() + size, put.end);
     put = {piece.end, put.exact && piece.exact};

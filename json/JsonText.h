@@ -37,10 +37,10 @@ inline bool MayBeTooLong(std::size_t units) { return units > kMaxStringBytes / 3
 
 struct PutText {
   Utf16Unit* end;
-  bool exact;  // false if a noncharacter became U+FFFD
+  bool exact;  // whether no noncharacter became U+FFFD
 };
-// Both functions write a string with its quotes at `end`, which may be after the finished content
-// of the block. An unpaired surrogate becomes U+FFFD.
+// Writes a string with its quotes at `end`, which may be after the finished content of the block.
+// An unpaired surrogate becomes U+FFFD.
 PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text);
 PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii);
 

@@ -12,8 +12,8 @@ class ListText {
  public:
   ListText() { text_.Finish(PutAscii(text_.Reserve(2), "[")); }
 
-  // Compact text, valid until the next append. The closing bracket is not part of the content, so
-  // an append that fails has nothing to undo.
+  // Returns compact text, valid until the next append. The closing bracket is not part of the
+  // content, so an append that fails has nothing to undo.
   Utf16View View() const {
     assert(text_.RoomAfter(text_.end()) > 0);
     *text_.end() = ']';
@@ -24,7 +24,7 @@ class ListText {
   void AppendBool(bool value) { text_.Finish(PutAscii(Start(5), value ? "true" : "false")); }
 
   // An unpaired surrogate becomes U+FFFD. Returns false and appends nothing if the text has a
-  // noncharacter, which would change, or is so long that a writer may refuse it.
+  // noncharacter, which a writer replaces, or is so long that a writer may refuse it.
   bool AppendString(Utf16View text) {
     if (MayBeTooLong(text.size())) return false;
     const PutText put = PutString(text_, Start(0), text);

@@ -24,10 +24,12 @@ enum class ValueType : std::uint16_t {
   kDouble,
   kString,
   kBinary,
-  kDictionary,  // strings and values in turn, sorted by key in UTF-8's order, one value per key
+  // Contains strings (the keys) and values in turn. The keys are sorted as their UTF-8 bytes are,
+  // and each key occurs once.
+  kDictionary,
   kList,
   // Used only inside a block:
-  kEnd,        // of a nested list or dictionary
+  kEnd,        // the end of a nested list or dictionary
   kWideString  // a string that is not ASCII, in UTF-16
 };
 
@@ -142,7 +144,7 @@ inline StringView UpToZero(const StringView& text) {
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }
-// Writes Utf16Length units.
+// Writes as many units as Utf16Length returns.
 inline void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
   to = std::copy(text.ascii.begin(), text.ascii.end(), to);
   std::copy(text.wide.begin(), text.wide.end(), to);
@@ -158,14 +160,14 @@ class ListValue {
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
 
-  // The offset of an element in bytes identifies it.
+  // Elements are identified by their offset in bytes.
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
   const char* begin() const { return block_.begin(); }
   const char* end() const { return block_.end(); }
 
-  // These functions are for callers that write packed elements directly. GrowingBlock describes
-  // them.
+  // These functions are for callers that write packed elements directly. The comments in
+  // GrowingBlock describe them.
   char* Reserve(std::size_t bytes) { return block_.Reserve(bytes); }
   char* ReserveAfter(char* end, std::size_t bytes) { return block_.ReserveAfter(end, bytes); }
   char* ReserveEstimateAfter(char* end, std::size_t bytes) {

@@ -10,8 +10,8 @@ namespace base {
 
 namespace {
 
-// Compares two texts of any encoding by their code points. The result is the same as for their
-// bytes in UTF-8.
+// Compares two texts by their code points. The texts may have different encodings. The order is the
+// same as the order of their bytes in UTF-8.
 template <class A, class B>
 int Compare(std::basic_string_view<A> a, std::basic_string_view<B> b) {
   const auto rank = [](auto unit) {

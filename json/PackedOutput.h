@@ -9,29 +9,30 @@
 
 namespace base {
 
-// Empty strings, each with its comma, need the most room for their length: three units become the
-// head of a string. An int and its comma are six bytes for two units, and brackets two bytes each.
+// Empty strings need the most bytes for the length of their text: `"",` is three units and becomes
+// the head of a string, ten bytes. An int and its comma are two units and become six bytes. A
+// bracket is one unit and becomes two bytes.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
 // Room for the last string of a text. It may have no comma, or the text may end inside it, after
 // its opening quote and one unit.
 constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
-// Returns the most bytes that the values of a text of `units` units need.
+// Returns the greatest number of bytes that the values of a text of `units` units can need.
 constexpr std::size_t MostPacked(std::size_t units) {
   return units / kDensestUnits * kDensestBytes + kExtraBytes;
 }
 
-// The inverse: returns the greatest length of a text whose values always fit into `room` bytes.
-// `room` must be enough for an empty text.
+// The inverse of MostPacked: returns the greatest length of a text whose values always fit into
+// `room` bytes. `room` must be enough for an empty text.
 constexpr std::size_t UnitsThatFit(std::size_t room) {
   assert(room >= kExtraBytes);
   return (room - kExtraBytes) / kDensestBytes * kDensestUnits + kDensestUnits - 1;
 }
 
 // The caller makes room for a piece of text, and then writes only the values of this piece. No
-// write checks the room, because the check would cost more than the write. Debug builds assert it:
-// for a string before it is written, for other values after that.
+// write checks the room, because the check would cost more than the write. Debug builds assert that
+// there is room: for a string before it is written, for other values after they are written.
 class PackedOutput {
  public:
   // Makes room for the values of `units` units of text. `values` must be empty.
@@ -45,7 +46,7 @@ class PackedOutput {
   bool HasRoom(std::size_t units) const { return values_.RoomAfter(to_) >= MostPacked(units); }
   // Makes room for the values of `units` more units of text. May move the values written so far.
   void MakeRoom(std::size_t units) { to_ = values_.ReserveAfter(to_, MostPacked(units)); }
-  // Does the same for a caller that expects about `more` bytes of further values.
+  // Does the same, for a caller that also expects about `more` bytes of values later.
   void MakeRoom(std::size_t units, std::size_t more) {
     to_ = values_.ReserveEstimateAfter(to_, MostPacked(units) + more);
   }
@@ -63,8 +64,8 @@ class PackedOutput {
   }
   void PutString(ValueType type, const char* end) { MoveTo(packed::PutTextHead(to_, type, end)); }
 
-  // Moves back to an earlier place, or forward to the end of values that the caller has written
-  // itself.
+  // Moves back to an earlier place, or forward to the end of values that the caller itself has
+  // written.
   void MoveTo(char* to) {
     assert(values_.Holds(to));
     to_ = to;

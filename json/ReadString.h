@@ -32,8 +32,8 @@ int ReadHex(TextInput<Unit>& in, int digits) {
   return value;
 }
 
-// Reads "\xHH" or "\uHHHH" from the first digit on. Returns the code point, or kNoCodePoint if the
-// escape is wrong. The escape of a low surrogate must follow that of a high surrogate.
+// Reads the digits of an escape "\xHH" or "\uHHHH". Returns the code point, or kNoCodePoint if the
+// escape is wrong. After the escape of a high surrogate, the escape of a low surrogate must follow.
 template <class Unit>
 char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
   const int code = ReadHex(in, digits);
@@ -45,8 +45,8 @@ char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
   return 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
 }
 
-// Reads an escape from the unit after the backslash on. Returns its code point, or kNoCodePoint if
-// the escape is wrong.
+// Reads an escape after its backslash. Returns the code point, or kNoCodePoint if the escape is
+// wrong.
 template <class Unit>
 char32_t ReadEscape(TextInput<Unit>& in) {
   static constexpr std::string_view kLetters = "\"\\/bfnrtv";
@@ -79,8 +79,8 @@ bool ReadPlainText(TextInput<Unit>& in, To*& to) {
   }
 }
 
-// Copies a string from after its opening quote on, as ASCII (To is char) or as UTF-16. Returns the
-// end of the copy. Returns null if the string is wrong or cannot be stored in units of type To.
+// Copies a string after its opening quote, as ASCII (To is char) or as UTF-16. Returns the end of
+// the copy. Returns null if the string is wrong or cannot be stored in units of type To.
 template <class Unit, class To>
 To* ReadStringText(TextInput<Unit>& in, To* to) {
   constexpr char32_t kLimit = sizeof(To) == 1 ? 0x7F : kMaxCodePoint;

@@ -15,11 +15,13 @@
 
 namespace base {
 
-// Where a copy stops. Each value also includes the stops of the values before it.
+// Where a copy of text stops. Each value also includes the stops of the values before it.
 enum class Stop {
-  kLimits,      // at the first unit beyond ASCII, or at the first surrogate or unit above them
-  kStringEnds,  // at a quote or a backslash
-  kEscapes      // at a unit that the writer escapes
+  // A copy of ASCII stops at a unit that is not ASCII. Any other copy stops at a surrogate and at a
+  // unit above the surrogates.
+  kLimits,
+  kStringEnds,  // a copy stops at a quote or a backslash
+  kEscapes      // a copy stops at a unit that the writer escapes
 };
 
 template <Stop kStop, class Unit>
@@ -109,10 +111,11 @@ inline void StoreBytes(Utf16Unit* to, __m128i bytes) {
   StoreVector(to + 8, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
 }
 
-// The copies below may write up to as many units as the text has, even if they stop before its end:
-// they store whole vectors.
+// CopyAscii and CopyWide store whole vectors. So they may write as many units as the text has, even
+// if they stop before its end.
 
-// Copies ASCII from UTF-8 or UTF-16 to UTF-8 or UTF-16 and advances `to`. Returns where it stopped.
+// Copies ASCII from UTF-8 or UTF-16 to UTF-8 or UTF-16 and advances `to`. Returns the position in
+// `from` of the first unit that was not copied.
 template <Stop kStop, class From, class To>
 inline const From* CopyAscii(const From* from, const From* end, To*& to) {
   const auto advance = [&](unsigned stops, int count) {
@@ -136,7 +139,7 @@ inline const From* CopyAscii(const From* from, const From* end, To*& to) {
 }
 
 // Copies UTF-16 up to the first unit that is a surrogate or above the surrogates, and advances
-// `to`. Returns where it stopped.
+// `to`. Returns the position in `from` of the first unit that was not copied.
 template <Stop kStop>
 inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Utf16Unit*& to) {
   while (end - from >= 8) {

@@ -19,8 +19,8 @@ struct TextInput {
   // Returns zero at the end. No token contains a zero, so most callers need no test for the end.
   Unit Peek() const { return at != end ? *at : Unit{}; }
 
-  // These functions move past the text that their names and arguments describe. They return false
-  // if the text is not there.
+  // The following functions move past the text that their names and arguments describe. They return
+  // false if this text does not come next.
   bool Accept(char c) {
     if (Peek() != static_cast<Unit>(c)) return false;
     ++at;

@@ -21,7 +21,7 @@ inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; 
 
 struct CodePoint {
   char32_t code;
-  std::size_t length;  // in units; the length of the ill-formed part if not valid
+  std::size_t length;  // the length in units; for ill-formed text, of the ill-formed part
   bool valid;
 };
 
