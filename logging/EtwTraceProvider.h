@@ -46,8 +46,8 @@ class EtwTraceProvider {
   ULONG Write(EVENT_TRACE_HEADER* event) const;
 
  protected:
-  // A thread of the system calls these functions after the level and the flags were stored or
-  // cleared.
+  // A thread of the system calls OnEventsEnabled and OnEventsDisabled, after the provider has
+  // stored or cleared the level and the flags.
   virtual void OnEventsEnabled(UCHAR /*sessionLevel*/) {}
   virtual void OnEventsDisabled() {}
 

@@ -85,8 +85,8 @@ void LogEventProvider::WriteLine(const LogLine& line) const {
 }
 
 void LogEventProvider::OnEventsEnabled(UCHAR sessionLevel) {
-  // A session that changes its level enables the provider again. Save only the level from before
-  // the session, because that level is restored later.
+  // A trace session that changes its level calls this function again. Keep the level saved by the
+  // first call; it is restored when the session ends.
   if (!savedTraceLevel_) savedTraceLevel_ = GetTraceLevel();
   SetTraceLevel(sessionLevel < 2 ? kFatal : 4 - sessionLevel);
 }

@@ -14,9 +14,9 @@ namespace logging {
 // are followed by a terminating zero.
 struct LogLine {
   int level;
-  const char* file;  // product version and file name
+  const char* file;  // the product version and the file name
   int line;
-  std::size_t messageStart;  // where the message starts in `text`
+  std::size_t messageStart;  // the position in `text` at which the message starts
   std::string_view text;
 };
 
@@ -30,11 +30,11 @@ class LogEventProvider final : public base::win::EtwTraceProvider {
   void OnEventsEnabled(UCHAR sessionLevel) override;
   void OnEventsDisabled() override;
 
-  std::optional<int> savedTraceLevel_;  // from before the session; empty without a session
+  // The trace level before the session began. Empty if no session runs.
+  std::optional<int> savedTraceLevel_;
 };
 
-// Registers the provider on the first call in the process. It is unregistered when the module is
-// unloaded.
+// The first call in the process registers the provider. Unloading the module unregisters it.
 void EnsureEventProvider();
 
 // Returns null before the registration, and after the module has started to unload.

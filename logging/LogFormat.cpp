@@ -26,7 +26,7 @@ struct Conversion {
 
 bool IsHighSurrogate(wchar_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 
-// Reads a conversion. `format` points after the '%' at first, and after the conversion at the end.
+// Reads a conversion. `format` points to the text after the '%', and is moved past the conversion.
 Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   Conversion result;
   std::size_t flagCount = 0;
@@ -75,7 +75,7 @@ Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   return result;
 }
 
-// The format of one conversion for the runtime library. Contains numbers instead of '*'.
+// A format of one conversion for snprintf, such as "%-8.3f". The numbers replace '*'.
 struct RuntimeFormat {
   RuntimeFormat(const Conversion& conversion, const char* size) {
     char* end = text + std::snprintf(text, sizeof(text), "%%%s", conversion.flags);
@@ -163,8 +163,8 @@ class MessageWriter {
   void WriteByRuntime(const Conversion& conversion, const char* size, T value) {
     char text[kLongestMessage + 1];
     const int length = _snprintf(text, sizeof(text), RuntimeFormat(conversion, size).text, value);
-    // A negative length means that the text did not fit. Then it fills the whole buffer, and the
-    // message is cut there anyway.
+    // A negative length means that the text was too long and filled the whole buffer. The buffer is
+    // longer than any message, so Append cuts the text.
     out_.Append({text, length < 0 ? sizeof(text) : static_cast<std::size_t>(length)});
   }
 

@@ -9,7 +9,7 @@
 
 namespace logging {
 
-inline constexpr std::size_t kLongestMessage = 4095;  // in bytes, or units of a wide message
+inline constexpr std::size_t kLongestMessage = 4095;  // bytes, or units of a wide message
 
 // Returns the length of the longest prefix of `text` that has at most `limit` bytes and ends with a
 // complete UTF-8 sequence.
@@ -26,7 +26,7 @@ class TextBuffer {
   void AppendWide(std::wstring_view text);
   void AppendFormat(const char* format, ...);
 
-  // Both functions append a message of at most kLongestMessage bytes or units.
+  // AppendMessage appends at most kLongestMessage bytes or units.
   void AppendMessage(const char* format, std::va_list arguments);
   void AppendMessage(const wchar_t* format, std::va_list arguments);
 
@@ -36,7 +36,7 @@ class TextBuffer {
   char* const storage_;
   const std::size_t capacity_;
   std::size_t length_ = 0;
-  bool cut_ = false;  // true after a text was cut; later texts are dropped
+  bool cut_ = false;  // whether a text was cut; all later texts are then dropped
 };
 
 }  // namespace logging

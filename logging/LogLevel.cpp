@@ -16,7 +16,7 @@ int LevelFromText(const char* text) {
     int level;
   } kNames[] = {{"VERBOSE", kVerbose}, {"INFO", kInfo}, {"WARNING", kWarning}, {"ERROR", kError}};
   for (const auto& entry : kNames) {
-    // lstrcmpi would ignore control characters, because it compares by the rules of a language.
+    // Not lstrcmpi: it compares by the rules of a language, and so ignores control characters.
     if (::_stricmp(text, entry.name) == 0) return entry.level;
   }
   return kFatal;

@@ -14,7 +14,7 @@ enum Level : int { kVerbose = -1, kInfo = 0, kWarning = 1, kError = 2, kFatal = 
 // The levels that decide whether a line is logged. They share 64 bits, so that one atomic operation
 // reads or changes all of them.
 struct LogLevels {
-  std::uint64_t staleTick : 40;  // when to read `configured` again; 40 bits of ms last 34 years
+  std::uint64_t staleTick : 40;  // the time in ms to read `configured` again; lasts for 34 years
   std::int64_t configured : 8;
   std::int64_t trace : 16;  // 4 minus the session's level, which may be 255: -251 or higher
 };

@@ -13,7 +13,7 @@ namespace {
 constexpr DWORD kMostFrames = 62;
 constexpr DWORD kLongestName = 100;
 
-// Not SafeHandle: that one logs, and this code runs while a line is logged.
+// Not SafeHandle, because SafeHandle logs, and this code runs while a line is logged.
 struct HandleCloser {
   void operator()(HANDLE handle) const { ::CloseHandle(handle); }
 };
