@@ -19,8 +19,8 @@ class GrowingBlock {
   static_assert(std::is_trivially_copyable_v<Unit>);
 
  public:
-  GrowingBlock() {}  // "= default" would let a value-initialised object be filled with zeros
-  GrowingBlock(GrowingBlock&& other) noexcept : size_(other.size_) {  // leaves the other empty
+  GrowingBlock() {}  // not "= default", which would let GrowingBlock{} fill the object with zeros
+  GrowingBlock(GrowingBlock&& other) noexcept : size_(other.size_) {  // `other` is empty afterwards
     if (other.IsSmall()) {
       std::copy_n(other.small_, size_, small_);
     } else {
@@ -39,16 +39,16 @@ class GrowingBlock {
   Unit* begin() const { return begin_; }
   Unit* end() const { return begin_ + size_; }
 
-  // Both functions make room for `units` more units and return the place to write them, because the
-  // block may have moved. Reserve continues after the last Finish. ReserveAfter continues at `end`,
-  // the end of content that was written since then. If they throw std::bad_alloc, the block is
-  // unchanged.
+  // Reserve and ReserveAfter make room for `units` more units. They return the place to write them,
+  // because the block may have moved. Reserve continues after the last Finish. ReserveAfter
+  // continues at `end`, the end of content that was written since then. If they throw
+  // std::bad_alloc, the block is unchanged.
   Unit* Reserve(std::size_t units) { return ReserveAfter(end(), units); }
   Unit* ReserveAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, FastCapacity(end));
   }
-  // Does the same as ReserveAfter for a caller that knows how much will follow. Grows to what
-  // `units` needs, or by a quarter if that is more.
+  // Does the same as ReserveAfter, for a caller that knows how much content will follow. The block
+  // grows just enough for `units` units, or by a quarter if that is more.
   Unit* ReserveEstimateAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
   }
