@@ -33,8 +33,8 @@ done
 
 mkdir -p "$ROOT/build"
 build_packages=(cmake ninja-build)
-# The package with the sanitizers of the default Clang has Clang's version in its name.
 require_packages g++ clang llvm googletest
+# The sanitizers are in a package like libclang-rt-14-dev. Read the version from Clang's own package.
 require_packages "$(dpkg-query -W -f='${Depends}' clang | sed -n 's/^\(.*, *\)\?clang-\([0-9]*\).*/libclang-rt-\2-dev/p')"
 build fuzz
 

@@ -47,8 +47,8 @@ inline base::Utf16Text Utf16(std::uint32_t code) {
           static_cast<base::Utf16Unit>(0xDC00 + (code - 0x10000) % 1024)};
 }
 
-// Returns whether a well-formed code point of `length` bytes can begin with these bytes. The
-// missing bytes can make any code from `low` to `high`.
+// Returns whether a well-formed code point of `length` bytes can begin with these bytes. Depending
+// on the missing bytes, its value is any from `low` to `high`.
 inline bool CanBegin(std::string_view bytes, std::size_t length) {
   static constexpr std::uint32_t kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
   std::uint64_t low = static_cast<unsigned char>(bytes[0]) & (0x7F >> length), high = low;

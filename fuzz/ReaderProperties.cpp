@@ -16,7 +16,8 @@ extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block
 
 namespace {
 
-// The bytes that are allocated now, and their maximum. Counted only while `counting` is true.
+// The number of bytes that are allocated now, and its maximum. Counted only while `counting` is
+// true.
 bool counting = false;
 std::ptrdiff_t live = 0, most = 0;
 
@@ -59,8 +60,8 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
-// The first step of a list is 50 units long. This inserts blanks before the text, so that the step
-// ends at another place of each text.
+// The first step of a list is 50 units long. Blanks before the text make this step end at another
+// place of each text.
 template <class Text>
 void CheckSteps(Text text) {
   std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);
@@ -92,8 +93,8 @@ std::unique_ptr<Document> Checked(Text text) {
 
   const std::unique_ptr<Document> again = WrittenAndRead(*read);
   Require(again != nullptr, "what was written can be read");
-  // The writer replaces noncharacters, so two keys may become equal in the first round. After that
-  // nothing may change.
+  // The writer replaces noncharacters, so two keys may become equal when the values are written the
+  // first time. Later rounds must change nothing.
   if (!HoldsNoncharacter(read->values))
     Require(SameDocument(read, again), "what was written reads the same");
   Require(SameDocument(again, WrittenAndRead(*again)), "what was written twice reads the same");

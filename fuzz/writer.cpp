@@ -12,10 +12,11 @@
 
 namespace {
 
-constexpr int kMaxDepth = 198;  // within the outermost list
+constexpr int kMaxDepth = 198;  // the outermost list, which is not counted, makes 199
 constexpr std::size_t kMaxString = 6000;
 
-// Builds values from the input's bytes, and the values that must be read back.
+// Builds values from the input's bytes. Also builds the values that must result when they are
+// written and read again.
 class Builder {
  public:
   Builder(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
