@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Wears the module out: clients against brokers that fail at random, a host under hostile clients.
+# The endurance run: clients call brokers that fail at random, and a host serves hostile clients.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -47,13 +47,13 @@ while [ $# -gt 0 ]; do
   shift
 done
 
-# calculate EXPRESSION: its value, or 0 if that is negative.
+# calculate EXPRESSION: prints the value of the expression, or 0 if the value is negative.
 calculate() { awk "BEGIN { value = $1; print (value > 0 ? value : 0) }"; }
 
 mkdir -p "$ROOT/build"
 require_packages
 build mingw soak
-# A prefix of its own, without the launcher that suites put into theirs.
+# Use a separate Wine prefix. The tests' prefix contains their launcher.
 hold_wine "$ROOT/build/wine-soak"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-soak
 

@@ -50,7 +50,8 @@ void Caller::Step(bool calm) {
   SLElemData element;
   const bool isHandedOut = !calm && element_ != kUnknown && IsHandedOut(element);
   if (!isHandedOut) {
-    // Makes the record itself, so that the next call meets an element that was not handed out.
+    // Fill the record without a call, so that the next call is about an element that the broker has
+    // not handed out.
     Forget(element);
     element = Content();
     element.objectId = ::SysAllocString(ElementId(broker_, element_).c_str());
@@ -82,7 +83,7 @@ void Caller::ChooseElement() {
   const Life now = state_.brokers[broker_].life;
   Life& known = lives_[broker_];
   if (now.process != known.process) formerLives_[broker_] = std::exchange(known, now);
-  // In some steps the caller uses a record of the broker's former life.
+  // Some steps use the process id and the window of the broker's former life.
   const Life& former = formerLives_[broker_];
   life_ = former.process != 0 && Random(20) == 0 ? former : known;
 }

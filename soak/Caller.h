@@ -16,8 +16,8 @@ class Caller {
  public:
   Caller(SharedState& state, DWORD run, unsigned seed) : state_(state), run_(run), random_(seed) {}
 
-  // Makes some calls about one element. Holds no element before and after the step. A calm step
-  // receives no element at all.
+  // Makes some calls about one element. Holds no element before and after this step. A calm step
+  // makes only calls that return no element.
   void Step(bool calm);
 
  private:
@@ -29,12 +29,13 @@ class Caller {
   SLElemData Content() const;
   bool IsHandedOut(SLElemData& element);
 
-  // Makes the call and checks its code. Returns true if its outputs must be right.
+  // Makes the call and checks the result code. Returns true if the outputs of the call must be
+  // right.
   template <class Function>
   bool Succeeds(const Operation& operation, int status, Function function);
   void Expect(bool right, const Operation& operation);
-  // Returns the status that the broker answers for the chosen element: `known` if the scene has the
-  // element.
+  // Returns the status that the broker answers for the chosen element. It is `known` if the scene
+  // has the element.
   int StatusOf(int known) const;
   int StatusOfStates() const;
 
@@ -48,7 +49,7 @@ class Caller {
   const DWORD run_;
   std::minstd_rand random_;
   Life lives_[kBrokers] = {}, formerLives_[kBrokers] = {};
-  // The broker, the element and the broker's life that the step is about.
+  // The current step is about this broker, this element and this life of the broker.
   int broker_ = 0;
   int element_ = 0;
   Life life_ = {};

@@ -9,9 +9,9 @@ namespace soak {
 
 namespace {
 
-constexpr DWORD kNonsenseMilliseconds = 150;  // for each kind of nonsense
-constexpr int kNonsenseKinds = 8;             // kinds in one fault
-// Longer than a call waits for a connection or for an answer.
+constexpr DWORD kNonsenseMilliseconds = 150;  // how long each kind of nonsense is sent
+constexpr int kNonsenseKinds = 8;             // the number of kinds in one fault
+// A call waits less than this for a connection or for an answer.
 constexpr DWORD kSilentMilliseconds = wire::kPipeTimeoutMilliseconds + 2000;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Runs in the conductor. A broker that fails in every way. Each change is announced to the
-// clients before it happens.
+// Runs in the conductor. A broker that fails in every way. Announces each change to the clients
+// before the change happens.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@ enum class Fault {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // sends the next few kinds of nonsense
+  kNonsense,  // an impostor sends the next few kinds of nonsense
   kVanish,
   kHangUp,
   kSlow,
@@ -32,13 +32,14 @@ class FaultyBroker {
     Start();
   }
 
-  // Runs a fault. The broker serves again when the function returns.
+  // Makes the broker fail in this way, and returns when it serves again.
   void RunFault(Fault fault, std::minstd_rand& random);
   void SendAllNonsense(std::minstd_rand& random);
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // How many lives were ended in order, and how many of those ended with unreleased objects.
+  // How many lives of the broker ended in order, and how many of these lives still had objects that
+  // were not released.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 

@@ -8,7 +8,7 @@ namespace soak {
 
 namespace {
 
-constexpr int kMostTries = 4000;  // 5 ms each
+constexpr int kMostTries = 4000;  // with a pause of 5 ms after each
 constexpr DWORD kExchangeMilliseconds = 20000;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Runs in the conductor. A hostile server that takes over a broker's pipe between two of its
-// lives.
+// Runs in the conductor. A hostile server that takes over the pipe of a broker between two lives of
+// the broker.
 #pragma once
 
 #include <windows.h>
@@ -19,8 +19,8 @@ class Impostor {
   Impostor(const Impostor&) = delete;
   Impostor& operator=(const Impostor&) = delete;
 
-  // Serves as `phase` says, for `milliseconds`. It finishes with a client that is connected when
-  // the time ends.
+  // Serves as `phase` says, for `milliseconds`. If a client is connected when the time ends, serves
+  // this client to the end.
   void Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& random);
 
  private:

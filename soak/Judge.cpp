@@ -35,7 +35,7 @@ bool Allows(const Call& call, const Phase& phase, int code) {
              AfterSearch(call, OutcomeOf(AllNonsense()[phase.detail], call.operation.answer));
     case PhaseKind::kVanishing:
       return code == SL_CANNOT_READ;
-    case PhaseKind::kHangingUp:  // before or after the request is written
+    case PhaseKind::kHangingUp:  // the impostor disconnects before or after the request is written
       return code == SL_CANNOT_CONNECT || code == SL_CANNOT_READ;
     case PhaseKind::kSlow:
       return code == kSlowStatus;

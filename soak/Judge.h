@@ -10,7 +10,7 @@ namespace soak {
 struct Operation {
   const char* name;
   Layout answer;
-  bool searches = false;  // asks the next scheme's broker if one does not serve the content
+  bool searches = false;  // whether a status "not served" makes the call ask another broker
 };
 
 struct Call {

@@ -11,11 +11,11 @@ namespace soak {
 // anything else.
 struct Value {
   char type;
-  int number = 0;  // of an int or a bool
+  int number = 0;  // the value of an int or a bool
 };
 
 struct Nonsense {
-  std::string bytes;          // the message
+  std::string bytes;          // the bytes of the message
   std::vector<Value> values;  // the array that a reader finds in it; empty if it finds none
 };
 
@@ -24,9 +24,9 @@ const std::vector<Nonsense>& AllNonsense();
 // Returns the bytes of a message that consists of this text.
 std::string MessageOf(const std::wstring& text);
 
-// The values of an answer after its status. 'i', 'b' and 's' are values as above. '*' and '#' stand
-// for a count: the values up to the next '*', '#' or the end are repeated that many times. For '#'
-// the client first allocates a vector of that size.
+// Describes the values of an answer after its status. The letters 'i', 'b' and 's' are types of
+// values, as above. '*' and '#' are counts: the values up to the next count, or up to the end,
+// occur that many times. For '#' the client first allocates a vector of that size.
 using Layout = const char*;
 
 // Returns the code of the call, or kBadAlloc or kLengthError for an exception.

@@ -1,4 +1,5 @@
-// Runs in the client and in the host. Counts the resources that a process holds, to find leaks.
+// Runs in the client's process and in the host's process. Counts the resources that a process
+// holds, to find leaks.
 #pragma once
 
 #include <functional>
@@ -12,12 +13,13 @@ struct ProcessCounters {
   bool operator==(const ProcessCounters&) const = default;
 };
 
-// Counts for this process. `blocks` are the blocks of the process heap that are in use.
+// Counts the resources of this process. `blocks` is the number of blocks in use on the process
+// heap.
 ProcessCounters CountProcess();
 
 // Calls `round` again and again until the counters stay the same over several rounds, and returns
-// them. They grow at first, because the system allocates some resources on first use and per
-// thread. Returns no value if they never settle.
+// them. The counters grow at first, because the system allocates some resources on first use and
+// for each thread. Returns no value if they never stay the same.
 std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round);
 
 // Makes a leak of each kind on purpose. Returns false if a counter does not see it.

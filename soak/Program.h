@@ -1,5 +1,5 @@
-// Runs in the conductor. A child process of an endurance run. Its output goes to a file, because
-// a pipe would fill up while nobody reads it.
+// Runs in the conductor. A child process of an endurance run. The output of the child goes to a
+// file, because a pipe would fill up while nobody reads it.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +12,7 @@ namespace soak {
 class Program {
  public:
   Program(std::wstring commandLine, std::filesystem::path output);
-  ~Program();  // kills the process if it still runs, and removes the output file
+  ~Program();  // this kills the process if it still runs, and removes the output file
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 

@@ -13,9 +13,9 @@ namespace soak {
 
 constexpr int kBrokers = 2;
 constexpr int kClients = 2;
-constexpr int kThreads = 4;  // per client
+constexpr int kThreads = 4;  // the number of threads in each client
 
-// The results of calls that are counted: codes from -20 to 119, and two exceptions.
+// These results of calls are counted: the codes from -20 to 119, and two exceptions.
 constexpr int kLowestCode = -20;
 constexpr int kBadAlloc = 120;
 constexpr int kLengthError = 121;
@@ -43,7 +43,8 @@ struct SharedState {
     std::atomic<long> handles{0}, blocks{0};
   } clients[kClients];
 
-  // One row for each kind of phase. The last row counts calls that ran through several phases.
+  // A table of counts with one row for each kind of phase. The last row counts calls that ran
+  // through several phases.
   std::atomic<long> codes[kPhaseKinds + 1][kCodes] = {};
   std::atomic<long long> wrong{0}, unexpected{0};
   static constexpr long kReports = 10;  // only the first reports are kept

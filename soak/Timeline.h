@@ -9,18 +9,18 @@
 namespace soak {
 
 enum class PhaseKind : DWORD {
-  kServing,    // undisturbed
-  kSuspended,  // answers correctly, but late
-  kEnding,     // being closed or killed
-  kAbsent,     // no pipe of that name exists
-  kStarting,   // the next life starts; the clients do not know its process yet
+  kServing,    // the broker serves undisturbed
+  kSuspended,  // the broker's process is suspended for a while, so its correct answers come late
+  kEnding,     // the broker is being closed or killed
+  kAbsent,     // no pipe with the name of the broker's pipe exists
+  kStarting,   // the broker starts again; the clients do not know its new process yet
   // In these phases an impostor serves the pipe:
-  kNonsense,   // it answers with nonsense
-  kVanishing,  // it reads the request and disconnects
-  kHangingUp,  // it disconnects without reading the request
-  kSlow,       // it answers kSlowStatus after a delay
-  kSilent,     // it never answers
-  kClosing,    // it closes the pipe
+  kNonsense,   // the impostor answers with nonsense
+  kVanishing,  // the impostor reads the request and disconnects
+  kHangingUp,  // the impostor disconnects without reading the request
+  kSlow,       // the impostor answers kSlowStatus after a delay
+  kSilent,     // the impostor never answers
+  kClosing,    // the impostor closes the pipe
 };
 constexpr int kSlowStatus = 78;
 constexpr int kPhaseKinds = 11;
@@ -33,7 +33,8 @@ struct Phase {
   DWORD detail;  // the broker's process, or the index of the nonsense
 };
 
-// Only the conductor writes. Lies in shared memory, where all zeros are an empty timeline.
+// The phases of one broker, in order. Only the conductor writes them. The object is in shared
+// memory, where all zeros are an empty timeline.
 class Timeline {
  public:
   void Enter(PhaseKind kind, DWORD detail = 0) {

@@ -1,6 +1,6 @@
-// The client's process of an endurance run: soak_client RUN INDEX SEED. Four threads make calls of
-// every kind, check each answer, and release the elements that they received. The exit code is 0 if
-// the process holds the same resources at the end as at the start.
+// soak_client RUN INDEX SEED is a client of an endurance run. Four threads make calls of every
+// kind, check each answer, and release the elements that they received. The exit code is 0 if the
+// process holds the same resources at the end as after the warm-up.
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -39,21 +39,22 @@ void MeetAtLocks() {
         element.sourceUri = L"http://none.example/";
         for (++here; here < kMany;) ::Sleep(0);
         for (int j = 0; j < kThrows; ++j) {
-          TesselSilverlight::SelectItem(element, CComBSTR());  // throws and catches in the module
+          // The module throws and catches an exception here.
+          TesselSilverlight::SelectItem(element, CComBSTR());
           try {
             throw std::bad_alloc();
           } catch (const std::bad_alloc&) {
           }
         }
-        ::SysFreeString(std::exchange(element.objectId, nullptr));  // no broker knows it
+        ::SysFreeString(std::exchange(element.objectId, nullptr));  // no broker knows this id
       });
     }
     for (std::thread& thread : threads) thread.join();
   }
 }
 
-// Runs the threads while `more` returns true for the number of steps done. Meanwhile it stores the
-// process's counters in the shared state.
+// Runs the threads while `more` returns true. `more` receives the number of steps done. Meanwhile
+// stores the process's counters in the shared state.
 void RunThreads(SharedState& state, DWORD run, int index, unsigned seed,
                 const std::function<bool(int)>& more) {
   std::atomic<int> running = kThreads;
@@ -92,7 +93,7 @@ int main(int count, char** arguments) {
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
   ::SetOaNoCache();  // otherwise the system keeps a varying number of freed BSTRs
-  AllNonsense();     // allocates its table before the counting begins
+  AllNonsense();     // this allocates the table before the counting begins
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;

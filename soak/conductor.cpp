@@ -1,6 +1,6 @@
-// The conductor's process of an endurance run: soak_conductor [MINUTES] [SEED], the warm-up
-// included. Two client processes call two brokers all the time, while the brokers fail at random in
-// every way. Prints a verdict at the end.
+// soak_conductor [MINUTES] [SEED] controls an endurance run. MINUTES includes the warm-up. Two
+// client processes call two brokers all the time, while the brokers fail at random in every way.
+// Prints a verdict at the end.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -16,7 +16,8 @@ namespace {
 
 using namespace soak;
 
-// How often each fault happens, relative to the others. The last one is rare because it takes long.
+// How often each fault happens, relative to the others. The last fault is rare, because it takes
+// long.
 constexpr int kWeights[kFaults] = {6, 6, 6, 10, 4, 4, 3, 1};
 
 std::wstring OwnProgram(const wchar_t* name) {

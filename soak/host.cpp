@@ -1,6 +1,6 @@
-// The host channel under raw clients that do what no client should, while another thread closes it
-// at every moment: soak_host MINUTES SEED, the warm-up included. Ends with 0 when every call ended
-// and nothing was left.
+// soak_host MINUTES SEED tests the host channel. MINUTES includes the warm-up. Clients without the
+// module misuse the channel, while another thread closes it at random moments. The exit code is 0
+// if every call ended and no resource was lost.
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -18,8 +18,8 @@
 
 namespace {
 
-constexpr int kWarmUpRounds = 4;          // of each misuse
-constexpr ULONGLONG kRoundLimit = 20000;  // ms; a call that takes longer hangs
+constexpr int kWarmUpRounds = 4;          // the rounds of each kind of misuse
+constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a call that takes longer hangs
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 
@@ -35,7 +35,7 @@ void Judge(const char* operation, int code, std::initializer_list<int> deserved)
   if (++undeserved <= 10) std::printf("\n! %s ended with %d\n", operation, code);
 }
 
-// Whether a client has sent this text.
+// Returns whether clients send this text.
 bool IsRequest(const std::wstring& text) {
   return text == L"[1]" || text == L"[1" || text.empty() ||
          text == std::wstring(kHugeBytes / sizeof(wchar_t), L'x' << 8 | L'x');
@@ -48,7 +48,7 @@ void Serve() {
   do {
     auto size = static_cast<unsigned long>(buffer.size());
     code = ReadMessage(buffer.data(), &size);
-    // Each client may leave, or be cut off, at any moment, and the channel may be closed.
+    // At any moment the client may leave or be disconnected, and the channel may be closed.
     Judge("ReadMessage", code,
           {SL_CHANNEL_SUCCESS, SL_CHANNEL_NOT_INITIALIZED, SL_CHANNEL_BUFFER_TOO_SMALL,
            SL_CHANNEL_CLOSED, SL_CHANNEL_CANNOT_READ});
@@ -130,7 +130,8 @@ void Watch() {
   }
 }
 
-// One of sixty clients that would send 64 MiB does so, because that takes long.
+// Sending 64 MiB takes long. So only one in 60 of the clients that drew kHuge does it; the others
+// close at once.
 Misuse DrawMisuse(std::minstd_rand& random) {
   const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
   return misuse == Misuse::kHuge && random() % 60 != 0 ? Misuse::kClosesAtOnce : misuse;
@@ -146,7 +147,8 @@ bool RunRound(Misuse misuse, std::minstd_rand& random) {
   if (opened != 0) return false;
   std::thread host(Serve);
   std::thread client([misuse, draw = static_cast<unsigned>(random())] { Misbehave(misuse, draw); });
-  const auto delay = random() % 4000;  // microseconds, of the cycle's few hundred and beyond
+  // In microseconds. A cycle takes a few hundred, so UninitComm comes during it or after it.
+  const auto delay = random() % 4000;
   LARGE_INTEGER frequency, start, now;
   ::QueryPerformanceFrequency(&frequency);
   ::QueryPerformanceCounter(&start);
@@ -173,7 +175,8 @@ int main(int count, char** arguments) {
     return 1;
   }
   std::thread(Watch).detach();
-  std::printf("host: warming up\n");  // gives the output its buffer, which counts as a block
+  // The first output allocates a buffer, so print before the counting begins.
+  std::printf("host: warming up\n");
   bool good = true;
   const auto before = soak::CountWhenSettled([&](int) {
     for (int i = 0; i < kWarmUpRounds * static_cast<int>(Misuse::kCount) && good; ++i)

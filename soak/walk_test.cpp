@@ -66,7 +66,9 @@ class Walk {
         SetValue(element, L"v");
         SelectItem(element, L"München");
         break;
-      case 8:  // releases the element by a call, so the destructor must not release it again
+      case 8:
+        // ReleaseObj already releases the element. Forget clears the id, so that the destructor
+        // does not release it again.
         EXPECT_EQ(ReleaseObj(element), refused);
         Forget(element);
         break;
@@ -81,7 +83,7 @@ class Walk {
     }
   }
 
-  std::size_t refusedReleases = 0;  // releases of elements that the broker never handed out
+  std::size_t refusedReleases = 0;  // of elements that the broker had not handed out
 
  private:
   int Random(std::size_t bound) { return static_cast<int>(random_() % bound); }
@@ -120,8 +122,9 @@ TEST(Walk, ReleasesEveryElement) {
       if (step % 40 != 0) continue;
       // A client without the module requests three elements and leaves before it gets the answer.
       RawClient client(tessel::Wide(broker.Fact("pipe")));
-      client.Send(tessel::Wide(
-          broker.Request(R"([8,?, "user"])")));  // the space marks it as not the module's
+      // The module never writes this space, so the test can count these requests in the broker's
+      // output.
+      client.Send(tessel::Wide(broker.Request(R"([8,?, "user"])")));
       vanished += 3;
       while (ownServed * 3 < vanished) ::Sleep(1);
     }
