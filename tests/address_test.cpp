@@ -17,7 +17,7 @@ TEST(Address, DecidesSchemeOriginAndPipeName) {
        {L"https:", SL_HTTPS_URI, L"https:", L"https_"},
        {L"http:a/b/c/d", SL_HTTP_URI, L"http:a/b/c", L"http_a_b_c"},
        {L"file:///C:/one/two/a.xap", SL_FILE_URI, L"file:///C:/one/two", L"file____C__one_two"},
-       // Only the low byte of each character counts here: E9, 61, 41.
+       // Only the low bytes of these three characters count, which are E9, 61 and 41.
        {L"http:\u00e9\u0161\u0141-%2", SL_HTTP_URI, L"http:\u00e9\u0161\u0141-%2",
         L"http__\u0161\u0141__2"},
        {L"http", kNone, L"none", L""},

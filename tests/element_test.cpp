@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 const LogCapture capture;
 
-// A call of the table below. Returns its code and its outputs as text.
+// A call of the table kObjectCalls below. Returns the result code and the outputs as text.
 using Call = std::function<std::string(SLElemData&)>;
 
 Call Attribute(const wchar_t* name, bool wanted = true) {
@@ -77,12 +77,13 @@ Call Identity(Parent kind, bool numberWanted) {
   };
 }
 
-// Calls `fill`, which refills a vector of records. Returns its code, or the exception that it
-// throws, followed by the id of each record.
+// Calls `fill`, which fills a vector of records again. Returns the code of `fill`, or the exception
+// that it throws, followed by the id of each record.
 template <class Fill>
 std::string Refilled(const SLElemData& element, Fill fill) {
   Records records(1);
-  records[0].objectId = ::SysAllocString(L"kept");  // no scheme, so its release sends no request
+  // This record has no scheme, so its release sends no request.
+  records[0].objectId = ::SysAllocString(L"kept");
   std::string result;
   try {
     result = std::to_string(fill(records));
@@ -245,7 +246,8 @@ TEST(Element, IsReleasedOnceEvenIfItWasMoved) {
     EXPECT_STREQ(records[1].sourceUri, address.c_str());
     EXPECT_EQ(SidesOf(records[1].rect), " 1 2 3 4");
     records[2] = Element(address, L"d");
-    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};  // as some clients make them
+    // Some clients make their records by filling memory with zeros.
+    alignas(SLElemData) unsigned char zeroed[sizeof(SLElemData)] = {};
     auto& filled = reinterpret_cast<SLElemData&>(zeroed);
     filled.sourceUri = records[1].sourceUri;
     filled.~SLElemData();
@@ -256,8 +258,8 @@ TEST(Element, IsReleasedOnceEvenIfItWasMoved) {
   EXPECT_EQ(broker.Wait(), 0u) << "the broker ends after the last expected request";
 }
 
-// A call releases the records of the call before when it has read the new count. Records of an
-// answer that ends too early are released with the vector.
+// When a call has read the new count, it releases the records of the previous call. Records of an
+// answer that ends too early are released when the vector is destroyed.
 TEST(Element, IsReleasedWhenItsVectorIsRefilledOrDestroyed) {
   const std::wstring address = Address(L"refilled");
   ScriptedBroker broker(SL_TAILORED_URI, address,

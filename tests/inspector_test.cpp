@@ -22,7 +22,8 @@ void ExpectAllReleased(SceneBroker& broker) {
 }
 
 // A transcript holds command lines, their output, and their exit code if it is not 0. WINDOW and
-// PROCESS stand for those of the broker. The commands run in order and see the changes made before.
+// PROCESS stand for the broker's window and process id. The commands run in order, so each sees
+// what the earlier ones have changed.
 TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"login", TESSEL_SCENES "/login.json", L""},
@@ -66,8 +67,8 @@ TEST(InspectorTest, FindsTheWindow) {
       {rect, "0x7ffffff1", 2, cannot + "there is no window 0x7ffffff1; take the handle"},
       {rect, Narrow(title), 2, cannot + "2 windows have the title"},
       {"tree", "0x7ffffff1", 2, "or give the title\n  address: desk"},
-      // The window belongs to another process than the broker's. With a scheme the broker refuses;
-      // without one the search tries to inject a broker.
+      // The window does not belong to the broker's process. If the scheme is known, the broker
+      // refuses. Without a scheme the search tries to inject a broker.
       {rect + " --scheme tailored", own, 4, "-8 (SL_NOT_SERVED)"},
       {rect, own, 3, "-10 (SL_INJECTOR_NOT_STARTED)"},
   };
@@ -91,7 +92,7 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
        "-12 (SL_ARCHIVE_FAILURE)"},
       {"at 1,2", "", L"[4711]", 4, "4711 (the broker's own status)"},
       {"at 1,2", "", L"[-99]", 4, "-99 (the broker's own status)"},
-      {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // no window to inject into
+      {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // the injection finds no window
       {"find ,,", "", L"[0,2000000000]", 5, "cannot find: "},
   };
   for (const auto& row : kCases) {
@@ -115,8 +116,8 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   }
 }
 
-// Serves each scene, dumps it with "tree --json", serves the dump and dumps that: all are equal.
-// The odd scene holds texts that are easily damaged by wrong escaping.
+// Serves each scene, dumps it with "tree --json", serves the dump and dumps that, too. All three
+// must be equal. The odd scene holds texts that wrong escaping would damage.
 TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   std::string command = "tree --json";
   for (const char* name :
@@ -126,7 +127,8 @@ TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   for (const char* path : {TESSEL_SCENES "/login.json", TESSEL_SCENES "/orders.json",
                            TESSEL_TRANSCRIPTS "/odd.json"}) {
     std::ifstream original(path);
-    const auto scene = nlohmann::json::parse(original);  // ignores the order of fields
+    // Compare parsed values, to ignore the order of fields.
+    const auto scene = nlohmann::json::parse(original);
     std::string served = scene.dump();
     for (int round = 1; round <= 2; ++round) {
       const SceneFile file(served);

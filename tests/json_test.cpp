@@ -33,8 +33,8 @@ std::string Written(const ListValue& list) {
 
 std::string TextOf(const base::ListText& list) { return convert.to_bytes(Utf16Text(list.View())); }
 
-// Writes `text` from a list of values. A list that is kept as text must write the same, or refuse
-// the string.
+// Returns the JSON text of a list of values that contains only `text`. Checks that ListText writes
+// the same text or refuses the string.
 std::string Written(base::Utf16View text) {
   ListValue list;
   list.AppendString(text);
@@ -79,8 +79,8 @@ TEST(JsonReader, AcceptsAndRefuses) {
     if (!name.starts_with("refused-utf8")) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
-    // Step reading starts after the bracket. The blanks move the end of its first step, of 50
-    // units, across the text.
+    // The first step of the reader starts after the bracket and has 50 units. The blanks move the
+    // end of this step across the text.
     for (std::size_t blanks = 0; text.starts_with('[') && blanks < 50; ++blanks) {
       const std::string padded = "[0" + std::string(blanks, ' ') + ',' + text.substr(1);
       ASSERT_EQ(Rewritten(padded, 1), Rewritten(padded, padded.size())) << name << ' ' << blanks;
@@ -89,9 +89,10 @@ TEST(JsonReader, AcceptsAndRefuses) {
   }
 }
 
-// Empty strings are the elements that need the most memory for their length. Steps and blocks end
-// at each place of an element, after every number of units that the bound rounds down. The tails
-// that leave a string open must be refused.
+// Empty strings are the elements that need the most memory for their length. The texts have many
+// lengths, so that a step of the reader or a block of memory ends at every position in an element,
+// and the text's length leaves every remainder when it is divided by kDensestUnits. A text whose
+// last string has no end must be refused.
 TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
   for (std::string text : {"[\"\"", "[0,\"\"", "[0,0,\"\""}) {
     for (std::size_t count = 1; count < 400; ++count, text += ",\"\"") {
@@ -146,7 +147,8 @@ TEST(JsonWriter, EscapesEveryUnitAtEveryPositionInABlock) {
     std::string form = escaped ? code : convert.to_bytes(raw);
     const auto at = unit < 0x80 ? special.find(static_cast<char>(unit)) : special.npos;
     if (at != special.npos) form = {'\\', letters[at]};
-    // Text that is all ASCII takes another path. So may a unit at another position in a block.
+    // Text that is all ASCII takes another path through the code. A unit at another position in a
+    // block may also take another path.
     for (const char16_t filler : {u'a', u'\u20AC'}) {
       for (std::size_t before = 0; before < 36; ++before) {
         const Utf16Text head(before, filler), tail(35 - before, filler);
@@ -176,7 +178,7 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesValuesWithoutJson) {
       EXPECT_EQ(Written(list), std::to_string(value));
       EXPECT_EQ(TextOf(asText),
                 '[' + Repeated(std::to_string(value) + ',', 99) + std::to_string(value) + ']');
-      // Once before another element, once as the last element.
+      // Test the number before another element and as the last element.
       for (const char* tail : {",1]", "]"}) {
         const std::string text = '[' + std::to_string(value) + tail;
         EXPECT_EQ(Rewritten(text), text);
@@ -188,7 +190,7 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesValuesWithoutJson) {
   ListValue infinite, no_number, binary;
   infinite.AppendDouble(-HUGE_VAL);
   no_number.AppendDouble(std::nan(""));
-  binary.AppendBinary(std::string(207, 'b'));  // one byte more than fits the object
+  binary.AppendBinary(std::string(207, 'b'));  // one byte more than fits into the ListValue object
   for (const ListValue* list : {&infinite, &no_number, &binary}) {
     EXPECT_EQ(Written(*list), "refused");
   }
@@ -205,13 +207,16 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   }
 }
 
-// Puts each kind of last element at every position around the end of a block.
+// Lists of many lengths, so that each kind of last element is at every position around the end of a
+// block.
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
-  const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);  // just fills its block
+  // The JSON text of this string fills a block exactly.
+  const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {
-    for (std::size_t blanks = 0; blanks < 5; ++blanks) {  // together they reach every text size
+    // `flags` and `blanks` together make texts of every size.
+    for (std::size_t blanks = 0; blanks < 5; ++blanks) {
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
         const auto append = [&](auto& list) {
           for (std::size_t i = 0; i < flags; ++i) list.AppendBool(true);
@@ -266,7 +271,8 @@ TEST(ZeroSearch, FindsTheZeroAtEveryPositionInABlock) {
       std::fill_n(text + start, length, static_cast<base::Utf16Unit>(0x100));
       EXPECT_EQ(base::UpToZero(text + start).size(), length) << start;
       EXPECT_EQ(base::FindZero(text + start, text + 64), text + start + length);
-      const std::vector<base::Utf16Unit> exact(length, u'a');  // reads nothing beyond the text
+      // Memory of the text's exact size, so that the sanitizer reports a read beyond it.
+      const std::vector<base::Utf16Unit> exact(length, u'a');
       EXPECT_EQ(base::FindZero(exact.data(), exact.data() + length), exact.data() + length);
       const std::string ascii(length, 'a');
       const std::string padded = ascii + std::string(start, '\0');

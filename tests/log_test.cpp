@@ -1,5 +1,5 @@
-// Tests the log: levels from the registry, the text of a line, and both sinks. Wine has no trace
-// sessions, so this suite replaces the system's event tracing functions with its own.
+// Tests the log: levels from the registry, the text of a line, the debugger output and event
+// tracing. Wine has no trace sessions, so this suite replaces the system's event tracing functions.
 #include <gmock/gmock.h>
 #include <windows.h>
 // dbghelp.h needs windows.h before it
@@ -22,7 +22,7 @@ using testing::HasSubstr;
 constexpr GUID kProvider = {0x204DE76A, 0x126E, 0x4673, {179, 73, 90, 93, 17, 209, 128, 215}};
 constexpr GUID kEventClass = {0x7FE69228, 0x633E, 0x4F06, {128, 193, 82, 127, 234, 35, 227, 167}};
 
-// Stands in for a trace session: keeps what the provider registers and writes.
+// Takes the place of a trace session: stores what the provider registers and writes.
 struct {
   ULONG Control(WMIDPREQUESTCODE request) { return control(request, provider, nullptr, nullptr); }
 
@@ -30,7 +30,7 @@ struct {
   void* provider = nullptr;
   UCHAR level = 0;
   ULONG flags = 0;
-  std::vector<std::string> events;  // "type level|field|field..."
+  std::vector<std::string> events;  // each event as "type level|field|field..."
 } session;
 
 ULONG WINAPI RegisterGuids(WMIDPREQUEST control, void* provider, LPCGUID guid, ULONG,
@@ -56,7 +56,7 @@ ULONG WINAPI WriteEvent(TRACEHANDLE handle, EVENT_TRACE_HEADER* header) {
 }
 
 // Sets the user's level and waits, for at most 3 seconds, until the log uses it. Returns the time
-// just before the successful query.
+// of the last query, which found the new level.
 ULONGLONG AwaitLevel(const char* text, int level) {
   LogCapture::SetLevel(text);
   for (const ULONGLONG set = ::GetTickCount64();; ::Sleep(20)) {
@@ -77,8 +77,8 @@ struct VerboseLog : Log {
   VerboseLog() { AwaitLevel("VERBOSE", logging::kVerbose); }
 };
 
-// Runs in a process of its own, so that its log calls are the first ones there. Prints how many of
-// the calls evaluate their argument.
+// Runs in a child process, so that its log calls are the first ones in the process. Prints how many
+// of the calls evaluate their argument.
 TEST_F(Log, DISABLED_Child) {
   int evaluated = 0;
   ::SetLastError(1234);
@@ -95,8 +95,8 @@ TEST_F(Log, LevelComesFromTheRegistry) {
   const std::tuple<const char*, DWORD, const char*, const char*> rows[] = {
       {nullptr, REG_SZ, nullptr, "1 of 1,"},
       {"vErBoSe", REG_SZ, "WARNING", "5 of 5,"},
-      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // 9 characters: read, but not a known level
-      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // 10 characters: treated as not set
+      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // 9 characters: the text is not a level
+      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // 10 characters: the value counts as not set
       {"VERBOSE", REG_EXPAND_SZ, "eRROR", "2 of 2,"}};
   constexpr char kMachine[] = R"(System\CurrentControlSet\Control\Session Manager\Environment)";
   for (const auto& [user, type, machine, output] : rows) {
@@ -160,10 +160,11 @@ TEST_F(VerboseLog, ConversionsFollowMicrosoftsRuntime) {
 
 TEST_F(VerboseLog, LongTextsAreCutBetweenCharacters) {
   const std::tuple<std::size_t, const wchar_t*, std::size_t, std::size_t> rows[] = {
-      {255, L"\U0001F600", 259, 259},  // a pair that the conversion, by 256 units, splits
+      // Units are converted in groups of 256, and the end of a group would split this pair.
+      {255, L"\U0001F600", 259, 259},
       {4093, L"\u00e9z", 4095, 4096},
       {4093, L"\u20acz", 4093, 4097},
-      {4094, L"\U0001F600z", 4094, 4094}};  // half a pair is left out
+      {4094, L"\U0001F600z", 4094, 4094}};  // half a pair would fit, so the whole pair is left out
   for (const auto& [count, tail, narrow, wide] : rows) {
     const std::wstring text = std::wstring(count, L'a') + tail;
     EXPECT_EQ(Logged("%ls", text.c_str()).size(), narrow) << count;

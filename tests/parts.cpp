@@ -1,6 +1,6 @@
-// One program that stands in for the programs around the module. Its file name (sllauncher.exe,
-// slinject.exe) or its first argument (broker, mute) selects the role. The launcher and the
-// injector write how they were started into a file in their folder.
+// Takes the place of the programs that the module starts or talks to. The file name
+// (sllauncher.exe, slinject.exe) or the first argument (broker, mute) selects the role. The
+// launcher and the injector write how they were started into a file in their folder.
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
@@ -31,8 +31,8 @@ void Print(const std::string& line) {
   std::fflush(stdout);
 }
 
-// Appends the command line, the current folder, start-up flags and show command, and the process
-// id.
+// Appends to the file: the command line, the current folder, the start-up flags and the show
+// command, and the process id.
 void RecordStart(const path& file) {
   STARTUPINFOW startup = {};
   ::GetStartupInfoW(&startup);
@@ -48,8 +48,8 @@ Function* Import(HMODULE module, const char* name) {
 }
 
 // Prints each request and sends the next answer. In an answer, ' stands for ". Special answers:
-// "silent" waits until the client has given up. "*" before an answer repeats it for ever. "~"
-// before an answer answers [0,true] instead if the request is a release.
+// "silent" waits until the client has given up. An answer after "*" is repeated for ever. An answer
+// after "~" is [0,true] instead if the request is a release.
 int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
           const std::vector<std::wstring>& answers) {
   const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
@@ -75,8 +75,9 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
   return 0;
 }
 
-// The launcher's role. If the origin is a tailored one whose host begins with "serve", it becomes
-// the broker: after 20 s if the host begins with "serve-late". For any other origin it exits.
+// Plays the launcher. If the origin is a tailored one whose host begins with "serve", becomes the
+// broker: after 20 s if the host begins with "serve-late", else at once. For any other origin
+// exits.
 int Launch(const std::vector<std::wstring>& arguments) {
   const path package = arguments.at(2).substr(wcslen(L"/emulate:"));
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
@@ -91,8 +92,8 @@ int Launch(const std::vector<std::wstring>& arguments) {
   return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
 }
 
-// The injector's role. Reads a file that is named after the process to inject. It holds how many
-// milliseconds the injection takes, the exit code, and optionally the command line of a broker.
+// Plays the injector. Reads the file slinject-PROCESS.in. The file contains how long the injection
+// takes in milliseconds, the exit code, and optionally the command line of a broker to start.
 int Inject(const std::wstring& argument) {
   const std::wstring name = TestFolder() + L"slinject-" + argument.substr(wcslen(L"--pid="));
   const path record = name + L".txt";
@@ -104,7 +105,7 @@ int Inject(const std::wstring& argument) {
   settings >> milliseconds >> code >> std::ws;
   std::getline(settings, command);
   ::Sleep(milliseconds);
-  // Never deleted, because the destructor would end the broker.
+  // The ChildProcess is never deleted, because its destructor would end the broker.
   if (!command.empty()) (new ChildProcess({command.begin(), command.end()}))->ReadLine();
   std::ofstream(record, std::ios::app) << "end" << std::endl;
   return code;

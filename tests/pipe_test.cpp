@@ -1,4 +1,4 @@
-// Tests the pipe between two ends, in one process and in two, and the helpers that it uses.
+// Tests the pipe between two endpoints, in one process and in two. Also tests TimedRetry.
 #include <aclapi.h>
 #include <gtest/gtest.h>
 #include <winternl.h>
@@ -21,17 +21,17 @@ namespace {
 using Bytes = std::vector<BYTE>;
 thread_local std::size_t refusedSize = 0;  // operator new fails for exactly this size
 
-DWORD testId = ::GetCurrentProcessId();  // child processes set it to the id of the test
+DWORD testId = ::GetCurrentProcessId();  // child processes set this to the process id of the test
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
 
-// An end of a pipe that is controlled by text commands, in this process or in a child process.
+// An endpoint of a pipe that obeys text commands, in this process or in a child process.
 struct Endpoint {
   Endpoint() {
     pipe.SetPipeName(L"\\\\.\\pipe\\pipe_test." + std::to_wstring(testId) + L'.');
     pipe.SetTimeout(30000);
   }
 
-  // Runs "operation argument". If the argument is missing, it is the text that was read last.
+  // Runs "operation argument". Without an argument, uses the text that was read last.
   // Returns "yes", "no", "=" and the text read, or the message of the exception. "Invalid state in
   // X" is shortened to "!X".
   std::string Do(const std::string& step) try {
@@ -83,7 +83,9 @@ std::size_t OpenHandles() {
   static std::vector<ULONG_PTR> table(1 << 21);
   const auto kind = static_cast<SYSTEM_INFORMATION_CLASS>(64);
   EXPECT_EQ(::NtQuerySystemInformation(kind, table.data(), 8 << 21, nullptr), 0);
-  std::size_t count = 0;  // the table: count, reserved, then 5 words each, the second the process
+  // The table begins with the number of handles and a reserved word. Then come 5 words for each
+  // handle, the second of which is the process id.
+  std::size_t count = 0;
   for (std::size_t i = 0; i < table[0]; ++i) count += table[3 + 5 * i] == testId;
   return count;
 }
@@ -95,15 +97,15 @@ const std::string kBusy = "CreateServerPipe: sPipeName='\\\\.\\pipe\\pipe_test."
 Texts Log() { return LogCapture::Messages("WARNING"); }
 
 struct Pipe : testing::Test {
-  // Runs a script "end operation > expected result; ...".
+  // Runs a script "endpoint operation > expected result; ...".
   void Expect(const std::string& script) {
     for (const std::string& line : Split(script, "; ")) {
       const Texts step = Split(line, " > ");
       EXPECT_EQ(ends[line[0]].Do(step.at(0).substr(2)), step.at(1)) << line << " in: " << script;
     }
   }
-  // Runs the script. Another thread runs the action after `line` was logged, or at once if `line`
-  // is empty.
+  // Runs the script. Meanwhile another thread runs the action: after `line` was logged, or at once
+  // if `line` is empty.
   void Meanwhile(const std::string& line, const std::string& script, std::function<void()> action) {
     LogCapture::Reset();
     std::thread other([&] {
@@ -115,12 +117,13 @@ struct Pipe : testing::Test {
     other.join();
   }
   const LogCapture capture;
-  std::map<char, Endpoint> ends;  // s serves; c, d connect to s, p to the peer, m to nothing
+  // s is a server. c and d connect to s, p connects to the peer process, m is never connected.
+  std::map<char, Endpoint> ends;
 };
 
-// Runs the conversations of pipe.txt. A step of an end in this process is followed by the lines
-// that it logs. The steps of the peer process are written where they happen, but the peer runs them
-// at its own pace.
+// Runs the conversations of pipe.txt. After a step of an endpoint in this process, the file lists
+// the lines that the step logs. The steps of the peer process are written where they happen, but
+// the peer runs them at its own pace.
 TEST_F(Pipe, ConversationsMatchTheTranscriptsAndLeakNoHandle) {
   const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
   const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
@@ -188,7 +191,9 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
             [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
   const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
   MSG posted;
-  for (const UINT limit : {200u, 20000u}) {  // only a read that pumps handles sent messages
+  // A window receives sent messages during a read only if the read pumps messages. The first pass
+  // does not pump.
+  for (const UINT limit : {200u, 20000u}) {
     ::PostMessageW(window, WM_APP, 0, 0);
     Meanwhile("Start reading", "d read > =go on; d pump 1 > yes", [&] {
       EXPECT_EQ(::SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, limit, nullptr) != 0,
@@ -203,7 +208,8 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
   Expect("c wait -1 > yes");
   Meanwhile("Start reading", "c read > no; c write x > no", [&] { peer.Kill(); });
   EXPECT_EQ(Log().at(1) + Log().at(2), "ERROR ReadBuffer failedERROR WriteBuffer failed");
-  for (int i = 0; i < 100; ++i) {  // ends waits that run, and waits that are about to
+  // Shutdown must end waits that already run, and waits that are about to begin.
+  for (int i = 0; i < 100; ++i) {
     Expect("c close > yes; c create 0 > yes");
     Meanwhile(i % 10 == 0 ? "Wait client to connect" : "", "c wait -1 > shut down",
               [&] { Expect("c shutdown 30000 > yes"); });
@@ -211,7 +217,8 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
 }
 
 TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
-  for (const std::size_t size : {65536, 5000}) {  // the read buffer, and the caller's copy
+  // The sizes of the read buffer and of the caller's copy.
+  for (const std::size_t size : {65536, 5000}) {
     Expect("s create 0 > yes; c connect > yes; s wait 0 > yes");
     refusedSize = size;
     Meanwhile("Start reading", "s readbytes > no; s close > yes",

@@ -82,8 +82,9 @@ TEST(SceneMapTest, FindsTheSameElementAsALinearSearch) {
   }
 }
 
-// A transcript holds each request with its answer, followed by the lines of the additional windows.
-// After an empty line it holds the summary. '?' stands for the broker's process id.
+// A transcript holds each request with its answer, followed by the lines that the broker prints for
+// its additional windows. After an empty line it holds the summary. '?' stands for the broker's
+// process id.
 TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"orders", TESSEL_SCENES "/orders.json", L" --scheme file"},
@@ -106,7 +107,7 @@ TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
   }
 }
 
-// Another process may use the same index for a window of its own.
+// Another process may have an additional window with the same index.
 TEST(SceneBrokerTest, IsNotifiedByOtherProcesses) {
   SceneBroker broker(TESSEL_SCENES "/login.json", L" --additional-windows 2");
   const std::string second = broker.Fact("additional window", 1);

@@ -1,4 +1,4 @@
-// Tests the search for a broker, with processes that stand in for brokers, launcher and injector.
+// Tests the search for a broker. Other processes take the place of brokers, launcher and injector.
 #include <gmock/gmock.h>
 
 #include <future>
@@ -110,7 +110,7 @@ TEST(Search, StartsTheTailoredBrokerOrFails) {
   Forget(unknown);
 }
 
-// One client gets no answer for 25 s. Meanwhile another client gets no connection.
+// The broker does not answer one client for 25 s. Meanwhile another client cannot connect.
 TEST(Waits, EndAfterTheTimeOut) {
   const std::wstring address = Address(L"silent");
   ScriptedBroker broker(SL_TAILORED_URI, address, {"silent"});

@@ -19,7 +19,7 @@ namespace {
 
 using testing::_;
 using testing::ElementsAre;
-using Outcome = std::pair<int, Texts>;  // result and log lines
+using Outcome = std::pair<int, Texts>;  // the result and the log lines
 
 const LogCapture capture;
 constexpr wchar_t kMutex[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
@@ -27,7 +27,7 @@ const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
 const std::string kFolder = Narrow(TestFolder().c_str());
 
-// Runs a call on a thread of its own and expects that it takes at least `least` milliseconds.
+// Starts a call on another thread. Expects that the call takes at least `least` milliseconds.
 template <class Call>
 std::future<Outcome> Start(std::uint64_t least, Call call) {
   return std::async(std::launch::async, [=] {
@@ -54,7 +54,7 @@ TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
 
 HANDLE server = nullptr;
 
-// The lines of the log that explain to a user why a call failed.
+// Checks the log lines that explain to a user why a call failed.
 TEST(FailedCalls, AreExplainedInTheLog) {
   const StandIn launcher(L"sllauncher");
   std::ofstream(launcher.Program(), std::ios::trunc);  // an empty file cannot be started
@@ -68,7 +68,8 @@ TEST(FailedCalls, AreExplainedInTheLog) {
       "INFO SendMessageToBroker for SL_TAILORED_URI scheme",
       "ERROR Cannot open server pipe: E_ACCESSDENIED", "ERROR Cannot connect to SL server pipe"};
   const std::tuple<DWORD, DWORD, int, Texts> kRows[] = {
-      // scheme, access of the broker's pipe or 0 for no pipe, result, lines
+      // Each row has the scheme, the access mode of the broker's pipe or 0 for no pipe, the result,
+      // and the log lines.
       {9, 0, -9, {"INFO SendMessageToBroker for UNKNOWN SCHEME scheme"}},
       {SL_TAILORED_URI, 0, -9, noLaunch},
       {SL_NO_URI, PIPE_ACCESS_INBOUND, -7, noAccess},
@@ -91,13 +92,14 @@ TEST(FailedCalls, AreExplainedInTheLog) {
   LogCapture::pause = nullptr;
 }
 
-// These run at the same time: launchers that start no broker or start it too late, an injector that
-// is too slow, and an injection that waits too long for the mutex, which this thread owns.
+// Runs these waits at the same time, because each takes 10 to 30 s: launchers that start no broker
+// or start it too late, an injector that is too slow, and an injection that waits for a mutex,
+// which this thread owns.
 TEST(Waits, EndAfterTheTimeOut) {
   const StandIn launcher(L"sllauncher"), injector(L"slinject");
   const SafeHandle mutex(::CreateMutexW(nullptr, TRUE /*owned*/, kMutex));
   const TestWindow window;
-  injector.Prepare(-15, 12000, 0);  // -15 is no process, it only names the stand-in's files
+  injector.Prepare(-15, 12000, 0);  // -15 is no process id; it only names the stand-in's files
   auto slow = Start(10000, [&] { return RunInjector(window.Child(), static_cast<DWORD>(-15)); });
   auto held = Start(30000, [&] { return InjectBroker(window.Top()); });
   const std::wstring host = L"serve-late-" + kProcess, address = L"https://" + host + L"%41";

@@ -17,8 +17,8 @@ tessel_test(exports LIBRARIES version)
 add_dependencies(exports_test TesselSLB)
 configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONLY)
 
-# test_parts stands in for the programs around the module. The module finds those by name in fixed
-# places, so suites that use them run one at a time (RESOURCE_LOCK).
+# test_parts takes the place of the programs that the module starts or talks to. The module finds these
+# programs by name in fixed places, so suites that use them run one at a time (RESOURCE_LOCK).
 add_executable(test_parts parts.cpp)
 target_include_directories(test_parts PRIVATE .)
 target_link_libraries(test_parts PRIVATE tessel_wire)

@@ -11,7 +11,8 @@
 namespace {
 
 using testing::ElementsAre;
-using Received = std::tuple<HWND, UINT, WPARAM, LPARAM, DWORD>;  // the last one is the thread
+// A message and the id of the thread that received it.
+using Received = std::tuple<HWND, UINT, WPARAM, LPARAM, DWORD>;
 
 const LogCapture capture;
 std::vector<Received> received;
@@ -63,7 +64,7 @@ TEST(AdditionalWindow, PassesItsMessagesToItsCallbackOnItsThread) {
 TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   const HWND gone = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  ::DestroyWindow(gone);  // without the module, so its table still has the window
+  ::DestroyWindow(gone);  // the module does not notice this
   LogCapture::Reset();
   EXPECT_EQ(AdditionalWindow_Create(3), nullptr);
   EXPECT_FALSE(AdditionalWindow_PostMessage(3, WM_APP, 0, 0));
@@ -77,7 +78,8 @@ TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   std::thread([] { EXPECT_TRUE(AdditionalWindow_Destroy(3)); }).join();
   received.clear();
   const HWND next = AdditionalWindow_Create(3);
-  ::SendMessageW(next, WM_APP, 1, 0);  // the new window does not have the old window's callback
+  // The new window must not have the callback of the old window.
+  ::SendMessageW(next, WM_APP, 1, 0);
   AdditionalWindow_RegisterCallback(3, &Receive);
   ::SendMessageW(window, WM_APP, 2, 0);
   ::SendMessageW(next, WM_APP, 3, 0);

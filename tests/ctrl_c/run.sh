@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: tests Ctrl-C, which Wine delivers on SIGINT. The broker ends with its summary, both
-# before and after a request. While it waits for a client that does not read, a second Ctrl-C ends it
-# at once.
+# run.sh BUILD: tests Ctrl-C, which Wine delivers on SIGINT. The broker must end with its summary, both
+# before and after a request. While the broker waits for a client that does not read, a second Ctrl-C
+# must end it at once.
 set -eu
 work=$1/ctrl-c-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"

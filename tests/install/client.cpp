@@ -1,4 +1,5 @@
-// client WINDOW: finds an element of the form, prints its id and an attribute, and releases it.
+// client WINDOW: finds an element of the scene that run.sh serves, prints its id and an attribute,
+// and releases it.
 #include <TesselHost.h>
 #include <TesselSilverlight.h>
 
@@ -9,7 +10,7 @@ int main(int, char** arguments) {
   if (UninitComm() != SL_CHANNEL_NOT_INITIALIZED) return 1;
   const std::vector<long, HeapAllocator<long>> numbers = {1};
   std::vector<long, HeapAllocator<long>> copy;
-  copy = numbers;  // vectors with the module's allocator can be copied
+  copy = numbers;  // a vector that uses the module's allocator can be copied
   if (copy != numbers) return 1;
   SLElemData window;
   window.hwnd = reinterpret_cast<HWND>(std::strtoull(arguments[1], nullptr, 16));

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: installs the build into a folder and moves that. Compiles each installed header alone,
-# and the headers for hosts as C too. Builds a client with CMake and with pkg-config, and runs it
-# against the installed broker.
+# run.sh BUILD: installs the build into a folder and then renames the folder. Compiles each installed
+# header alone, and the headers for hosts also as C. Builds a client with CMake and with pkg-config, and
+# runs it against the installed broker.
 set -eu
 build=$1
 work=$build/install-test
@@ -34,7 +34,7 @@ for header in "${headers[@]}"; do compile 17 "$header"; done
 compile 20 windows.h "${headers[@]}"
 compile 20 windows.h $(printf '%s\n' "${headers[@]}" | tac)
 
-# A host in C.
+# Compile a broker's host in C with both compilers.
 for compiler in x86_64-w64-mingw32-gcc-posix 'clang --target=x86_64-w64-mingw32'; do
   $compiler -std=c11 -Wall -Wextra -Werror -pedantic "-I$tree/include" -c "$root/tests/install/host.c" \
     -o "$work/host.obj" || fail "does not compile as C11: $compiler"

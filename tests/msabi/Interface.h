@@ -1,5 +1,6 @@
-// The interface as a client of Microsoft's compiler sees it. It repeats the public header on
-// purpose, with the same names and layouts: client and module then share only the binary interface.
+// The interface as a client compiled by Microsoft's compiler sees it. This file repeats the public
+// header on purpose, with the same names and layouts. The client and the DLL then share only the
+// binary interface.
 #pragma once
 
 using DWORD = unsigned long;
@@ -11,7 +12,7 @@ struct tagRECT {
   long left, top, right, bottom;
 };
 
-// The header of a text. The pointer to a text points to the first unit after the header.
+// The header of a text. A pointer to a text points to the first unit, which follows the header.
 struct TextHeader {
   struct TextManager* manager;
   int length, capacity;

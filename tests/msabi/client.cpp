@@ -5,7 +5,7 @@
 
 namespace api = TesselSilverlight;
 
-// The string manager of this client. The module has another one.
+// The string manager of this client. The DLL has a manager of its own.
 struct TextManager {
   virtual TextHeader* Allocate(int units, int unitSize) noexcept {
     const auto size = sizeof(TextHeader) + (units + 1ull) * unitSize;
@@ -19,7 +19,7 @@ struct TextManager {
   virtual TextHeader* GetNilString() noexcept { return Allocate(0, sizeof(wchar_t)); }
   virtual TextManager* Clone() noexcept { return this; }
 
-  int buffers = 0;  // allocated and not yet freed
+  int buffers = 0;  // the number of buffers that are allocated and not yet freed
 };
 
 namespace {
@@ -61,7 +61,7 @@ void ShowAndFree(Vector<T> vector) {
   printf("storage freed: %d\n", HeapFree(GetProcessHeap(), 0, vector.first));
 }
 
-// Makes the module replace the text of a record in each possible way.
+// Makes the DLL replace the text of a record in each possible way.
 void ShowTexts() {
   SLElemData from = Record(), found = Record(L"replaced"), locked = Record(), copied = Record(L"");
   Show("GetElemFromPoint", api::GetElemFromPoint(from, {150, 130}, 0 /*option*/, found));
@@ -101,7 +101,7 @@ void ShowReading(const SLElemData& user) {
   ShowAndFree(parent);
 }
 
-// One vector is full, so the module must allocate new storage to append to it.
+// One vector is full, so the DLL must allocate new storage to append to it.
 void ShowVectors(const SLElemData& user, const SLElemData& branch) {
   auto* storage = static_cast<SLElemData*>(HeapAlloc(GetProcessHeap(), 0, sizeof(SLElemData)));
   *storage = Record();

@@ -31,6 +31,6 @@ cd "$1/bin"
 WINDOW=$(fact window) timeout 60 "$root/cmake/run-wine.sh" "$work/client.exe" >"$work/client.txt" ||
   fail "the client ended with $?"
 stop_broker 13
-# The client's output, then the requests and answers that the broker printed, without process ids.
+# Appends the requests and answers that the broker printed, without process ids, to the client's output.
 sed -n 's/^served: \[\([0-9]*\),[0-9]*/[\1/p' "$work/broker.txt" >>"$work/client.txt"
 diff --strip-trailing-cr "$root/tests/msabi/expected.txt" "$work/client.txt" || fail "unexpected results"

@@ -1,4 +1,5 @@
-// A process that a test starts and reads from. The destructor ends it if it still runs.
+// A process that a test starts and whose output it reads. The destructor ends the process if it
+// still runs.
 #pragma once
 
 #include <windows.h>
@@ -66,8 +67,8 @@ class ChildProcess {
   PROCESS_INFORMATION process_ = {};
 };
 
-// Returns the folder of the running test, with a backslash at the end. The stand-in programs lie
-// there too.
+// Returns the folder of the running test, with a backslash at the end. This folder also contains
+// the stand-in programs.
 inline std::wstring TestFolder() {
   wchar_t path[MAX_PATH] = {};
   ::GetModuleFileNameW(nullptr, path, MAX_PATH);

@@ -65,7 +65,7 @@ inline void Forget(SLElemData& element) {
   ::SysFreeString(std::exchange(element.objectId, nullptr));
 }
 
-// Returns "process scheme address id" of a record that a call has filled, and forgets the record.
+// Returns "process scheme address id" of a record that a call has filled, and clears the id.
 inline std::string Taken(SLElemData& element) {
   const std::string text = std::to_string(element.processId) + ' ' +
                            std::to_string(element.uriScheme) + ' ' + Narrow(element.sourceUri) +
@@ -74,7 +74,8 @@ inline std::string Taken(SLElemData& element) {
   return text;
 }
 
-// Returns the error lines, except those of records that were destroyed without being valid.
+// Returns the log's error lines without "Invalid SL object", which the destructor of an empty
+// record logs.
 inline Texts Errors() {
   Texts lines = LogCapture::Messages();
   std::erase(lines, "ERROR Invalid SL object");
@@ -82,9 +83,9 @@ inline Texts Errors() {
 }
 
 inline const std::string kFailed = "ERROR SendMessageToBroker failed with ";
-inline const std::string kKept = "77 0 old kept";  // Taken() of an unchanged record
+inline const std::string kKept = "77 0 old kept";  // what Taken returns for an unchanged record
 
-// Finds the element at 3,-4. Returns the code and the fields of the record found.
+// Finds the element at the point 3,-4. Returns the code and the fields of the record found.
 inline std::string Point(SLElemData& element) {
   SLElemData found = Element(L"old", L"kept", SL_NO_URI);
   found.rect = {1, 2, 3, 4};

@@ -1,6 +1,6 @@
 // Collects the log lines of this process, from the debugger output of all its threads. Sets the log
-// level in the registry to VERBOSE unless told otherwise. All suites in a Wine prefix share the
-// level.
+// level in the registry to VERBOSE, unless the constructor receives another level. All suites in a
+// Wine prefix share the level.
 #pragma once
 
 #include <windows.h>
@@ -39,8 +39,8 @@ class LogCapture {
     lines_.clear();
   }
 
-  // If set, it is called with each line on the thread that logs it. A test can hold a call at a
-  // known point in this way.
+  // If set, this function is called with each line, on the thread that logs the line. A test can so
+  // hold a call at a known point.
   static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 
   // Returns the whole lines: "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".
@@ -79,8 +79,8 @@ class LogCapture {
       return EXCEPTION_CONTINUE_SEARCH;
     }
     const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
-    // The test framework sends its failures in the same way, but they do not begin with a thread
-    // id.
+    // The test framework sends its failures to the debugger, too, but they do not begin with a
+    // thread id.
     if (*text != '{') return EXCEPTION_CONTINUE_EXECUTION;
     {
       const std::lock_guard lock(mutex_);

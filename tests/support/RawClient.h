@@ -8,13 +8,13 @@
 
 #include "wire/Addresses.h"
 
-// The tailored pipe of content without an address. For other content, the cleaned address is
-// appended.
+// The name of the tailored pipe for content without an address. For other content, the name
+// continues with the cleaned origin of the address.
 inline const std::wstring kTailoredPipe = wire::PipeName(SL_TAILORED_URI, L"");
 
 class RawClient {
  public:
-  // Tries for up to 5 s.
+  // Tries to connect for up to 5 s.
   explicit RawClient(const std::wstring& pipeName) {
     for (int i = 0; i < 1000 && pipe_ == INVALID_HANDLE_VALUE; ++i) {
       if (i != 0) ::Sleep(5);
@@ -33,13 +33,13 @@ class RawClient {
   }
 
   // Starts to send and returns at once. The pipe has no buffer, so the server receives the message
-  // when it reads. Call it once per client.
+  // when it reads. Call this function once for each client.
   void Send(const std::wstring& text) {
     text_ = text;
     const auto size = static_cast<DWORD>(text_.size() * sizeof(wchar_t));
     const bool started = ::WriteFile(pipe_, text_.data(), size, nullptr, &sending_) ||
                          ::GetLastError() == ERROR_IO_PENDING;
-    if (!started) text_.clear();  // Leave() must not wait for a write that did not start
+    if (!started) text_.clear();  // Leave must not wait for a write that did not start
   }
 
   // Returns an empty text if the server disconnects.

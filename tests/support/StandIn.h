@@ -1,6 +1,6 @@
-// A stand-in for a program that the module starts. It is test_parts, copied under that program's
-// name and deleted by the destructor. The program records how it was started in a file, named by an
-// id.
+// A stand-in for a program that the module starts. It is a copy of test_parts.exe with the name of
+// that program, and the destructor deletes it. The stand-in records how it was started in a file
+// whose name contains an id.
 #pragma once
 
 #include <windows.h>
@@ -34,13 +34,14 @@ class StandIn {
 
   std::filesystem::path Program() const { return folder_ / (kind_ + L".exe"); }
 
-  // Returns, for each start, the lines: command line, folder, "flags show-command", process id. An
-  // injector adds "end" when it ends.
+  // Returns these lines for each start: the command line, the folder, "flags show-command", and the
+  // process id. An injector adds the line "end" when it ends.
   Texts Record(const std::wstring& id) const {
     return Split(FileText(folder_ / (kind_ + L"-" + id + L".txt")), "\n");
   }
 
-  // Sets, for an injector, how long it takes, its exit code, and the broker that it starts.
+  // For an injector only. Sets how long the injection takes, the exit code, and the broker to
+  // start.
   void Prepare(int process, DWORD milliseconds, int exitCode,
                const std::wstring& brokerCommand = L"") const {
     std::ofstream(folder_ / (kind_ + L"-" + std::to_wstring(process) + L".in"))

@@ -10,7 +10,8 @@
 
 class TestWindow {
  public:
-  // (message, lParam) of each WM_MOUSEMOVE to the child and each WM_SIZE of the top level.
+  // The pairs (message, lParam) of each WM_MOUSEMOVE to the child window and of each WM_SIZE to the
+  // top-level window.
   using Messages = std::vector<std::pair<UINT, LPARAM>>;
 
   TestWindow() {

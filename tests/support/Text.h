@@ -12,7 +12,8 @@
 
 using Texts = std::vector<std::string>;
 
-// Returns no pieces for an empty text. A mark at the end adds no empty piece.
+// Splits a text at each `mark`. Returns no pieces for an empty text. A mark at the end adds no
+// empty piece.
 inline Texts Split(const std::string& text, const std::string& mark) {
   Texts pieces;
   for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + mark.size()) {

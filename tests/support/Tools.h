@@ -25,7 +25,8 @@ inline std::wstring Quoted(const std::string& text) {
   return argument.append(backslashes, L'\\') + L'"';
 }
 
-// Returns exit code and output, without the notices that tessel prints when a call takes long.
+// Returns the exit code and the output. Removes the notices that tessel prints when a call takes
+// long.
 inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine) {
   ChildProcess process(TestFolder() + commandLine);
   std::string text = process.ReadToEnd();
@@ -34,7 +35,8 @@ inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine)
   return {process.Wait(), text};
 }
 
-// Expects exactly `output` if `code` is 0. Otherwise expects that the output contains it.
+// Expects this exit code. If it is 0, the output must equal `output`; otherwise the output must
+// contain `output`.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
   const auto [exitCode, text] = ToolOutput(commandLine);
   EXPECT_EQ(exitCode, code) << tessel::Narrow(commandLine);
@@ -59,7 +61,7 @@ class SceneBroker : public ChildProcess {
     }
   }
 
-  // Returns the first fact with this key, or a later one.
+  // Returns the fact number `index` (from 0) with this key.
   const std::string& Fact(const std::string& key, int index = 0) const {
     const auto [first, last] = facts_.equal_range(key);
     if (std::distance(first, last) <= index)

@@ -1,15 +1,15 @@
-# Sourced by the tests that are shell scripts. Starts a SceneBroker that serves the sign-in form under
-# another address. The test sets `work` to a folder of its own.
+# The tests that are shell scripts source this file. It starts a SceneBroker that serves the sign-in form
+# under another address. The test sets `work` to a folder of its own.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# need PROGRAM PACKAGE
+# need PROGRAM PACKAGE: fails if the program of this package is missing.
 need() { command -v "$1" >/dev/null || fail "no $1: install $2"; }
 
-# start_broker FOLDER ADDRESS: starts the broker of that folder. The address replaces the form's own. An
-# extra root element is put first, so that the form's root has position 1.
+# start_broker FOLDER ADDRESS: starts the broker in that folder. ADDRESS replaces the address of the form.
+# The served scene begins with an extra root element, so that the form's root has position 1.
 start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
@@ -34,7 +34,7 @@ fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$work/broker.txt"; }
 
 summary() { tr -d '\r' <"$work/broker.txt" | sed -n '/^handed out/,$p' | paste -sd ,; }
 
-# stop_broker COUNT: ends the broker. It must have handed out COUNT objects, all released.
+# stop_broker COUNT: ends the broker. Fails unless clients received and released COUNT objects.
 stop_broker() {
   kill -INT "$broker"
   wait "$broker" || fail "the broker ended with $?"
