@@ -4,10 +4,10 @@
 
 namespace {
 
-// Keeps the processor free when every read fails at once.
+// The pause keeps the loop from using a whole processor when each read fails immediately.
 constexpr DWORD kPauseAfterFailureMilliseconds = 10;
 
-// A client caused the failure, so the next one may succeed.
+// Returns whether a client caused the failure. The next call may then succeed.
 bool IsCausedByClient(int code) {
   return code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE ||
          code == SL_CHANNEL_NO_CLIENT;

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr UINT kLastMessage = 0xBFFF;  // the last one that Windows leaves to applications
+constexpr UINT kLastMessage = 0xBFFF;  // the last number that Windows leaves to applications
 
 // The module passes no user data to the callback, so the callback finds the windows here.
 const NoticeWindows* openWindows = nullptr;

@@ -1,5 +1,5 @@
-// Part of SceneBroker. The module's additional windows. When a request has changed the scene, they
-// carry a notice to the thread of the scene's window.
+// Part of SceneBroker. The notice windows: additional windows of the module. When a request has
+// changed the scene, they carry a notice to the thread of the scene's window.
 #pragma once
 
 #include <windows.h>
@@ -18,7 +18,8 @@ class NoticeWindows {
   NoticeWindows(const NoticeWindows&) = delete;
   NoticeWindows& operator=(const NoticeWindows&) = delete;
 
-  // Call both on the thread that dispatches the windows' messages. Open throws std::runtime_error.
+  // Call Open and Close on the thread that dispatches the windows' messages. Open throws
+  // std::runtime_error.
   void Open();
   void Close();
 

@@ -12,8 +12,8 @@
 #include "tools/scenebroker/SceneText.h"
 #include "tools/scenebroker/ServedScene.h"
 
-inline constexpr std::size_t kObject = 2;         // index of the object's id in the request
-inline constexpr std::size_t kFirstArgument = 3;  // index of the command's first own value
+inline constexpr std::size_t kObject = 2;         // the index of the object's id in the request
+inline constexpr std::size_t kFirstArgument = 3;  // the index of the next value
 
 // T is int, bool or std::string. Returns nothing if the value has another type.
 template <class T>

@@ -18,17 +18,17 @@ inline constexpr std::initializer_list<const char*> kStateNames = {kCheckedState
 
 // All texts are UTF-8.
 struct SceneElement {
-  // The attributes include the states.
+  // Returns an attribute or a state.
   std::optional<std::string> Attribute(const std::string& name) const;
   std::vector<std::string> AttributeNames() const;
   bool Contains(POINT point) const;
 
   std::string id;
-  std::string parent;  // empty for a root
-  int position = 0;    // among its parent's children, or among the roots; set by Scene::Add
+  std::string parent;  // the id of the parent; empty for a root
+  int position = 0;  // the index among its parent's children, or among the roots; set by Scene::Add
   RECT rect = {};
   std::map<std::string, std::string> attributes;
-  std::optional<std::vector<std::string>> items;  // no value: the element is not a list
+  std::optional<std::vector<std::string>> items;  // no value if the element is not a list
   std::optional<bool> checked;
   std::optional<std::string> selected;
   std::optional<std::string> value;
@@ -39,15 +39,15 @@ class Scene {
   // Returns false if another element has the id. Add a parent before its children.
   bool Add(SceneElement element);
 
-  // Return null if no element has the id.
+  // Returns null if no element has the id.
   const SceneElement* Find(const std::string& id) const;
   SceneElement* Find(const std::string& id);
 
-  // From the parent up to the root.
+  // Returns the elements from the parent up to the root.
   std::vector<const SceneElement*> Ancestors(const SceneElement& element) const;
 
-  // Returns, for each element, how many levels it lies below the element with this id. It is 0 if
-  // the element does not lie below. With an empty id the roots lie at level 1.
+  // Returns for each element how many levels below the element with this id it is, or 0 if it is
+  // not below. For an empty id, the roots are at level 1.
   std::vector<int> LevelsBelow(const std::string& id) const;
 
   const std::vector<SceneElement>& Elements() const { return elements_; }

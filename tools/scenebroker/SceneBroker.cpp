@@ -64,8 +64,8 @@ std::wstring DefaultModulePath() {
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-// Returns FALSE for events that must end the process at once. One is a second Ctrl-C, because the
-// last answer may wait for a client that never reads it. The others are events after which the
+// Returns FALSE for events that must end the process at once. One such event is a second Ctrl-C,
+// because the last answer may wait for a client that never reads it. After the other events the
 // system ends the process anyway.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;

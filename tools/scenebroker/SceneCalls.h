@@ -1,4 +1,5 @@
-// Part of SceneBroker. The tables of commands. Each table is in the file that answers its commands.
+// Part of SceneBroker. The tables of commands. Each table is in the file that has the functions for
+// its commands.
 #pragma once
 
 #include <span>
@@ -11,6 +12,6 @@ struct SceneCall {
   Json (*answer)(ServedScene& served, const Json& request);
 };
 
-std::span<const SceneCall> ReadingCalls();   // SceneReading.cpp
-std::span<const SceneCall> IdentityCalls();  // SceneIdentity.cpp
-std::span<const SceneCall> ActionCalls();    // SceneActions.cpp
+std::span<const SceneCall> ReadingCalls();   // defined in SceneReading.cpp
+std::span<const SceneCall> IdentityCalls();  // defined in SceneIdentity.cpp
+std::span<const SceneCall> ActionCalls();    // defined in SceneActions.cpp

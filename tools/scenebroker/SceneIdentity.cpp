@@ -18,7 +18,8 @@ bool IsAlike(const SceneElement& one, const SceneElement& other) {
   return TextOf(one, kName) == TextOf(other, kName) && TextOf(one, kType) == TextOf(other, kType);
 }
 
-// The element's position among the elements below the parent that have the same name and type.
+// Returns the element's position among the elements below the parent that have the same name and
+// type.
 int PositionAmongAlike(const Scene& scene, const SceneElement& element,
                        const std::string& parentId) {
   const std::vector<int> levels = scene.LevelsBelow(parentId);

@@ -5,8 +5,8 @@
 
 #include "tools/scenebroker/Scene.h"
 
-// A grid of cells, each with the elements that may be visible in it. It makes look-ups in a large
-// scene fast. It keeps pointers to the elements.
+// A grid of cells, each with the elements that may be visible in it. The grid makes look-ups in a
+// large scene fast. It keeps pointers to the elements.
 class SceneMap {
  public:
   explicit SceneMap(const std::vector<SceneElement>& elements);
@@ -14,18 +14,19 @@ class SceneMap {
   // Returns the element that was drawn last of those that contain the point, or null.
   const SceneElement* At(POINT point) const;
 
-  // Returns the centre of the element if At finds the element there, otherwise a corner at which it
-  // does. If the corners are covered too, returns the centre.
+  // Returns the centre of the element if At finds the element there. Otherwise returns a corner at
+  // which At finds it. If all of these points are covered, returns the centre.
   POINT PointOf(const SceneElement& element) const;
 
  private:
-  // The columns or the rows of the grid. They start at edges of elements, so they are narrow where
-  // there are many elements.
+  // The columns or the rows of the grid (stripes). They start at edges of elements, so they are
+  // narrow where there are many elements.
   struct Axis {
     std::size_t StripeOf(LONG value) const;
     bool IsWithin(std::size_t stripe, LONG low, LONG high) const;
 
-    std::vector<LONG> starts;  // stripe 0 ends at starts[0]; the last stripe has no end
+    // Stripe i+1 begins at starts[i]. Stripe 0 is everything before starts[0].
+    std::vector<LONG> starts;
   };
   static Axis MakeAxis(std::vector<LONG> edges);
 
@@ -33,5 +34,6 @@ class SceneMap {
 
   Axis columns_;
   Axis rows_;
-  std::vector<std::vector<const SceneElement*>> cells_;  // row by row; elements in drawing order
+  // The cells row by row. In each cell the elements are in drawing order.
+  std::vector<std::vector<const SceneElement*>> cells_;
 };

@@ -60,14 +60,15 @@ void CheckObject(const Place& place, std::initializer_list<const char*> required
   }
 }
 
-// A client does not receive every character of a text: the text ends at the first U+0000, and a
-// noncharacter arrives as U+FFFD.
+// Returns whether a client receives this character unchanged. It receives a text only up to the
+// first U+0000, and U+FFFD for a noncharacter.
 bool IsCarried(char32_t code) {
   const bool isNoncharacter = (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
   return code != 0 && !isNoncharacter;
 }
 
-// The message starts with `subject`, which is empty if `text` is the value of `place`.
+// Throws SceneError if a client cannot receive `text` unchanged. The message starts with `subject`,
+// which is empty if `text` is the value of `place`.
 void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
   const std::wstring units = tessel::Wide(text);
   for (std::size_t i = 0; i < units.size(); ++i) {

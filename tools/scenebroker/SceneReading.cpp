@@ -4,7 +4,8 @@
 
 namespace {
 
-// Answers with one element's id and counts it as handed out. An empty id means no element.
+// Answers with the id of one element and counts the element as handed out. An empty id means no
+// element.
 Json HandOut(ServedScene& served, const std::string& id) {
   if (!id.empty()) served.objects.HandOut(id);
   return Json::array({0, id});

@@ -13,7 +13,8 @@ using tessel::Narrow;
 using tessel::Printable;
 using tessel::Wide;
 
-// The lock keeps the lines of two threads apart. Flushes, because programs wait for the lines.
+// Holds a lock, so that the lines of two threads are not mixed. Flushes the output, because
+// programs wait for the lines.
 void Print(const std::string& lines) {
   static std::mutex mutex;
   const std::lock_guard lock(mutex);

@@ -19,15 +19,16 @@ std::string PlaceOf(const std::string& text, std::size_t byte) {
   return "line " + std::to_string(lines + 1) + ", column " + std::to_string(characters + 1);
 }
 
-// Returns the library's message without the position at its start.
+// Returns the message of the JSON library without the position at its start.
 std::string Reason(const std::string& what) {
   const std::size_t place = what.find(", column ");
   const std::size_t start = place == std::string::npos ? 0 : what.find(": ", place) + 2;
   return what.substr(start);
 }
 
-// Finds errors that the library's parser does not report well: it accepts two fields with the same
-// name, and it reports no position for a number that is too large. Keeps no values.
+// Finds errors that the parser of the JSON library does not report well. The parser accepts two
+// fields with the same name, and it reports no position for a number that is too large. Keeps no
+// values.
 class TextCheck : public nlohmann::json_sax<Json> {
  public:
   explicit TextCheck(const std::string& text) : text_(text) {}

@@ -8,14 +8,15 @@
 
 using Json = nlohmann::ordered_json;
 
-// The scene cannot be shown. The message says where in the file, what is wrong and how to solve it.
+// Thrown if the scene cannot be shown. The message names the place in the file, says what is wrong
+// and how to solve it.
 class SceneError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Throws SceneError. It names line and column for a syntax error or a number that is too large, and
-// the path for a field that an object has twice.
+// Throws SceneError for a syntax error, a number that is too large, and a field that an object has
+// twice. The message names line and column, and for a field the path.
 Json ParseSceneText(const std::string& text);
 
 // Returns no value if `value` is not an integer of 32 bits. The module sends and receives no other

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr wchar_t kClassName[] = L"TesselSceneWindow";
-constexpr UINT kEnd = WM_APP;  // the destructor posts it to destroy the window
+constexpr UINT kEnd = WM_APP;  // the destructor posts this message to destroy the window
 
 void RunMessageLoop() {
   MSG message;
@@ -79,8 +79,9 @@ HWND SceneWindow::Open(const std::wstring& title) {
 
 void SceneWindow::Run(const std::wstring& title, std::promise<HWND>& opened) {
   try {
-    opened.set_value(
-        Open(title));  // ends the constructor's wait: `title` and `opened` are gone now
+    // After set_value the constructor may return, which destroys `title` and `opened`. Do not use
+    // them below.
+    opened.set_value(Open(title));
   } catch (...) {
     opened.set_exception(std::current_exception());
     return;

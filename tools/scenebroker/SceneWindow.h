@@ -1,5 +1,6 @@
 // Part of SceneBroker. The window of the served scene: a real window with a title. It has a thread
-// and a message loop of its own, which also dispatches the messages of the notice windows.
+// and a message loop of its own. The loop also serves the module's additional windows, which
+// receive a notice after each change.
 #pragma once
 
 #include <windows.h>

@@ -20,7 +20,8 @@ class HeldObjects {
   void HandOut(const std::string& id);
   bool Release(const std::string& id);
 
-  // Says whether the client received the objects that were handed out since the last call.
+  // Call this after each answer. `delivered` says whether the client received the objects that were
+  // handed out since the last call.
   void Settle(bool delivered);
 
   int HandedOut() const { return handedOut_; }
