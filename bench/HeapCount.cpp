@@ -8,7 +8,7 @@ namespace bench {
 
 namespace {
 
-// Needs no lock, because the programs that use it have one thread.
+// This variable needs no lock, because the programs that use it have only one thread.
 HeapUse use;
 
 std::size_t UsableSize(void* block) {

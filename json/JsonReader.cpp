@@ -10,8 +10,7 @@ namespace base {
 
 namespace {
 
-// The space for the rest of the text is estimated from the text read so far, but for at most 512
-// times its length.
+// After n units, the reader estimates the space that at most 512 * n further units will need.
 constexpr std::size_t kMaxEstimate = 512;
 
 // Reads a complete text. Reserving enough room for any text of its length would cost more than

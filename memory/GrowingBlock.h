@@ -66,7 +66,7 @@ class GrowingBlock {
     size_ = end - begin_;
   }
 
-  // Returns unused memory to the heap if there is enough of it.
+  // Returns unused memory to the heap if this is worth a call: see kLeastTrim.
   void Trim() {
     const std::size_t unused = (capacity_ - size_) * sizeof(Unit);
     if (IsSmall() || size_ == 0 || unused < std::max(kLeastTrim, size_ * sizeof(Unit) / kTrimShare))

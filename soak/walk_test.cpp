@@ -83,7 +83,7 @@ class Walk {
     }
   }
 
-  std::size_t refusedReleases = 0;  // of elements that the broker had not handed out
+  std::size_t refusedReleases = 0;  // counts releases that the broker refuses
 
  private:
   int Random(std::size_t bound) { return static_cast<int>(random_() % bound); }

@@ -80,7 +80,7 @@ class HeapStringManager final : public StringManager {
   struct {
     StringHeader header;
     wchar_t terminator;
-  } nil_ = {};  // it starts with one reference, so that it is never freed
+  } nil_ = {};  // one reference from the start, so that it is never freed
 };
 
 class CStringW {

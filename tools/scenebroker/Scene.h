@@ -57,7 +57,7 @@ class Scene {
   std::string focus;  // the id of the element that has the focus; empty if none has it
 
  private:
-  std::vector<SceneElement> elements_;  // in drawing order
+  std::vector<SceneElement> elements_;  // the elements, in drawing order
   std::unordered_map<std::string, std::size_t> indexes_;
   std::unordered_map<std::string, int> childCounts_;
 };
