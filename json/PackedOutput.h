@@ -46,7 +46,8 @@ class PackedOutput {
   bool HasRoom(std::size_t units) const { return values_.RoomAfter(to_) >= MostPacked(units); }
   // Makes room for the values of `units` more units of text. May move the values written so far.
   void MakeRoom(std::size_t units) { to_ = values_.ReserveAfter(to_, MostPacked(units)); }
-  // Does the same, for a caller that also expects about `more` bytes of values later.
+  // Makes room for the values of `units` more units of text and for about `more` bytes of later
+  // values.
   void MakeRoom(std::size_t units, std::size_t more) {
     to_ = values_.ReserveEstimateAfter(to_, MostPacked(units) + more);
   }

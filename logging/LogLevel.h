@@ -16,7 +16,7 @@ enum Level : int { kVerbose = -1, kInfo = 0, kWarning = 1, kError = 2, kFatal = 
 struct LogLevels {
   std::uint64_t staleTick : 40;  // the time in ms to read `configured` again; lasts for 34 years
   std::int64_t configured : 8;
-  std::int64_t trace : 16;  // 4 minus the session's level, which may be 255: -251 or higher
+  std::int64_t trace : 16;  // 4 minus the session's level, so at least 4 - 255
 };
 extern constinit std::atomic<LogLevels> logLevels;
 

@@ -39,7 +39,7 @@ int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchiv
                                  std::wstring_view address);
 
 // Sends the request to the broker of `scheme`. For SL_NO_URI, calls SendMessageToBrokerAnyScheme
-// instead. If the result is SL_NOT_SERVED, injects a broker into the window's process and calls it
-// once more.
+// instead. If its result is SL_NOT_SERVED, injects a broker into the window's process and calls
+// SendMessageToBrokerAnyScheme once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

@@ -42,8 +42,9 @@ class JArchive {
   // Returns the array as compact JSON text. Throws ArchiveException if the values cannot be written
   // as JSON.
   std::wstring toString() const;
-  // Returns the same text, without a copy if the content is text already. Otherwise writes the text
-  // to `buffer`. The result is valid until the archive or the buffer changes.
+  // Returns compact JSON text like the function above, but without a copy if the content is already
+  // text. Otherwise writes the text to `buffer`. The result is valid until the archive or the
+  // buffer changes.
   std::wstring_view toString(std::wstring& buffer) const;
 
   // Replaces the content by the elements of a JSON array and sets the cursor to the first one. If
