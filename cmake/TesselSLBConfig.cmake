@@ -11,8 +11,8 @@ else()
 endif()
 
 add_library(TesselSLB::TesselSLB SHARED IMPORTED)
-# oleaut32: inline functions of the headers free and copy BSTRs. _ITERATOR_DEBUG_LEVEL: with iterator
-# debugging a vector has one more pointer, which the module does not expect.
+# Clients need oleaut32, because inline functions of the headers free and copy BSTRs. Clients must not use
+# iterator debugging, because it adds a pointer to each vector, which the module does not expect.
 set_target_properties(TesselSLB::TesselSLB PROPERTIES
   IMPORTED_LOCATION "${_prefix}/bin/TesselSLB_x64.dll"
   IMPORTED_IMPLIB "${_prefix}/lib/${_library}"

@@ -65,8 +65,8 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 // Waits for a client and copies its request into the buffer, with a zero at the end.
 //
 // buffer  where the request goes. May be null if `*size` is 0, which asks for the size.
-// size    in: the buffer's size in UTF-16 units, with the zero. Pass at least 1, because an empty
-//         request cannot be returned a second time: after -2 the next call returns -3.
+// size    in: the buffer's size in UTF-16 units, with the zero. Better not 0, because an empty
+//         request is returned only once: if the result for it is -2, the next call returns -3.
 //         out: after -2, the size that the request needs. The next call returns the same request at
 //         once. All other results, success included, leave it unchanged.
 //
