@@ -24,7 +24,7 @@ class OursDocument {
   JArchive archive_;
 };
 
-// Returns the archive's own text without a copy, as for a request that is written to the pipe.
+// Returns the archive's text without a copy, as element calls do before they write a request.
 inline TextView ViewOf(const JArchive& archive) {
   static Text buffer;
   return archive.toString(buffer);

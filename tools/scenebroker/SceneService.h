@@ -17,8 +17,8 @@ class SceneService {
   // `processId` is the process that shows the scene.
   SceneService(ServedScene& served, DWORD processId) : served_(served), processId_(processId) {}
 
-  // Returns the answer to a request. Both texts are UTF-8. A request that cannot be served is
-  // answered with a status that says why.
+  // Returns the answer to a request. Request and answer are UTF-8. A request that cannot be served
+  // is answered with a status that says why.
   SceneAnswer Answer(const std::string& request);
 
  private:
