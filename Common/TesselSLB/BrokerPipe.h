@@ -11,6 +11,6 @@
 // Returns an empty name and logs an error if the scheme has no pipe.
 std::wstring GetBrokerPipeName(DWORD scheme, std::wstring_view address);
 
-// Returns true if the pipe exists or appears within `wait` milliseconds. Otherwise, and for an empty
-// name, writes a line to the log and returns false. Does not connect to the pipe.
+// Returns true if the pipe exists or appears within `wait` milliseconds. Otherwise, and for an
+// empty name, writes a line to the log and returns false. Does not connect to the pipe.
 bool BrokerPipeExists(const std::wstring& name, std::int32_t wait);
