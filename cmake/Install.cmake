@@ -8,6 +8,10 @@ if(NOT MSVC)
   install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_x64.lib DESTINATION lib)
 endif()
 
+# The headers of the C++ client library include those of wire/, relative to their own folder.
+install(DIRECTORY clients/cpp/tessel DESTINATION include FILES_MATCHING PATTERN *.h)
+install(FILES wire/Addresses.h wire/Statuses.h DESTINATION include/tessel/wire)
+
 write_basic_package_version_file(generated/TesselSLBConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 configure_file(cmake/TesselSLB.pc.in generated/TesselSLB.pc @ONLY)
 install(FILES cmake/TesselSLBConfig.cmake ${PROJECT_BINARY_DIR}/generated/TesselSLBConfigVersion.cmake

@@ -1,5 +1,5 @@
-# find_package(TesselSLB) reads this file. It defines the target TesselSLB::TesselSLB, for clients and
-# for broker hosts.
+# find_package(TesselSLB) reads this file. It defines two targets: TesselSLB::TesselSLB for broker hosts
+# and for clients that call the module itself, and TesselSLB::Client for the C++ client library.
 if(TARGET TesselSLB::TesselSLB)
   return()
 endif()
@@ -20,5 +20,10 @@ set_target_properties(TesselSLB::TesselSLB PROPERTIES
   INTERFACE_COMPILE_DEFINITIONS "$<$<CXX_COMPILER_ID:MSVC>:_ITERATOR_DEBUG_LEVEL=0>"
   INTERFACE_COMPILE_FEATURES cxx_std_17
   INTERFACE_LINK_LIBRARIES oleaut32)
+
+add_library(TesselSLB::Client INTERFACE IMPORTED)
+set_target_properties(TesselSLB::Client PROPERTIES
+  INTERFACE_COMPILE_FEATURES cxx_std_20
+  INTERFACE_LINK_LIBRARIES TesselSLB::TesselSLB)
 unset(_library)
 unset(_prefix)

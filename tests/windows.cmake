@@ -49,5 +49,6 @@ foreach(script ctrl_c docs install msabi)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
+set_tests_properties(install PROPERTIES RESOURCE_LOCK scenes)
 
 add_subdirectory(${PROJECT_SOURCE_DIR}/soak ${PROJECT_BINARY_DIR}/soak)

@@ -1,4 +1,5 @@
-// Both processes. The numbers of the commands. The first value of each request is one of them.
+// Runs in the client and in the broker. The numbers of the commands. The first value of each
+// request is one of them.
 #pragma once
 
 namespace wire {

@@ -1,4 +1,5 @@
-// Both processes. The status numbers. The first value of each answer is a status.
+// Runs in the client and in the broker. The status numbers. The first value of each answer is a
+// status.
 #pragma once
 
 #include "TesselCodes.h"

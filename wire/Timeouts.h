@@ -1,4 +1,4 @@
-// Client process. How long a call waits for a broker and for its answer, in milliseconds.
+// Runs in the client. How long a call waits for a broker and for its answer, in milliseconds.
 #pragma once
 
 #include <cstdint>

@@ -14,7 +14,7 @@ int main(int, char** arguments) {
   if (copy != numbers) return 1;
   SLElemData window;
   window.hwnd = reinterpret_cast<HWND>(std::strtoull(arguments[1], nullptr, 16));
-  window.sourceUri = L"http://install.example/";
+  window.sourceUri = L"http://shop.example/portal/login.html";
   SLElemData found;
   int code = TesselSilverlight::GetElemFromPoint(window, POINT{320, 134}, 0 /*option*/, found);
   if (code != SL_SUCCESS) return std::printf("not found: %d\n", code);

@@ -30,6 +30,9 @@ compile() {
 }
 headers=("$tree"/include/*.h)
 headers=("${headers[@]##*/}")
+for header in Client ResultCodes Text WindowSearch; do
+  compile 20 "tessel/$header.h"
+done
 for header in "${headers[@]}"; do compile 17 "$header"; done
 compile 20 windows.h "${headers[@]}"
 compile 20 windows.h $(printf '%s\n' "${headers[@]}" | tac)
@@ -41,16 +44,20 @@ for compiler in x86_64-w64-mingw32-gcc-posix 'clang --target=x86_64-w64-mingw32'
 done
 
 cmake -S "$root/tests/install" -B "$work/cmake" -G Ninja -DCMAKE_SYSTEM_NAME=Windows \
-  -DCMAKE_CXX_COMPILER=$gcc -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
+  -DCMAKE_CXX_COMPILER=$gcc -DCMAKE_PREFIX_PATH="$tree" -DCLIENT_SOURCE="$root/clients/cpp/first.cpp" >"$work/cmake.log" 2>&1 &&
   cmake --build "$work/cmake" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "CMake"; }
 options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'TesselSLB >= 1.0')
 eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "pkg-config"
 eval "x86_64-w64-mingw32-gcc-posix -o '$work/host.exe' '$work/host.obj' $options" || fail "a host in C"
 
-start_broker "$tree/bin" http://install.example/
-for client in "$work/cmake/client.exe" "$work/client.exe"; do
-  output=$(cd "$tree/bin" && "$root/cmake/run-wine.sh" "$client" "$(fact window)" | tr -d '\r')
-  [ "$output" = 'user 0 TextBox' ] || fail "$client: $output"
-done
+start_broker "$tree/bin" http://shop.example/portal/login.html
+# expect TEXT PROGRAM ARGUMENT...: the program, run in the installed bin folder, prints this text.
+expect() {
+  local output
+  output=$(cd "$tree/bin" && "$root/cmake/run-wine.sh" "${@:2}" | tr -d '\r')
+  [ "$output" = "$1" ] || fail "$2: $output"
+}
+expect 'the value was "zoë"' "$work/cmake/client.exe"
+expect 'user 0 TextBox' "$work/client.exe" "$(fact window)"
 (cd "$tree/bin" && "$root/cmake/run-wine.sh" "$work/host.exe") || fail "the host in C ended with $?"
 stop_broker 2

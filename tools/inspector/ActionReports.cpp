@@ -1,4 +1,4 @@
-// tessel. The commands that act on an element.
+// Part of tessel. The commands that act on an element.
 #include "tools/inspector/InspectorCommand.h"
 
 namespace {

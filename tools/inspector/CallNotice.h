@@ -1,4 +1,4 @@
-// tessel. Prints a notice to standard error when a call takes long.
+// Part of tessel. Prints a notice to standard error when a call takes long.
 #pragma once
 
 #include <windows.h>

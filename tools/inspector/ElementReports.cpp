@@ -1,4 +1,4 @@
-// tessel. The commands that read one element.
+// Part of tessel. The commands that read one element.
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
 

@@ -1,4 +1,5 @@
-// tessel. The tables of its commands. Each table is in the file that carries out its commands.
+// Part of tessel. The tables of its commands. Each table is in the file that carries out its
+// commands.
 #pragma once
 
 #include <CLI/CLI.hpp>

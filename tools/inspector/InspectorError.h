@@ -1,4 +1,4 @@
-// tessel. Errors that end the tool: a message for the user and an exit code.
+// Part of tessel. Errors that end the tool: a message for the user and an exit code.
 #pragma once
 
 #include <stdexcept>

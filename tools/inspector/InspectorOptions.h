@@ -1,4 +1,4 @@
-// tessel. The options that were given on the command line.
+// Part of tessel. The options that were given on the command line.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// tessel. The commands that find elements.
+// Part of tessel. The commands that find elements.
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/shared/CommandLine.h"

@@ -1,4 +1,4 @@
-// tessel. Options that several commands share.
+// Part of tessel. Options that several commands share.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,4 @@
-// tessel. Parses the option values "X,Y" and "A,B,C", and formats them.
+// Part of tessel. Parses the option values "X,Y" and "A,B,C", and formats them.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,5 @@
-// tessel. The result of a command, as lines for people and as JSON for programs. Both are built at
-// the same time.
+// Part of tessel. The result of a command, as lines for people and as JSON for programs. Both are
+// built at the same time.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -1,5 +1,5 @@
-// tessel. The command that reads all elements. It reports them as text, indented by depth, or as a
-// scene file of version 1.
+// Part of tessel. The command that reads all elements. It reports them as text, indented by depth,
+// or as a scene file of version 1.
 #include <algorithm>
 #include <map>
 

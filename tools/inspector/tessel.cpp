@@ -1,5 +1,5 @@
-// tessel. The inspector's main program. Runs one command, prints its report as text or as JSON, and
-// returns an exit code for scripts.
+// Part of tessel. The inspector's main program. Runs one command, prints its report as text or as
+// JSON, and returns an exit code for scripts.
 #include <exception>
 #include <iostream>
 

@@ -1,4 +1,4 @@
-// Both tools. Parses the command line as UTF-8, and adds the options that both tools have.
+// Part of both tools. Parses the command line as UTF-8, and adds the options that both tools have.
 #pragma once
 
 #include <CLI/CLI.hpp>

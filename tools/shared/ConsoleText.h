@@ -1,4 +1,4 @@
-// Both tools. Reads window handles from the command line, and prints to the console.
+// Part of both tools. Reads window handles from the command line, and prints to the console.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,6 @@
-// Client process. Finds the elements of Silverlight content, reads and drives them. C++20, headers
-// only. A program includes this header and links TesselSLB_x64.dll (CMake: TesselSLB::Client).
+// Runs in the client. Finds the elements of Silverlight content, reads and drives them. C++20,
+// headers only. A program includes this header and links TesselSLB_x64.dll (CMake:
+// TesselSLB::Client).
 //
 //     tessel::Content content(L"Order form", L"http://shop.example/orders.html");
 //     std::optional<tessel::Element> user = content.FindFirst({.text3 = L"user"});

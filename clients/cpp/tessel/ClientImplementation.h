@@ -1,4 +1,5 @@
-// Client process. The definitions of what tessel/Client.h declares.
+// Runs in the client. The definitions of what tessel/Client.h declares. Programs include
+// tessel/Client.h instead.
 #pragma once
 
 #include "tessel/Client.h"

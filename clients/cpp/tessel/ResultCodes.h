@@ -1,4 +1,4 @@
-// Any program. The table that explains all result codes to users.
+// Runs in any program. The table that explains all result codes to users.
 #pragma once
 
 #include "TesselCodes.h"

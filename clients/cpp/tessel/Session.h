@@ -1,5 +1,5 @@
-// Client process. What a Content and its elements share: where the content is, and whether its
-// broker is lost. Makes all calls to the module.
+// Runs in the client. What a Content and its elements share: where the content is, and whether its
+// broker is lost. Makes all calls to the module. Programs include tessel/Client.h instead.
 #pragma once
 
 #include <new>
@@ -9,7 +9,6 @@
 #include "wire/Addresses.h"
 
 namespace tessel {
-
 namespace detail {
 
 inline std::wstring TextOf(const CComBSTR& text) { return {text.m_str, text.Length()}; }

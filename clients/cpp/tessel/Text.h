@@ -1,5 +1,5 @@
-// Any program. Converts text between UTF-16, which Windows and the module use, and UTF-8, and makes
-// text safe to print.
+// Runs in any program. Converts text between UTF-16, which Windows and the module use, and UTF-8,
+// and makes text safe to print.
 #pragma once
 
 #include <windows.h>

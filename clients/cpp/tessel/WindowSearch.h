@@ -1,4 +1,4 @@
-// Client process. Finds the window that shows the content.
+// Runs in the client. Finds the window that shows the content.
 #pragma once
 
 #include <windows.h>

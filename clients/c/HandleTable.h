@@ -1,0 +1,96 @@
+// Runs in the client. The handles of the C interface. A handle is a number made of a kind, a
+// generation and a slot. Each slot gets a new generation when it is used again, so an old handle
+// names nothing.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <variant>
+#include <vector>
+
+namespace tessel::c {
+
+template <class... Objects>
+class HandleTable {
+ public:
+  using Handle = std::uint64_t;
+
+  template <class Object>
+  Handle Add(std::shared_ptr<Object> object) {
+    const std::lock_guard lock(mutex_);
+    if (free_.empty()) {
+      free_.reserve(slots_.size() + 1);  // so that Remove needs no memory
+      slots_.emplace_back();
+      free_.push_back(slots_.size() - 1);
+    }
+    const std::size_t index = free_.back();
+    free_.pop_back();
+    slots_[index].object = std::move(object);
+    return HandleOf<Object>(index);
+  }
+
+  // Returns null if the handle names no object of this kind.
+  template <class Object>
+  std::shared_ptr<Object> Find(Handle handle) {
+    const std::lock_guard lock(mutex_);
+    const std::optional<std::size_t> index = IndexOf<Object>(handle);
+    return index ? std::get<std::shared_ptr<Object>>(slots_[*index].object) : nullptr;
+  }
+
+  // Returns the object, or null as above. The handle names nothing afterwards.
+  template <class Object>
+  std::shared_ptr<Object> Remove(Handle handle) {
+    const std::lock_guard lock(mutex_);
+    const std::optional<std::size_t> index = IndexOf<Object>(handle);
+    if (!index) return nullptr;
+    Slot& slot = slots_[*index];
+    auto object = std::move(std::get<std::shared_ptr<Object>>(slot.object));
+    slot.object = std::monostate();
+    ++slot.generation;
+    free_.push_back(*index);
+    return object;
+  }
+
+ private:
+  using AnyObject = std::variant<std::monostate, std::shared_ptr<Objects>...>;
+
+  struct Slot {
+    AnyObject object;
+    std::uint32_t generation = 1;  // 24 bits of it are part of the handle
+  };
+
+  // A handle has 32 bits of slot, 24 bits of generation and 8 bits of kind.
+  static constexpr int kGenerationShift = 32;
+  static constexpr int kKindShift = 56;
+  static constexpr std::uint32_t kGenerationMask = 0xffffff;
+
+  template <class Object>
+  static constexpr Handle KindOf() {
+    return AnyObject(std::shared_ptr<Object>()).index();
+  }
+
+  template <class Object>
+  Handle HandleOf(std::size_t index) const {
+    return KindOf<Object>() << kKindShift |
+           static_cast<Handle>(slots_[index].generation & kGenerationMask) << kGenerationShift |
+           index;
+  }
+
+  template <class Object>
+  std::optional<std::size_t> IndexOf(Handle handle) const {
+    const auto index = static_cast<std::uint32_t>(handle);
+    if (index >= slots_.size() || slots_[index].object.index() != KindOf<Object>() ||
+        HandleOf<Object>(index) != handle) {
+      return std::nullopt;
+    }
+    return index;
+  }
+
+  std::mutex mutex_;
+  std::vector<Slot> slots_;
+  std::vector<std::size_t> free_;
+};
+
+}  // namespace tessel::c

@@ -1,0 +1,59 @@
+// Runs in the client. The objects that handles of the C interface name.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "clients/c/HandleTable.h"
+#include "tessel/Client.h"
+
+namespace tessel::c {
+
+// Calls of one content run one after another. A look of the caller's own may call too, on the thread
+// that already holds the lock.
+using Lock = std::recursive_mutex;
+
+struct ContentObject {
+  explicit ContentObject(Content content) : content(std::move(content)) {}
+
+  Content content;
+  const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
+};
+
+// An element or a text of a list, or an element of its own. Its destruction releases the element, on
+// the thread that frees the handle or ends the last call.
+class ElementObject {
+ public:
+  ElementObject(Element element, std::shared_ptr<Lock> lock)
+      : element(std::move(element)), lock(std::move(lock)) {}
+  ~ElementObject() {
+    const std::lock_guard guard(*lock);
+    element.reset();
+  }
+  ElementObject(const ElementObject&) = delete;
+  ElementObject& operator=(const ElementObject&) = delete;
+
+  std::optional<Element> element;
+  const std::shared_ptr<Lock> lock;
+};
+
+struct ListEntry {
+  std::shared_ptr<ElementObject> element;  // null: taken, or the entry is a text
+  long number = 0;
+  std::optional<std::wstring> text;
+};
+
+struct ListObject {
+  std::mutex lock;
+  std::vector<ListEntry> entries;
+};
+
+using Table = HandleTable<ContentObject, ElementObject, ListObject>;
+
+// Never destroyed: the end of the process must not send releases.
+Table& Handles();
+
+}  // namespace tessel::c
