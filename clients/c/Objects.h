@@ -12,8 +12,8 @@
 
 namespace tessel::c {
 
-// Calls of one content run one after another. A look of the caller's own may call too, on the thread
-// that already holds the lock.
+// Calls of one content run one after another. A look of the caller's own may call too, on the
+// thread that already holds the lock.
 using Lock = std::recursive_mutex;
 
 struct ContentObject {
@@ -23,8 +23,7 @@ struct ContentObject {
   const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
 };
 
-// An element or a text of a list, or an element of its own. Its destruction releases the element, on
-// the thread that frees the handle or ends the last call.
+// Its destruction releases the element, on the thread that frees the handle or ends the last call.
 class ElementObject {
  public:
   ElementObject(Element element, std::shared_ptr<Lock> lock)
@@ -41,9 +40,9 @@ class ElementObject {
 };
 
 struct ListEntry {
-  std::shared_ptr<ElementObject> element;  // null: taken, or the entry is a text
+  std::wstring text;                       // of an element: its id
+  std::shared_ptr<ElementObject> element;  // null if it was taken, and in a list of texts
   long number = 0;
-  std::optional<std::wstring> text;
 };
 
 struct ListObject {

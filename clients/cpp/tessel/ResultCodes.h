@@ -8,6 +8,8 @@ namespace tessel {
 
 // The codes of the client libraries themselves.
 enum ClientResult : int {
+  kOutOfMemory = -101,  // only in the C interface; in C++ this is std::bad_alloc
+  kBadHandle = -102,    // only in the C interface
   kTimedOut = -103,  // a condition was not met in time
 };
 
@@ -55,6 +57,11 @@ inline constexpr ResultCode kResultCodes[] = {
      "check that the window still exists, and find the element again"},
     {static_cast<int>(0x80004001), "E_NOTIMPL", "the module does not have this function",
      "use another function"},
+    {kOutOfMemory, "TESSEL_OUT_OF_MEMORY", "memory is exhausted",
+     "free what the program does not need, or end other programs"},
+    {kBadHandle, "TESSEL_BAD_HANDLE",
+     "the handle is 0, was freed before, or names an object of another kind",
+     "use the handle that the library returned, and use it until it is freed"},
     {kTimedOut, "TESSEL_TIMED_OUT", "the condition was not met in time",
      "compare what was seen last with what was expected, or wait longer"},
     {wire::kUnknownCommand, "BROKER_UNKNOWN_COMMAND",

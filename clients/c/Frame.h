@@ -1,0 +1,102 @@
+// Runs in the client. The frame of every function of the C interface: checks the arguments, finds
+// and locks the objects, and turns exceptions into codes.
+#pragma once
+
+#include <exception>
+#include <string>
+#include <string_view>
+
+#include "clients/c/Objects.h"
+#include "clients/c/tesselslb.h"
+
+namespace tessel::c {
+
+struct LockedContent {
+  Content* operator->() const { return &object->content; }
+  const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
+
+  std::shared_ptr<ContentObject> object;
+  std::unique_lock<Lock> guard;  // unlocks before `object` is freed
+};
+
+struct LockedElement {
+  Element* operator->() const { return &*object->element; }
+  const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
+
+  std::shared_ptr<ElementObject> object;
+  std::unique_lock<Lock> guard;  // unlocks before `object` is freed
+};
+
+// One call of a function of the C interface. The functions throw Error.
+class Frame {
+ public:
+  explicit Frame(const char* function) : call_{function, L"", L""} {}
+
+  // Sets the result to zero, and returns it.
+  template <class Result>
+  Result& Cleared(Result* result) const {
+    if (result == nullptr) throw Invalid("a pointer to a result is null");
+    return *result = Result{};
+  }
+
+  std::wstring_view Given(const wchar_t* text) const;
+  Search Given(const tessel_search* search) const;
+  SLUriScheme GivenScheme(std::int32_t scheme) const;
+
+  template <class Object>
+  std::shared_ptr<Object> Find(Table::Handle handle) const {
+    return Checked(Handles().Find<Object>(handle));
+  }
+
+  // Frees the handle.
+  template <class Object>
+  std::shared_ptr<Object> Remove(Table::Handle handle) const {
+    return Checked(Handles().Remove<Object>(handle));
+  }
+
+  LockedContent LockContent(tessel_content content) const;
+  LockedElement LockElement(tessel_element element) const;
+
+  Error Invalid(const std::string& meaning) const;
+  const Call& ThisCall() const { return call_; }
+
+ private:
+  template <class Object>
+  std::shared_ptr<Object> Checked(std::shared_ptr<Object> object) const {
+    if (object == nullptr) throw Error(kBadHandle, call_);
+    return object;
+  }
+
+  const Call call_;
+};
+
+// Make the C form of an error, and return its code.
+std::int32_t Report(const Error& error, tessel_error** to) noexcept;
+std::int32_t ReportExhaustedMemory(tessel_error** to) noexcept;
+
+// Runs the body of a function of the C interface, and returns the code. No exception leaves it.
+template <class Body>
+std::int32_t Run(const char* function, tessel_error** error, Body body) noexcept {
+  if (error != nullptr) *error = nullptr;
+  try {
+    body(Frame(function));
+    return SL_SUCCESS;
+  } catch (const Error& failure) {
+    return Report(failure, error);
+  } catch (...) {
+    return ReportExhaustedMemory(error);
+  }
+}
+
+// Returns a copy that tessel_text_free frees.
+wchar_t* CopyOf(std::wstring_view text);
+
+tessel_rectangle RectangleOf(const RECT& rect);
+
+// Return a new handle. It is 0 for no element.
+tessel_element HandleOf(std::optional<Element> element, const std::shared_ptr<Lock>& lock);
+tessel_list HandleOf(std::vector<Element> elements, const std::shared_ptr<Lock>& lock);
+tessel_list HandleOf(std::vector<Ancestor> ancestors, const std::shared_ptr<Lock>& lock);
+tessel_list HandleOf(std::vector<std::wstring> texts);
+
+}  // namespace tessel::c

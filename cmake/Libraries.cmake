@@ -1,0 +1,27 @@
+# Functions for the DLLs of this project.
+enable_language(RC)
+
+# tessel_version_resource(VARIABLE NAME FILE DESCRIPTION) makes the source of a DLL's version resource and
+# stores its path in the variable.
+function(tessel_version_resource variable name file description)
+  set(resource ${PROJECT_BINARY_DIR}/generated/${name}.rc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${resource} @ONLY)
+  set(${variable} ${resource} PARENT_SCOPE)
+endfunction()
+
+# tessel_microsoft_import_library(TARGET NAME DEFINITIONS) makes NAME.lib for the DLL NAME.dll from a file
+# of export definitions. Microsoft's linkers cannot read the import library that GNU's linker writes.
+function(tessel_microsoft_import_library target name definitions)
+  if(MSVC)
+    return()
+  endif()
+  find_program(TESSEL_DLLTOOL llvm-dlltool)
+  if(NOT TESSEL_DLLTOOL)
+    message(FATAL_ERROR "llvm-dlltool, which makes ${name}.lib, was not found: install llvm")
+  endif()
+  set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${name}.lib)
+  add_custom_command(OUTPUT ${library}
+    COMMAND ${TESSEL_DLLTOOL} -m i386:x86-64 -d ${definitions} -l ${library}
+    DEPENDS ${definitions} VERBATIM)
+  add_custom_target(${target}_lib ALL DEPENDS ${library})
+endfunction()
