@@ -117,7 +117,8 @@ class Element {
   std::optional<std::wstring> Attribute(std::wstring_view name);
 
   // The texts of the items of a list. Returns nothing if the broker answers with any positive
-  // status: the element is no list, or it is gone.
+  // status: the element is no list, or it is gone. Store the result before you loop over it:
+  // for (... : *element.Items()) would use a destroyed optional.
   std::optional<std::vector<std::wstring>> Items();
 
   // Success means that the broker has accepted the command.

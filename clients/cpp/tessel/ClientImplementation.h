@@ -269,7 +269,7 @@ inline auto IsGone(const Content& content, const Search& search) {
   return Condition(content, L"no element is there that matches " + detail::TextOf(search),
                    [content, search](std::wstring& seen) {
                      const std::size_t count = Content(content).Find(search).size();
-                     seen = std::to_wstring(count) + L" elements match";
+                     seen = L"matching elements: " + std::to_wstring(count);
                      return count == 0;
                    });
 }

@@ -10,7 +10,7 @@ namespace tessel {
 enum ClientResult : int {
   kOutOfMemory = -101,  // only in the C interface; in C++ this is std::bad_alloc
   kBadHandle = -102,    // only in the C interface
-  kTimedOut = -103,  // a condition was not met in time
+  kTimedOut = -103,     // a condition was not met in time
 };
 
 struct ResultCode {
