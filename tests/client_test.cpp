@@ -56,7 +56,7 @@ TEST(Client, MakesTheseCallsForTheseAnswers) {
          a.Release();
          return "";
        },
-       "-13 the element's process, window, scheme, address or id is not known",
+       "-13 the element was released, abandoned or moved",
        "GetElemFromPoint  0, ReleaseObj a -3, ReleaseObj  -13"},
       {{"[0,'a']", "[0,'b']", "[0,true]"},
        [](Content& c) {

@@ -6,6 +6,7 @@
 
 #include "StringW.h"
 #include "TesselSilverlight.h"
+#include "clients/c/tesselslb.h"
 #include "support/Text.h"
 #include "tessel/ResultCodes.h"
 
@@ -68,7 +69,9 @@ TEST(HeapAllocator, RefusesCountsThatOverflow) {
 
 TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
   std::map<std::string, int> declared = {{"E_NOTIMPL", E_NOTIMPL},
-                                         {"TESSEL_TIMED_OUT", -103},
+                                         {"TESSEL_OUT_OF_MEMORY", TESSEL_OUT_OF_MEMORY},
+                                         {"TESSEL_BAD_HANDLE", TESSEL_BAD_HANDLE},
+                                         {"TESSEL_TIMED_OUT", TESSEL_TIMED_OUT},
                                          {"BROKER_UNKNOWN_COMMAND", wire::kUnknownCommand},
                                          {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},
                                          {"BROKER_NOT_SUPPORTED", wire::kNotSupported},

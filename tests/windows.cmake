@@ -33,6 +33,10 @@ add_dependencies(search_test test_parts tessel)
 tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(client_test test_parts)
 
+tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher)
+target_compile_definitions(c_test PRIVATE TESSEL_SOURCE="${PROJECT_SOURCE_DIR}")
+add_dependencies(c_test test_parts)
+
 foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
@@ -43,12 +47,20 @@ tessel_test(windows LIBRARIES TesselSLB)
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 
-# Tests that are scripts: the test names in documents, Ctrl-C, clients of the installed tree, and a client for
+# Tests that are scripts: the same report by each client library, the test names in documents, Ctrl-C, clients of the installed tree, and a client for
 # Microsoft's ABI.
-foreach(script ctrl_c docs install msabi)
+enable_language(C)
+set(CMAKE_C_STANDARD 11)
+foreach(language cpp c)
+  add_executable(report_${language} clients/report.${language})
+endforeach()
+target_link_libraries(report_cpp PRIVATE tessel_client oleaut32)
+target_link_options(report_cpp PRIVATE -municode)
+target_link_libraries(report_c PRIVATE TesselSLB_c)
+foreach(script clients ctrl_c docs install msabi)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
-set_tests_properties(install PROPERTIES RESOURCE_LOCK scenes)
+set_tests_properties(clients install PROPERTIES RESOURCE_LOCK scenes)
 
 add_subdirectory(${PROJECT_SOURCE_DIR}/soak ${PROJECT_BINARY_DIR}/soak)

@@ -39,8 +39,10 @@
 // each element. A content may be closed before its elements; they stay usable.
 //
 // Lost broker: after -6, -7 and -9 the content counts as lost, because each further call to a
-// broker that has ended or hangs can take a minute. While it is lost, elements are released without
-// a call. Other functions still call, and the next answer of the broker ends this state.
+// broker that has ended or hangs can take a minute. Which of the three comes is chance. While the
+// content is lost, elements are released without a call. Other functions still call, and the next
+// answer of the broker ends this state. If the window has gone with its broker, the content and its
+// elements never work again: open a new content.
 //
 // Threads: any thread may use any handle. Calls of one content and its elements run one after
 // another; a wait counts as one call. Different contents do not wait for each other. A handle that
@@ -103,8 +105,9 @@ typedef struct tessel_rectangle {
 
 // Three texts and two options that select elements. The broker defines their meaning. For
 // SceneBroker the texts are name, type and id, and an empty text matches everything. option1 is the
-// number of levels to search, and 0 means all. If option2 is not 0, a text needs to be only a part.
-// A null text counts as empty.
+// number of levels to search: 1 means only the roots of a content, or only the children of an
+// element, and 0 means all. If option2 is not 0, a text needs to be only a part. A null text counts
+// as empty.
 typedef struct tessel_search {
   const wchar_t *text1, *text2, *text3;
   int32_t option1, option2;
@@ -136,7 +139,9 @@ TESSEL_C_API int32_t tessel_version(int32_t numbers[4], tessel_error** error);
 // Contents.
 
 // Opens the content of a window at an address. Makes no call. Fails with -5 if the window does not
-// exist, or if not exactly one top-level window has exactly this title.
+// exist, or if not exactly one top-level window has exactly this title. The title is looked up only
+// here. Of the address, the scheme and the host with its port select the broker; write them as the
+// broker prints them.
 TESSEL_C_API int32_t tessel_content_open(void* window, const wchar_t* address, int32_t scheme,
                                          tessel_content* content, tessel_error** error);
 TESSEL_C_API int32_t tessel_content_open_title(const wchar_t* title, const wchar_t* address,
@@ -160,7 +165,8 @@ TESSEL_C_API int32_t tessel_content_at(tessel_content content, int32_t x, int32_
 TESSEL_C_API int32_t tessel_content_focused(tessel_content content, tessel_element* element,
                                             tessel_error** error);
 
-// All matching elements, or the first one of them. find_first releases the others.
+// All matching elements, or the first one of them. find_first asks for all of them too, and
+// releases the others by one call each, so a narrow search is faster.
 TESSEL_C_API int32_t tessel_content_find(tessel_content content, const tessel_search* search,
                                          tessel_list* list, tessel_error** error);
 TESSEL_C_API int32_t tessel_content_find_first(tessel_content content, const tessel_search* search,
@@ -197,8 +203,9 @@ TESSEL_C_API int32_t tessel_element_identify(tessel_element element, tessel_elem
 TESSEL_C_API int32_t tessel_element_rectangle(tessel_element element, tessel_rectangle* rectangle,
                                               tessel_error** error);
 
-// An attribute or a state. The text is null if the broker answers with any positive status: the
-// element has no such attribute, or it is gone.
+// An attribute or a state. SceneBroker has the states "value", "checked" and "selected". The text
+// is null if the broker answers with any positive status: the element has no such attribute, or it
+// is gone.
 TESSEL_C_API int32_t tessel_element_attribute(tessel_element element, const wchar_t* name,
                                               wchar_t** text, tessel_error** error);
 
@@ -207,7 +214,8 @@ TESSEL_C_API int32_t tessel_element_attribute(tessel_element element, const wcha
 TESSEL_C_API int32_t tessel_element_items(tessel_element element, tessel_list* list,
                                           tessel_error** error);
 
-// Success means that the broker has accepted the command.
+// Success means that the broker has accepted the command. The content may change later: wait with
+// tessel_wait_until_attribute.
 TESSEL_C_API int32_t tessel_element_click(tessel_element element, tessel_error** error);
 TESSEL_C_API int32_t tessel_element_set_value(tessel_element element, const wchar_t* text,
                                               tessel_error** error);

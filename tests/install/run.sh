@@ -50,7 +50,7 @@ options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'Te
 eval "$gcc -static -o '$work/client.exe' '$root/tests/install/client.cpp' $options" || fail "pkg-config"
 eval "x86_64-w64-mingw32-gcc-posix -o '$work/host.exe' '$work/host.obj' $options" || fail "a host in C"
 
-start_broker "$tree/bin" http://shop.example/portal/login.html
+serve "$tree/bin" "$root/tools/scenes/login.json"
 # expect TEXT PROGRAM ARGUMENT...: the program, run in the installed bin folder, prints this text.
 expect() {
   local output

@@ -8,15 +8,22 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 # need PROGRAM PACKAGE: fails if the program of this package is missing.
 need() { command -v "$1" >/dev/null || fail "no $1: install $2"; }
 
-# start_broker FOLDER ADDRESS: starts the broker in that folder. ADDRESS replaces the address of the form.
+# start_broker FOLDER ADDRESS: starts the broker in that folder. ADDRESS replaces the address and the title
+# of the form, because two tests that run at the same time must not have windows with the same title.
 # The served scene begins with an extra root element, so that the form's root has position 1.
 start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
+    s#Café Größe – Sign in#$2#
     s#\"elements\": \[#&{\"id\": \"first\", \"rect\": [0, 0, 1, 1]},#" \
     "$root/tools/scenes/login.json" >"$work/scene.json"
+  serve "$1" "$work/scene.json"
+}
+
+# serve FOLDER SCENE: starts the broker of that folder with a scene as it is.
+serve() {
   # Makes the file now, because the background job may create it only after the first look.
   : >"$work/broker.txt"
-  "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$work/scene.json" >"$work/broker.txt" &
+  "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$2" >"$work/broker.txt" &
   broker=$!
   wait_for ready
 }

@@ -11,6 +11,7 @@
 // that does not run yet is started or injected, which can take minutes.
 // A call to a running broker ends after at most 54 s (18 s each for connecting, writing and
 // reading), a call that starts a broker after 70 s, a search that injects a broker after 320 s.
+// With a scheme (see Content) no function injects a broker, except for Focused().
 //
 // Elements: the broker keeps an object for each element that it hands out, until the client
 // releases it. An Element owns this object and releases it by one call when it is destroyed.
@@ -18,10 +19,12 @@
 // Failures: "not there" is not a failure. These functions return std::nullopt or an empty list
 // then. Every other failure throws Error. Exhausted memory passes as std::bad_alloc.
 //
-// A lost broker: after the codes -6, -7 and -9 the content counts as lost, because each further
-// call to a broker that has ended or hangs can take a minute. While it is lost, elements are
-// released without a call. Other functions still call, and the next answer of the broker ends this
-// state.
+// A lost broker: after SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9)
+// the content counts as lost (Error::BrokerIsLost), because each further call to a broker that has
+// ended or hangs can take a minute. Which of the three comes is chance. While the content is lost,
+// elements are released without a call. Other functions still call, and the next answer of the
+// broker ends this state. If the window has gone with its broker, the Content and its elements
+// never work again: make a new Content.
 //
 // Texts are UTF-16 without U+0000: a text that holds one is refused with -5, because the bridge
 // cannot carry it. Narrow() and Wide() of tessel/Text.h convert from and to UTF-8.
@@ -30,7 +33,12 @@
 // be used by different threads at the same time.
 #pragma once
 
+#if __cplusplus < 202002L && (!defined(_MSVC_LANG) || _MSVC_LANG < 202002L)
+#error "tessel/Client.h needs C++20"
+#endif
+
 #include <chrono>
+#include <concepts>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -62,7 +70,9 @@ class Error : public std::runtime_error {
   Error(int code, const Call& call);
   Error(int code, const std::string& meaning, const std::string& cure, const Call& call);
 
-  int code;             // an SLResult, kTimedOut, or the broker's own status
+  bool BrokerIsLost() const;
+
+  int code;             // an SLResult, kTimedOut (-103), or the broker's own status
   std::string name;     // of the code, for example "SL_CANNOT_READ"
   std::string meaning;  // UTF-8
   std::string cure;     // UTF-8
@@ -73,7 +83,8 @@ class Error : public std::runtime_error {
 
 // Three texts and two options that select elements. The broker defines their meaning. For
 // SceneBroker the texts are name, type and id, and an empty text matches everything. option1 is the
-// number of levels to search, and 0 means all. With option2 a text needs to be only a part.
+// number of levels to search: 1 means only the roots of a Content, or only the children of an
+// Element, and 0 means all. With option2 a text needs to be only a part.
 struct Search {
   std::wstring text1 = {}, text2 = {}, text3 = {};
   int option1 = 0;
@@ -86,42 +97,56 @@ struct Identity {
   int number = 0;
 };
 
+// A look at the content, for a Condition: a function that makes calls and returns whether the
+// condition is met, as a bool or as an optional value. It stores a text in `seen` that says what it
+// found instead.
+template <class Look>
+concept IsLook = requires(Look look, std::wstring& seen) {
+  static_cast<bool>(look(seen));
+};
+
 struct Ancestor;
 
-// One element of the content. It can be moved and not copied. It may outlive its Content.
+// One element of the content. It can be moved and not copied: store it with std::move, and loop
+// over elements with auto&. It may outlive its Content. Functions that call are not const.
 //
-// After Release(), Abandon() or a move the Element names no element. Its functions then throw Error
-// with -13, without a call.
+// After Release(), Abandon() or a move the Element names no element. Its Id() is empty, and all
+// functions that call, Release() too, throw Error with -13 and send nothing.
 class Element {
  public:
   Element(Element&& other) noexcept;
   Element& operator=(Element&& other) noexcept;  // lets go of the element that it had
   ~Element();                                    // calls once; ignores failures
 
-  std::wstring Id() const;
+  [[nodiscard]] std::wstring Id() const;
 
-  // The module's own record, for example for `rect`, which Find() fills in. It stays the element's.
+  // The module's own record, for example for its window and scheme. It stays the element's. `rect`
+  // is set only by Find() and FindFirst().
   const SLElemData& Record() const { return record_; }
 
-  // Each of these functions calls once.
-  std::optional<Element> Parent();
-  std::vector<Ancestor> Ancestors();                // -12 if elements and numbers differ in count
-  std::vector<Element> Selector();                  // the elements of the default selector
-  std::vector<Element> Find(const Search& search);  // all matching elements below this one
-  Identity Identify();
-  Identity Identify(const Element& ancestor);  // relative to that element
-  RECT Rectangle();  // in the broker's coordinates, as all points and rectangles
+  // Each of these functions calls once. The broker defines the order of lists. For SceneBroker
+  // ancestors go from the parent up to the root, and the selector from the root down to the
+  // element.
+  [[nodiscard]] std::optional<Element> Parent();
+  [[nodiscard]] std::vector<Ancestor> Ancestors();  // -12 if elements and numbers differ in count
+  [[nodiscard]] std::vector<Element> Selector();    // the elements of the default selector
+  [[nodiscard]] std::vector<Element> Find(const Search& search);  // all matches below this element
+  [[nodiscard]] Identity Identify();
+  [[nodiscard]] Identity Identify(const Element& ancestor);  // relative to that element
+  [[nodiscard]] RECT Rectangle();  // in the broker's coordinates, as all points and rectangles
 
-  // An attribute or a state. Returns nothing if the broker answers with any positive status: the
-  // element has no such attribute, or it is gone.
-  std::optional<std::wstring> Attribute(std::wstring_view name);
+  // An attribute or a state. SceneBroker has the states "value", "checked" and "selected". Returns
+  // nothing if the broker answers with any positive status: the element has no such attribute, or
+  // it is gone. To tell these two apart, find the element again.
+  [[nodiscard]] std::optional<std::wstring> Attribute(std::wstring_view name);
 
   // The texts of the items of a list. Returns nothing if the broker answers with any positive
   // status: the element is no list, or it is gone. Store the result before you loop over it:
   // for (... : *element.Items()) would use a destroyed optional.
-  std::optional<std::vector<std::wstring>> Items();
+  [[nodiscard]] std::optional<std::vector<std::wstring>> Items();
 
-  // Success means that the broker has accepted the command.
+  // Success means that the broker has accepted the command. The content may change later: wait with
+  // AttributeIs().
   void Click();
   void SetValue(std::wstring_view text);
   void SetFocus();
@@ -137,7 +162,7 @@ class Element {
 
  private:
   friend class Session;
-  template <class Look>
+  template <IsLook Look>
   friend class Condition;
   Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept;
 
@@ -150,7 +175,8 @@ struct Ancestor {
   long number;  // the broker defines its meaning
 };
 
-// Is told of each call, for example to show progress or to measure.
+// Is told of each call to the module, for example to show progress or to measure. A call that fails
+// before anything is sent is one too.
 class CallObserver {
  public:
   virtual void Begin(const Call& call) = 0;
@@ -164,9 +190,13 @@ class CallObserver {
 class Content {
  public:
   // Makes no call. Throws Error with -5 if the window does not exist, or if not exactly one
-  // top-level window has exactly this title. `scheme` selects the broker. Without it, each function
-  // of this class searches for the broker: first for the tailored one, then for the one of the
-  // address's scheme. If neither shows the content, a broker is injected into the window's process.
+  // top-level window has exactly this title. The title is looked up only here. Of the address, the
+  // scheme and the host with its port select the broker; write them as the broker prints them.
+  //
+  // `scheme` selects the broker: SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI or SL_FILE_URI (see
+  // TesselCodes.h). Without it, each function of this class searches for the broker: first for the
+  // tailored one, then for the one of the address's scheme. If neither shows the content, a broker
+  // is injected into the window's process.
   Content(HWND window, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
   Content(std::wstring_view title, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
 
@@ -176,35 +206,34 @@ class Content {
   // Each of these functions calls once, or once for each broker that a search asks.
 
   // The element at a point. `option` is passed on to the broker.
-  std::optional<Element> At(POINT point, int option = 0);
+  [[nodiscard]] std::optional<Element> At(POINT point, int option = 0);
 
   // The element that has the focus. This always searches. So a Content with a scheme other than
   // SL_TAILORED_URI is refused with -5.
-  std::optional<Element> Focused();
+  [[nodiscard]] std::optional<Element> Focused();
 
-  // All matching elements, or the first one of them. FindFirst releases the others.
-  std::vector<Element> Find(const Search& search);
-  std::optional<Element> FindFirst(const Search& search);
+  // All matching elements, or the first one of them. FindFirst asks for all of them too, and
+  // releases the others by one call each, so a narrow search is faster.
+  [[nodiscard]] std::vector<Element> Find(const Search& search);
+  [[nodiscard]] std::optional<Element> FindFirst(const Search& search);
 
   // The observer must live as long as the content and its elements. Null: none.
   void Observe(CallObserver* observer);
 
  private:
-  template <class Look>
+  template <IsLook Look>
   friend class Condition;
 
   std::shared_ptr<Session> session_;
 };
 
-// What to wait for. `look` makes calls and returns whether the condition is met, as a bool or as an
-// optional value. It stores a text in `seen` that says what it found instead. `what` completes the
-// sentence "waited until ...".
+// What to wait for. `what` completes the sentence "waited until ...".
 //
 //     tessel::Condition hasItems(content, L"the list has items", [&](std::wstring& seen) {
 //       seen = L"an empty list";
 //       return !list.Items().value_or(std::vector<std::wstring>()).empty();
 //     });
-template <class Look>
+template <IsLook Look>
 class Condition {
  public:
   Condition(const Content& content, std::wstring what, Look look)
@@ -213,7 +242,7 @@ class Condition {
       : session_(element.session_), what_(std::move(what)), look_(std::move(look)) {}
 
  private:
-  template <class AnyLook>
+  template <IsLook AnyLook>
   friend auto WaitUntil(Condition<AnyLook> condition, std::chrono::milliseconds timeout,
                         std::chrono::milliseconds interval);
 
@@ -222,8 +251,8 @@ class Condition {
   Look look_;
 };
 
-// Ready conditions. WaitUntil(IsThere(...)) returns the first matching element. `element` must live
-// until the wait has ended.
+// Ready conditions. WaitUntil(IsThere(...)) returns the first matching element, as FindFirst.
+// AttributeIs compares the whole text, and `element` must live until the wait has ended.
 auto IsThere(const Content& content, const Search& search);
 auto IsGone(const Content& content, const Search& search);
 auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view text);
@@ -232,12 +261,13 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // optional, else nothing.
 //
 // Only the first look may start or inject a broker. Later ones use the scheme that was found, and
-// throw -7 without a call if that broker has ended. Each Error that a look throws ends the wait.
+// throw -7 without a call if that broker has ended. Each Error that a look throws ends the wait,
+// also a positive status. Attribute() and Items() return nothing instead of throwing a status.
 //
 // After the time-out it throws Error with the code kTimedOut. Its meaning says what was waited for,
-// how long, and what was seen last. A look that has begun is not cut short, so the wait can take
-// longer by one look.
-template <class Look>
+// how long, and what was seen last. A look that has begun is not cut short. So a broker that hangs
+// makes the wait longer by the calls of one look, up to 54 s each.
+template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval = std::chrono::milliseconds(250));
 

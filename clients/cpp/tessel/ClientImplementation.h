@@ -62,18 +62,24 @@ inline HWND OnlyWindowWithTitle(std::wstring_view title, std::wstring_view addre
 
 }  // namespace detail
 
-inline Error::Error(int code, const Call& call)
-    : Error(code, DescribeResult(code).meaning, DescribeResult(code).cure, call) {}
+inline Error::Error(int number, const Call& call)
+    : Error(number, DescribeResult(number).meaning, DescribeResult(number).cure, call) {}
 
-inline Error::Error(int code, const std::string& meaning, const std::string& cure, const Call& call)
-    : std::runtime_error(detail::Describe(code, DescribeResult(code).name, meaning, cure, call)),
-      code(code),
-      name(DescribeResult(code).name),
-      meaning(meaning),
-      cure(cure),
+inline Error::Error(int number, const std::string& explanation, const std::string& advice,
+                    const Call& call)
+    : std::runtime_error(
+          detail::Describe(number, DescribeResult(number).name, explanation, advice, call)),
+      code(number),
+      name(DescribeResult(number).name),
+      meaning(explanation),
+      cure(advice),
       function(call.function),
       elementId(call.elementId),
       address(call.address) {}
+
+inline bool Error::BrokerIsLost() const {
+  return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
+}
 
 // Element
 
@@ -286,7 +292,7 @@ inline auto AttributeIs(Element& element, std::wstring_view name, std::wstring_v
       });
 }
 
-template <class Look>
+template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval) {
   using Clock = std::chrono::steady_clock;

@@ -17,8 +17,8 @@ inline std::wstring TextOf(const CComBSTR& text) { return {text.m_str, text.Leng
 
 class Session : public std::enable_shared_from_this<Session> {
  public:
-  Session(HWND window, std::wstring_view address, SLUriScheme scheme)
-      : window(window), address(address), scheme(scheme) {}
+  Session(HWND hwnd, std::wstring_view sourceUri, SLUriScheme uriScheme)
+      : window(hwnd), address(sourceUri), scheme(uriScheme) {}
 
   const HWND window;
   const std::wstring address;
@@ -29,7 +29,7 @@ class Session : public std::enable_shared_from_this<Session> {
   template <class Body>
   void Do(const char* function, const SLElemData& record, Body body) {
     if (const int code = Run(function, record, body); code != SL_SUCCESS) {
-      throw Error(code, CallOf(function, record));
+      throw Failure(code, CallOf(function, record));
     }
   }
 
@@ -37,7 +37,7 @@ class Session : public std::enable_shared_from_this<Session> {
   template <class Body>
   bool Try(const char* function, const SLElemData& record, Body body) {
     const int code = Run(function, record, body);
-    if (code < SL_SUCCESS) throw Error(code, CallOf(function, record));
+    if (code < SL_SUCCESS) throw Failure(code, CallOf(function, record));
     return code == SL_SUCCESS;
   }
 
@@ -100,7 +100,7 @@ class Session : public std::enable_shared_from_this<Session> {
 
   // Makes sure that the record is forgotten, also when an exception ends the caller.
   struct Forgetting {
-    explicit Forgetting(SLElemData& record) : record(record) {}
+    explicit Forgetting(SLElemData& forgotten) : record(forgotten) {}
     ~Forgetting() { Forget(record); }
     Forgetting(const Forgetting&) = delete;
     Forgetting& operator=(const Forgetting&) = delete;
@@ -118,7 +118,7 @@ class Session : public std::enable_shared_from_this<Session> {
   // A vector of records that a call fills. Its destructor releases the elements that were not
   // taken.
   struct Owned {
-    explicit Owned(Session& session) : session(session) {}
+    explicit Owned(Session& owner) : session(owner) {}
     ~Owned() {
       for (SLElemData& record : records) session.LetGo(record);
     }
@@ -179,7 +179,8 @@ class Session : public std::enable_shared_from_this<Session> {
  private:
   // Tells the observer of the end of a call, also when an exception ends it.
   struct Observation {
-    Observation(CallObserver* observer, const Call& call) : observer(observer), call(call) {
+    Observation(CallObserver* itsObserver, const Call& itsCall)
+        : observer(itsObserver), call(itsCall) {
       if (observer != nullptr) observer->Begin(call);
     }
     ~Observation() {
@@ -204,6 +205,11 @@ class Session : public std::enable_shared_from_this<Session> {
     observation.code = Translated(call, body);
     isLost_ = IsLostAfter(observation.code);
     return observation.code;
+  }
+
+  static Error Failure(int code, const Call& call) {
+    if (code != SL_INVALID_OBJECT || !call.elementId.empty()) return {code, call};
+    return {code, "the element was released, abandoned or moved", "find the element again", call};
   }
 
   // Turns the module's exceptions into those of this library.

@@ -25,8 +25,8 @@ inline std::vector<HWND> WindowsWithTitle(std::wstring_view title) {
   } query = {title, {}};
   ::EnumWindows(
       [](HWND window, LPARAM parameter) -> BOOL {
-        auto& query = *reinterpret_cast<Query*>(parameter);
-        if (WindowTitle(window) == query.title) query.found.push_back(window);
+        auto& [wanted, found] = *reinterpret_cast<Query*>(parameter);
+        if (WindowTitle(window) == wanted) found.push_back(window);
         return TRUE;
       },
       reinterpret_cast<LPARAM>(&query));
