@@ -2,8 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
-#include <string>
-#include <tuple>
 
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
@@ -21,25 +19,36 @@ void ExpectAllReleased(SceneBroker& broker) {
   EXPECT_TRUE(std::regex_match(summary, even)) << summary;
 }
 
-// A transcript holds command lines, their output, and their exit code if it is not 0. WINDOW and
-// PROCESS stand for the broker's window and process id. The commands run in order, so each sees
-// what the earlier ones have changed.
+// A transcript holds command lines, their output, and their exit code if it is not 0. PROCESS and
+// WINDOW stand for the broker's process id and window, OWN and TWIN for two windows of this process
+// that have the title "twins". The commands run in order, so each sees what the earlier ones have
+// changed.
 TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"login", TESSEL_SCENES "/login.json", L""},
       {"orders", TESSEL_SCENES "/orders.json", L" --scheme https"},
       {"odd", TESSEL_TRANSCRIPTS "/odd.json", L""},
+      {"desk", TESSEL_TRANSCRIPTS "/desk.json", L""},
   };
+  std::map<std::string, std::string> handles;
+  for (const char* name : {"OWN", "TWIN"}) {
+    handles[name] = tessel::HandleText(
+        ::CreateWindowW(L"STATIC", L"twins", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0));
+  }
   for (const auto& [name, scene, options] : kCases) {
     SceneBroker broker(scene, options);
+    handles["WINDOW"] = broker.Fact("window");
     // Replaces the number only after "process", because other numbers may be equal to it.
     const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
     std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
     std::string expected, actual;
     for (std::string line; std::getline(transcript, line); expected += line + '\n') {
       if (!line.starts_with("$ tessel ")) continue;
-      auto [code, output] = ToolOutput(broker.InspectorLine(line.substr(std::strlen("$ tessel "))));
-      output = std::regex_replace(output, std::regex(broker.Fact("window")), "WINDOW");
+      const std::string command =
+          std::regex_replace(line.substr(9), std::regex("OWN"), handles["OWN"]);
+      auto [code, output] = ToolOutput(broker.InspectorLine(command));
+      for (const auto& [word, handle] : handles)
+        output = std::regex_replace(output, std::regex(handle + "\\b"), word);
       output = std::regex_replace(output, process, "$1PROCESS");
       actual += line + '\n' + output;
       if (code != 0) actual += "exit " + std::to_string(code) + '\n';
@@ -47,35 +56,6 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
     EXPECT_EQ(actual, expected) << name;
     ExpectAllReleased(broker);
   }
-}
-
-TEST(InspectorTest, FindsTheWindow) {
-  // The address has no scheme, so the search asks only the tailored broker.
-  const SceneFile file(R"({"version":1,"address":"desk","title":"Ü",
-                           "elements":[{"id":"desk","rect":[-800,-40,0,0]}]})");
-  const SceneBroker broker(Narrow(file.path.wstring()));
-  const std::wstring title = L"tools test " + std::to_wstring(::GetCurrentProcessId());
-  HWND windows[2];
-  for (HWND& window : windows) {
-    window = ::CreateWindowW(L"STATIC", title.c_str(), 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0);
-  }
-  const std::string own = tessel::HandleText(windows[0]), rect = "rect --at -800,-40";
-  const std::string cannot = "cannot find the element at -800,-40: ";
-  const std::tuple<std::string, std::string, DWORD, std::string> kCases[] = {
-      {rect, "Ü", 0, "element: desk\nleft: -800\ntop: -40\nright: 0\nbottom: 0\n"},
-      {rect, "ü", 2, cannot + "no top-level window has the title \"ü\"; write it"},
-      {rect, "0x7ffffff1", 2, cannot + "there is no window 0x7ffffff1; take the handle"},
-      {rect, Narrow(title), 2, cannot + "2 windows have the title"},
-      {"tree", "0x7ffffff1", 2, "or give the title\n  address: desk"},
-      // The window does not belong to the broker's process. If the scheme is known, the broker
-      // refuses. Without a scheme the search tries to inject a broker.
-      {rect + " --scheme tailored", own, 4, "-8 (SL_NOT_SERVED)"},
-      {rect, own, 3, "-10 (SL_INJECTOR_NOT_STARTED)"},
-  };
-  for (const auto& [command, window, code, output] : kCases) {
-    RunTool(broker.InspectorLine(command, window), code, output);
-  }
-  for (HWND window : windows) ::DestroyWindow(window);
 }
 
 // This process is the broker, because SceneBroker does not give such answers. The address has no

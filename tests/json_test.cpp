@@ -1,20 +1,15 @@
 // Tests the JSON values, reader and writer: which texts are accepted, and the exact text written.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <codecvt>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <locale>
-#include <string>
-#include <vector>
 
 #include "json/JsonReader.h"
 #include "json/JsonWriter.h"
 #include "json/ListText.h"
+#include "support/Text.h"
 
 namespace {
 
@@ -57,11 +52,6 @@ std::string Rewritten(const Text& text, std::size_t step = base::kReadStep) {
   return *type == base::ValueType::kList ? '[' + Written(values) + ']' : Written(values);
 }
 
-std::string Content(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 std::string Repeated(std::string_view piece, std::size_t count) {
   std::string all;
   while (count-- > 0) all += piece;
@@ -72,9 +62,10 @@ TEST(JsonReader, AcceptsAndRefuses) {
   for (const auto& entry : std::filesystem::directory_iterator(TESSEL_JSON_TEXTS)) {
     std::filesystem::path path = entry.path();
     if (path.extension() != ".json") continue;
-    const std::string text = Content(path), name = path.stem().string();
-    const std::string expected =
-        name.starts_with("refused") ? "\"no value\"" : Content(path.replace_extension("out"));
+    const std::string text = FileText(path, std::ios::binary), name = path.stem().string();
+    const std::string expected = name.starts_with("refused")
+                                     ? "\"no value\""
+                                     : FileText(path.replace_extension("out"), std::ios::binary);
     EXPECT_EQ(Rewritten(text), expected) << name;
     if (!name.starts_with("refused-utf8")) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;

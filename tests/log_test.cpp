@@ -71,7 +71,7 @@ struct Log : testing::Test {
     logging::traceFunctions = {&RegisterGuids,  &UnregisterGuids, &GetLoggerHandle,
                                &GetEnableLevel, &GetEnableFlags,  &WriteEvent};
   }
-  const LogCapture capture{LogCapture::Level::kAsItStands};
+  const LogCapture capture{false /*verbose*/};
 };
 struct VerboseLog : Log {
   VerboseLog() { AwaitLevel("VERBOSE", logging::kVerbose); }

@@ -9,14 +9,14 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "TesselHost.h"
-#include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
-#include "support/Text.h"
+#include "tessel/Text.h"
 #include "wire/Commands.h"
 
 namespace {
@@ -36,40 +36,32 @@ void Print(const std::string& line) {
 void RecordStart(const path& file) {
   STARTUPINFOW startup = {};
   ::GetStartupInfoW(&startup);
-  std::ofstream(file, std::ios::app) << Narrow(::GetCommandLineW()) << '\n'
-                                     << Narrow(std::filesystem::current_path().c_str()) << '\n'
-                                     << startup.dwFlags << ' ' << startup.wShowWindow << '\n'
-                                     << ::GetCurrentProcessId() << std::endl;
+  std::ofstream(file, std::ios::app)
+      << tessel::Narrow(::GetCommandLineW()) << '\n'
+      << tessel::Narrow(std::filesystem::current_path().wstring()) << '\n'
+      << startup.dwFlags << ' ' << startup.wShowWindow << '\n'
+      << ::GetCurrentProcessId() << std::endl;
 }
 
-template <class Function>
-Function* Import(HMODULE module, const char* name) {
-  return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
-}
-
-// Prints each request and sends the next answer. In an answer, ' stands for ". Special answers:
+// Prints each request and sends the next answer. In both, ' stands for ". Special answers:
 // "silent" waits until the client has given up. An answer after "*" is repeated for ever. An answer
 // after "~" is [0,true] instead if the request is a release.
-int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
-          const std::vector<std::wstring>& answers) {
-  const HMODULE module = ::LoadLibraryW((moduleFolder / L"TesselSLB_x64.dll").c_str());
-  if (module == nullptr) return 2;
-  const auto init = Import<decltype(InitComm)>(module, "InitComm");
-  const auto read = Import<decltype(ReadMessage)>(module, "ReadMessage");
-  const auto write = Import<decltype(WriteMessage)>(module, "WriteMessage");
-  Print("InitComm " + std::to_string(init(scheme, 60000, address)));
+int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstring>& answers) {
+  Print("InitComm " + std::to_string(InitComm(scheme, 60000, address.c_str())));
   for (auto answer = answers.begin(); answer != answers.end();) {
     wchar_t request[2000] = {};
     DWORD size = 2000;
-    if (read(request, &size) != SL_CHANNEL_SUCCESS) return 3;
-    Print(Narrow(request));
+    if (ReadMessage(request, &size) != SL_CHANNEL_SUCCESS) return 3;
+    std::string printed = tessel::Narrow(request);
+    std::replace(printed.begin(), printed.end(), '"', '\'');
+    Print(printed);
     if (*answer == L"silent") ::Sleep(25000);
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');
     const bool forEver = text.front() == L'*';
     const bool toRelease =
         text.front() == L'~' && std::wstring_view(request).starts_with(kReleaseRequest);
-    write(toRelease ? L"[0,true]" : text.c_str() + text.find_first_not_of(L"*~"));
+    WriteMessage(toRelease ? L"[0,true]" : text.c_str() + text.find_first_not_of(L"*~"));
     if (!forEver) ++answer;
   }
   return 0;
@@ -79,7 +71,6 @@ int Serve(const path& moduleFolder, DWORD scheme, const wchar_t* address,
 // broker: after 20 s if the host begins with "serve-late", else at once. For any other origin
 // exits.
 int Launch(const std::vector<std::wstring>& arguments) {
-  const path package = arguments.at(2).substr(wcslen(L"/emulate:"));
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
   const std::size_t tail = origin.find(L"/TailoredBroker/SLBroker.xap");
   const bool tailored = tail != std::wstring::npos;
@@ -89,24 +80,22 @@ int Launch(const std::vector<std::wstring>& arguments) {
   RecordStart(TestFolder() + L"sllauncher-" + name + L".txt");
   if (!name.starts_with(L"serve")) return 1;
   if (name.starts_with(L"serve-late")) ::Sleep(20000);
-  return Serve(package.parent_path(), SL_TAILORED_URI, address.c_str(), {L"*[0,'launched']"});
+  return Serve(SL_TAILORED_URI, address, {L"*[0,'launched']"});
 }
 
-// Plays the injector. Reads the file slinject-PROCESS.in. The file contains how long the injection
-// takes in milliseconds, the exit code, and optionally the command line of a broker to start.
+// Plays the injector. The environment variable TEST_INJECTOR contains how long the injection takes
+// in milliseconds, the exit code, and optionally the command line of a broker to start.
 int Inject(const std::wstring& argument) {
-  const std::wstring name = TestFolder() + L"slinject-" + argument.substr(wcslen(L"--pid="));
-  const path record = name + L".txt";
+  const path record = TestFolder() + L"slinject-" + argument.substr(wcslen(L"--pid=")) + L".txt";
   RecordStart(record);
   DWORD milliseconds = 0;
   int code = 0;
-  std::string command;
-  std::ifstream settings((name + L".in").c_str());
-  settings >> milliseconds >> code >> std::ws;
-  std::getline(settings, command);
+  std::wstring command;
+  std::wistringstream setting(::_wgetenv(L"TEST_INJECTOR"));
+  std::getline(setting >> milliseconds >> code >> std::ws, command);
   ::Sleep(milliseconds);
   // The ChildProcess is never deleted, because its destructor would end the broker.
-  if (!command.empty()) (new ChildProcess({command.begin(), command.end()}))->ReadLine();
+  if (!command.empty()) (new ChildProcess(command))->ReadLine();
   std::ofstream(record, std::ios::app) << "end" << std::endl;
   return code;
 }
@@ -128,6 +117,6 @@ int main() {
   if (arguments[0] == L"sllauncher.exe") return Launch(arguments);
   if (arguments[0] == L"slinject.exe") return Inject(arguments.at(1));
   if (arguments.at(1) == L"mute") return StayMute(arguments.at(2));
-  return Serve(TestFolder(), std::stoul(arguments.at(2)), words[3],
+  return Serve(std::stoul(arguments.at(2)), arguments.at(3),
                {arguments.begin() + 4, arguments.end()});
 }

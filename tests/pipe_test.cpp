@@ -1,9 +1,7 @@
 // Tests the pipe between two endpoints, in one process and in two. Also tests TimedRetry.
 #include <aclapi.h>
 #include <gtest/gtest.h>
-#include <winternl.h>
 
-#include <cstdio>
 #include <functional>
 #include <map>
 #include <regex>
@@ -12,6 +10,7 @@
 #include "UTILITY/JbPipe.h"
 #include "UTILITY/TimedRetry.h"
 #include "UTILITY/VistaSpecific.h"
+#include "soak/ProcessCounters.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
@@ -35,8 +34,7 @@ struct Endpoint {
   // Returns "yes", "no", "=" and the text read, or the message of the exception. "Invalid state in
   // X" is shortened to "!X".
   std::string Do(const std::string& step) try {
-    const std::string verb = step.substr(0, step.find(' '));
-    const std::string rest = step.substr(std::min(verb.size() + 1, step.size()));
+    const auto [verb, rest] = Cut(step, " ");
     const DWORD number = std::strtoll((rest.empty() ? Ascii(text) : rest).c_str(), nullptr, 10);
     std::uint32_t late = 9;
     Bytes bytes;
@@ -79,16 +77,7 @@ struct Peer : ChildProcess {
                      std::wstring(script.begin(), script.end()) + L"\"") {}
 };
 
-std::size_t OpenHandles() {
-  static std::vector<ULONG_PTR> table(1 << 21);
-  const auto kind = static_cast<SYSTEM_INFORMATION_CLASS>(64);
-  EXPECT_EQ(::NtQuerySystemInformation(kind, table.data(), 8 << 21, nullptr), 0);
-  // The table begins with the number of handles and a reserved word. Then come 5 words for each
-  // handle, the second of which is the process id.
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < table[0]; ++i) count += table[3 + 5 * i] == testId;
-  return count;
-}
+long OpenHandles() { return soak::CountProcess().handles; }
 
 const std::string kId = std::to_string(testId);
 const std::string kBusy = "CreateServerPipe: sPipeName='\\\\.\\pipe\\pipe_test." + kId + "." + kId +
@@ -100,8 +89,8 @@ struct Pipe : testing::Test {
   // Runs a script "endpoint operation > expected result; ...".
   void Expect(const std::string& script) {
     for (const std::string& line : Split(script, "; ")) {
-      const Texts step = Split(line, " > ");
-      EXPECT_EQ(ends[line[0]].Do(step.at(0).substr(2)), step.at(1)) << line << " in: " << script;
+      const auto [step, result] = Cut(line, " > ");
+      EXPECT_EQ(ends[line[0]].Do(step.substr(2)), result) << line << " in: " << script;
     }
   }
   // Runs the script. Meanwhile another thread runs the action: after `line` was logged, or at once
@@ -127,8 +116,8 @@ struct Pipe : testing::Test {
 TEST_F(Pipe, ConversationsMatchTheTranscriptsAndLeakNoHandle) {
   const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
   const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
-  ASSERT_EQ(conversations.size(), 7u);
-  std::size_t before = 0;
+  ASSERT_NE(text, "");
+  long before = 0;
   for (int pass = 0; pass < 2; ++pass) {  // the first pass opens handles that stay open
     before = OpenHandles();
     for (const std::string& conversation : conversations) {
@@ -137,10 +126,11 @@ TEST_F(Pipe, ConversationsMatchTheTranscriptsAndLeakNoHandle) {
       std::string told, answers;
       Texts log;
       for (const std::string& line : lines) {
+        const auto [step, result] = Cut(line, " > ");
         if (line.starts_with("log ")) log.push_back(line.substr(4));
         if (!line.starts_with("peer ")) continue;
-        told += line.substr(5, line.find(" > ") - 5) + "; ";
-        answers += line.substr(line.find(" > ") + 3) + "; ";
+        told += step.substr(5) + "; ";
+        answers += result + "; ";
       }
       LogCapture::Reset();
       Peer peer(told);
@@ -261,7 +251,7 @@ TEST(TimedRetry, EndsOnSuccessCancellationOrTimeOut) {
 
 TEST(SafeObject, OwnsOneHandleAndKeepsTheLastError) {
   const LogCapture capture;
-  const std::size_t before = OpenHandles();
+  const long before = OpenHandles();
   const auto event = [] { return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); };
   SafeHandle first(event()), second(event()), &itself = first;
   first = std::move(second);

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <future>
-#include <sstream>
 
 #include "support/Elements.h"
 #include "support/StandIn.h"
@@ -33,7 +32,7 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
   const TestWindow window;
   const StandIn injector(L"slinject");
   const std::wstring address = Address(L"search");
-  const std::string request = "[1," + kOwnId + ",\"\",3,-4,5]\n", kept = ' ' + kKept + " / 0";
+  const std::string request = "[1," + kOwnId + ",'',3,-4,5]\n", kept = ' ' + kKept + " / 0";
   const std::string own = "0 " + kOwnId, uri = ' ' + Narrow(address.c_str()) + ' ';
   const std::string injected = "ERROR Silverlight injector succeeded";
   const std::string injection = "ERROR SL injection failed with code -11";
@@ -53,7 +52,7 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
   };
   for (const auto& row : kCases) {
     SCOPED_TRACE(row.result);
-    injector.Prepare(::GetCurrentProcessId(), 0, row.exitCode);
+    StandIn::Prepare(0, row.exitCode);
     ScriptedBroker tailored(SL_TAILORED_URI, address, row.tailored);
     ScriptedBroker http(SL_HTTP_URI, address, row.http);
     EXPECT_EQ(Find(window.Child(), address), row.result);
@@ -73,16 +72,15 @@ TEST(Search, InjectsForOneClientAtATime) {
   const TestWindow window;
   const std::wstring address = L"injected-" + kProcess;
   const StandIn injector(L"slinject");
-  injector.Prepare(::GetCurrentProcessId(), 2500, 0,
+  StandIn::Prepare(2500, 0,
                    TestFolder() + L"test_parts.exe broker 4 " + address +
                        L" ~[0,'in'] ~[0,'in'] ~[0,'in'] ~[0,'in']");
   ScriptedBroker other(SL_TAILORED_URI, address, {"[-8]", "[-8]"});
-  std::wostringstream find;
-  find << TestFolder() << L"tessel.exe at 3,-4 --address " << address << L" --window 0x" << std::hex
-       << reinterpret_cast<ULONG_PTR>(window.Child());
-  ChildProcess first(find.str());
-  EXPECT_EQ(other.ReadLine(), "[1," + kOwnId + ",\"\",3,-4,0]");
-  ChildProcess second(find.str());
+  const std::wstring find = TestFolder() + L"tessel.exe at 3,-4 --address " + address +
+                            L" --window " + tessel::Wide(tessel::HandleText(window.Child()));
+  ChildProcess first(find);
+  EXPECT_EQ(other.ReadLine(), "[1," + kOwnId + ",'',3,-4,0]");
+  ChildProcess second(find);
   EXPECT_THAT(first.ReadToEnd(), HasSubstr("element: in"));
   EXPECT_THAT(second.ReadToEnd(), HasSubstr("element: in"));
   EXPECT_EQ(first.Wait() + second.Wait() + other.Wait(), 0u);
@@ -124,7 +122,7 @@ TEST(Waits, EndAfterTheTimeOut) {
     return std::pair(result, LogCapture::Messages("ERROR", ::GetCurrentThreadId()));
   };
   auto silent = std::async(std::launch::async, call);
-  EXPECT_EQ(broker.ReadLine(), "[2,77,\"id\"]");
+  EXPECT_EQ(broker.ReadLine(), "[2,77,'id']");
   const auto [result, errors] = call();
   EXPECT_EQ(result, "-7 9 9 9 9");
   ASSERT_GE(errors.size(), 3u);

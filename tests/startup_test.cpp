@@ -13,7 +13,7 @@
 #include "support/RawClient.h"
 #include "support/StandIn.h"
 #include "support/TestWindow.h"
-#include "support/Text.h"
+#include "tessel/Text.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ const LogCapture capture;
 constexpr wchar_t kMutex[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
 const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
-const std::string kFolder = Narrow(TestFolder().c_str());
+const std::string kFolder = tessel::Narrow(TestFolder());
 
 // Starts a call on another thread. Expects that the call takes at least `least` milliseconds.
 template <class Call>
@@ -49,7 +49,7 @@ TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
   EXPECT_THAT(LogCapture::Messages(),
               ElementsAre("ERROR Invalid window",
                           "ERROR CreateProcess failed, cmdLine=slinject.exe --pid=" +
-                              Narrow(kProcess.c_str())));
+                              tessel::Narrow(kProcess)));
 }
 
 HANDLE server = nullptr;
@@ -59,7 +59,7 @@ TEST(FailedCalls, AreExplainedInTheLog) {
   const StandIn launcher(L"sllauncher");
   std::ofstream(launcher.Program(), std::ios::trunc);  // an empty file cannot be started
   const std::string origin =
-      "http://log" + Narrow(kProcess.c_str()) + "/TailoredBroker/SLBroker.xap";
+      "http://log" + tessel::Narrow(kProcess) + "/TailoredBroker/SLBroker.xap";
   const Texts noLaunch = {"ERROR CreateProcess failed, slLauncher=" + launcher.Program().string() +
                           " cmdLine=sllauncher.exe /overwrite /emulate:\"" + kFolder +
                           "SLBroker.xap\" /origin:\"" + origin + '"'};
@@ -99,8 +99,10 @@ TEST(Waits, EndAfterTheTimeOut) {
   const StandIn launcher(L"sllauncher"), injector(L"slinject");
   const SafeHandle mutex(::CreateMutexW(nullptr, TRUE /*owned*/, kMutex));
   const TestWindow window;
-  injector.Prepare(-15, 12000, 0);  // -15 is no process id; it only names the stand-in's files
-  auto slow = Start(10000, [&] { return RunInjector(window.Child(), static_cast<DWORD>(-15)); });
+  StandIn::Prepare(12000, 0);
+  auto slow = Start(10000, [&] {
+    return RunInjector(window.Child(), static_cast<DWORD>(-15));
+  });  // no process has this id
   auto held = Start(30000, [&] { return InjectBroker(window.Top()); });
   const std::wstring host = L"serve-late-" + kProcess, address = L"https://" + host + L"%41";
   const std::tuple<DWORD, std::wstring, std::wstring> kLaunches[] = {
@@ -115,7 +117,7 @@ TEST(Waits, EndAfterTheTimeOut) {
   for (std::size_t i = 0; i < launched.size(); ++i) {
     const auto& [scheme, id, origin] = kLaunches[i];
     const std::string line = "sllauncher.exe /overwrite /emulate:\"" + kFolder +
-                             "SLBroker.xap\" /origin:\"" + Narrow(origin.c_str()) + '"';
+                             "SLBroker.xap\" /origin:\"" + tessel::Narrow(origin) + '"';
     const Outcome outcome = launched[i].get();
     const Texts record = launcher.Record(id);
     EXPECT_THAT(record, ElementsAre(line, kFolder.substr(0, kFolder.size() - 1), "1 0", _));

@@ -9,9 +9,8 @@ tessel_test(log LIBRARIES tessel_module
   PROPERTIES ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 tessel_test(archive LIBRARIES tessel_utility)
-tessel_test(pipe LIBRARIES tessel_utility ntdll)
+tessel_test(pipe LIBRARIES tessel_utility soak_counters)
 tessel_test(types LIBRARIES tessel_module)
-target_include_directories(types_test PRIVATE ${PROJECT_SOURCE_DIR}/clients/cpp)
 tessel_test(address LIBRARIES tessel_module)
 tessel_test(exports LIBRARIES version)
 add_dependencies(exports_test TesselSLB)
@@ -20,9 +19,8 @@ configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONL
 # test_parts takes the place of the programs that the module starts or talks to. The module finds these
 # programs by name in fixed places, so suites that use them run one at a time (RESOURCE_LOCK).
 add_executable(test_parts parts.cpp)
-target_include_directories(test_parts PRIVATE .)
-target_link_libraries(test_parts PRIVATE tessel_wire)
-add_dependencies(test_parts TesselSLB)
+target_include_directories(test_parts PRIVATE . ${PROJECT_SOURCE_DIR}/clients/cpp)
+target_link_libraries(test_parts PRIVATE tessel_wire TesselSLB)
 tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)
 tessel_test(element LIBRARIES TesselSLB oleaut32)

@@ -12,6 +12,7 @@
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
 #include "support/Text.h"
+#include "tessel/Text.h"
 
 using Items = std::vector<CComBSTR, HeapAllocator<CComBSTR>>;
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
@@ -22,30 +23,25 @@ inline const std::string kOwnId = std::to_string(::GetCurrentProcessId());
 
 inline std::wstring Address(const wchar_t* name) { return L"http://" + kProcess + name + L"/x"; }
 
-// Replaces each ' with ".
-inline std::string WithQuotes(std::string text) {
-  std::replace(text.begin(), text.end(), '\'', '"');
-  return text;
+inline std::string Narrow(const wchar_t* text) {
+  return tessel::Narrow(text == nullptr ? L"(null)" : text);
 }
 
-// A broker in a process of its own that sends the given answers one after the other.
+// A broker in a process of its own. It sends the given answers one after the other, and prints the
+// requests. Answers and printed requests have ' instead of ".
 class ScriptedBroker : public ChildProcess {
  public:
-  ScriptedBroker(SLUriScheme scheme, const std::wstring& address,
-                 const std::vector<std::string>& answers)
-      : ChildProcess(CommandLine(scheme, address, answers)) {
+  ScriptedBroker(SLUriScheme scheme, const std::wstring& address, const Texts& answers)
+      : ChildProcess(TestFolder() + L"test_parts.exe broker " + std::to_wstring(scheme) + L' ' +
+                     address + Quoted(answers)) {
     EXPECT_EQ(ReadLine(), "InitComm 0");
   }
 
  private:
-  static std::wstring CommandLine(SLUriScheme scheme, const std::wstring& address,
-                                  const std::vector<std::string>& answers) {
-    std::wstring line =
-        TestFolder() + L"test_parts.exe broker " + std::to_wstring(scheme) + L" " + address;
-    for (const std::string& answer : answers) {
-      line += L" \"" + std::wstring(answer.begin(), answer.end()) + L"\"";
-    }
-    return line;
+  static std::wstring Quoted(const Texts& answers) {
+    std::wstring all;
+    for (const std::string& answer : answers) all += L" \"" + tessel::Wide(answer) + L'"';
+    return all;
   }
 };
 

@@ -1,6 +1,6 @@
 // Collects the log lines of this process, from the debugger output of all its threads. Sets the log
-// level in the registry to VERBOSE, unless the constructor receives another level. All suites in a
-// Wine prefix share the level.
+// level in the registry to VERBOSE, unless the constructor receives false. All suites in a Wine
+// prefix share the level.
 #pragma once
 
 #include <windows.h>
@@ -15,10 +15,8 @@
 
 class LogCapture {
  public:
-  enum class Level { kVerbose, kAsItStands };
-
-  explicit LogCapture(Level level = Level::kVerbose) {
-    if (level == Level::kVerbose) SetLevel("VERBOSE");
+  explicit LogCapture(bool verbose = true) {
+    if (verbose) SetLevel("VERBOSE");
     Reset();
   }
 

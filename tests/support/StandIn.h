@@ -40,12 +40,11 @@ class StandIn {
     return Split(FileText(folder_ / (kind_ + L"-" + id + L".txt")), "\n");
   }
 
-  // For an injector only. Sets how long the injection takes, the exit code, and the broker to
-  // start.
-  void Prepare(int process, DWORD milliseconds, int exitCode,
-               const std::wstring& brokerCommand = L"") const {
-    std::ofstream(folder_ / (kind_ + L"-" + std::to_wstring(process) + L".in"))
-        << milliseconds << ' ' << exitCode << ' ' << std::filesystem::path(brokerCommand).string();
+  // For an injector only. Sets how long the injection takes, the exit code, and the command line of
+  // a broker to start. Programs that this process starts inherit the setting.
+  static void Prepare(DWORD milliseconds, int exitCode, const std::wstring& broker = L"") {
+    const std::wstring setting = std::to_wstring(milliseconds) + L' ' + std::to_wstring(exitCode);
+    ::SetEnvironmentVariableW(L"TEST_INJECTOR", (setting + L' ' + broker).c_str());
   }
 
  private:

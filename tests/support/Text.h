@@ -1,13 +1,12 @@
 // Splits texts and reads text files.
 #pragma once
 
-#include <windows.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Texts = std::vector<std::string>;
@@ -23,14 +22,14 @@ inline Texts Split(const std::string& text, const std::string& mark) {
   return pieces;
 }
 
-inline std::string FileText(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
+// Splits a text at the first `mark`. Without a mark, the second part is empty.
+inline std::pair<std::string, std::string> Cut(const std::string& text, const std::string& mark) {
+  const std::size_t end = std::min(text.find(mark), text.size());
+  return {text.substr(0, end), text.substr(std::min(end + mark.size(), text.size()))};
 }
 
-inline std::string Narrow(const wchar_t* text) {
-  char buffer[4096] = {};
-  ::WideCharToMultiByte(CP_UTF8, 0, text == nullptr ? L"(null)" : text, -1, buffer, 4096, nullptr,
-                        nullptr);
-  return buffer;
+inline std::string FileText(const std::filesystem::path& path,
+                            std::ios::openmode mode = std::ios::in) {
+  std::ifstream file(path, mode);
+  return {std::istreambuf_iterator<char>(file), {}};
 }

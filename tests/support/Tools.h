@@ -3,14 +3,12 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
-#include <string>
 
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
+#include "support/Text.h"
 #include "tools/shared/ConsoleText.h"
 
 // Returns the text as a quoted argument of a command line.
@@ -29,19 +27,15 @@ inline std::wstring Quoted(const std::string& text) {
 // long.
 inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine) {
   ChildProcess process(TestFolder() + commandLine);
-  std::string text = process.ReadToEnd();
-  std::erase(text, '\r');
-  text = std::regex_replace(text, std::regex("tessel: waiting for [^\n]*\n"), "");
-  return {process.Wait(), text};
+  const std::string text = process.ReadToEnd();
+  const std::regex notice("tessel: waiting for [^\n]*\n");
+  return {process.Wait(), std::regex_replace(text, notice, "")};
 }
 
-// Expects this exit code. If it is 0, the output must equal `output`; otherwise the output must
-// contain `output`.
+// Expects this exit code, and an output that contains `output`.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
-  const auto [exitCode, text] = ToolOutput(commandLine);
-  EXPECT_EQ(exitCode, code) << tessel::Narrow(commandLine);
-  EXPECT_TRUE(code == 0 ? text == output : text.find(output) != text.npos)
-      << tessel::Narrow(commandLine) << ": " << text;
+  EXPECT_THAT(ToolOutput(commandLine), testing::Pair(code, testing::HasSubstr(output)))
+      << tessel::Narrow(commandLine);
 }
 
 struct SceneFile {
@@ -57,17 +51,12 @@ class SceneBroker : public ChildProcess {
   explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
       : ChildProcess(TestFolder() + L"SceneBroker.exe" + Quoted(scene) + options) {
     for (std::string line; (line = ReadLine()) != "ready" && !line.empty();) {
-      facts_.emplace(line.substr(0, line.find(": ")), line.substr(line.find(": ") + 2));
+      facts_.insert_or_assign(Cut(line, ": ").first, Cut(line, ": ").second);
     }
   }
 
-  // Returns the fact number `index` (from 0) with this key.
-  const std::string& Fact(const std::string& key, int index = 0) const {
-    const auto [first, last] = facts_.equal_range(key);
-    if (std::distance(first, last) <= index)
-      throw std::runtime_error("the broker printed no " + key);
-    return std::next(first, index)->second;
-  }
+  // Returns the last fact with this key.
+  const std::string& Fact(const std::string& key) const { return facts_.at(key); }
 
   // Returns the request with '?' replaced by the broker's process id.
   std::string Request(const std::string& text) const {
@@ -80,21 +69,21 @@ class SceneBroker : public ChildProcess {
     return tessel::Narrow(client.Receive());
   }
 
-  // Returns a command line of the inspector, for this broker's window or for another window.
-  std::wstring InspectorLine(const std::string& command, const std::string& window = "") const {
+  // Returns a command line of the inspector, for this broker's window unless it names a window.
+  std::wstring InspectorLine(const std::string& command) const {
+    const std::string window = " --window=" + Fact("window");
     return L"tessel.exe " + tessel::Wide(command) + L" --address" + Quoted(Fact("address")) +
-           L" --window" + Quoted(window.empty() ? Fact("window") : window);
+           tessel::Wide(command.find("--window") == command.npos ? window : "");
   }
 
   // Closes the broker's window and returns the lines of its summary.
   std::string CloseAndReadSummary() {
     ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
-    std::string output = ReadToEnd();
-    std::erase(output, '\r');
+    const std::string output = ReadToEnd();
     EXPECT_EQ(Wait(), 0u);
     return output.substr(output.find("handed out: "));
   }
 
  private:
-  std::multimap<std::string, std::string> facts_;
+  std::map<std::string, std::string> facts_;
 };
