@@ -100,11 +100,6 @@ std::string Refilled(const SLElemData& element, Fill fill) {
   return result;
 }
 
-std::string Chain(SLElemData& element) {
-  return Refilled(element,
-                  [&](Records& chain) { return GetDefaultSelectorHierarchy(element, chain); });
-}
-
 std::string Ancestry(SLElemData& element) {
   Numbers numbers = {4};
   std::string result = Refilled(
@@ -132,7 +127,9 @@ std::string ResultOf(SLElemData& element, const std::string& name) {
   if (verb == "parent") return ParentOf(element);
   if (verb == "point") return Point(element);
   if (verb == "identity") return Identity(element, how);
-  if (verb == "selector") return Chain(element);
+  if (verb == "selector")
+    return Refilled(element,
+                    [&](Records& chain) { return GetDefaultSelectorHierarchy(element, chain); });
   if (verb == "ancestry") return Ancestry(element);
   if (verb == "find") return Collection(element, how);
   if (verb == "release") return std::to_string(ReleaseObj(element));

@@ -4,12 +4,10 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
+#include <set>
 
 #include "support/ChildProcess.h"
+#include "support/Text.h"
 
 namespace {
 
@@ -38,13 +36,19 @@ class Exports : public testing::Test {
 // names, so a build that changes, adds or loses one must fail.
 TEST_F(Exports, AreTheListAndNothingElse) {
   std::ifstream list((TestFolder() + L"exports.txt").c_str());
-  const std::vector<std::string> expected(std::istream_iterator<std::string>(list), {});
-  std::vector<std::string> names;
+  const std::set<std::string> expected(std::istream_iterator<std::string>(list), {});
+  std::set<std::string> names;
   const auto& table = *At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
   for (DWORD i = 0; i < table.NumberOfNames; ++i) {
-    names.push_back(At<char>(At<DWORD>(table.AddressOfNames)[i]));
+    names.insert(At<char>(At<DWORD>(table.AddressOfNames)[i]));
   }
-  EXPECT_THAT(names, testing::UnorderedElementsAreArray(expected));
+  const auto without = [](const auto& all, const auto& others) {
+    std::vector<std::string> rest;
+    std::ranges::set_difference(all, others, std::back_inserter(rest));
+    return rest;
+  };
+  EXPECT_THAT(without(expected, names), testing::IsEmpty()) << "missing in the DLL";
+  EXPECT_THAT(without(names, expected), testing::IsEmpty()) << "missing in exports.txt";
   EXPECT_EQ(table.NumberOfFunctions, table.NumberOfNames) << "exported only by ordinal";
 }
 

@@ -61,12 +61,7 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
 // This process is the broker, because SceneBroker does not give such answers. The address has no
 // scheme, so a search asks no other broker. The window is destroyed when the request has arrived.
 TEST(InspectorTest, ReportsEveryKindOfAnswer) {
-  const struct {
-    std::string command, notice;
-    const wchar_t* answer;
-    DWORD code;
-    std::string output;
-  } kCases[] = {
+  const std::tuple<std::string, std::string, const wchar_t*, DWORD, std::string> kCases[] = {
       {"at 1,2 --scheme tailored",
        "tessel: waiting for the broker to find the element at 1,2 (at most 70 s)", L"[0,7]", 5,
        "-12 (SL_ARCHIVE_FAILURE)"},
@@ -75,23 +70,23 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
       {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // the injection finds no window
       {"find ,,", "", L"[0,2000000000]", 5, "cannot find: "},
   };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.output);
+  for (const auto& [command, notice, answer, code, output] : kCases) {
+    SCOPED_TRACE(output);
     const HWND window =
         ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0);
     ASSERT_EQ(InitComm(SL_TAILORED_URI, INFINITE, L"tools"), SL_CHANNEL_SUCCESS);
-    ChildProcess tessel(TestFolder() + L"tessel.exe " + Wide(row.command) +
+    ChildProcess tessel(TestFolder() + L"tessel.exe " + Wide(command) +
                         L" --address tools --window" + Quoted(tessel::HandleText(window)));
     wchar_t request[100];
     DWORD size = 100;
     EXPECT_EQ(ReadMessage(request, &size), SL_CHANNEL_SUCCESS);
     ::DestroyWindow(window);
-    if (!row.notice.empty()) {
-      EXPECT_EQ(tessel.ReadLine(), row.notice);
+    if (!notice.empty()) {
+      EXPECT_EQ(tessel.ReadLine(), notice);
     }
-    EXPECT_EQ(WriteMessage(row.answer), SL_CHANNEL_SUCCESS);
-    EXPECT_THAT(tessel.ReadToEnd(), HasSubstr(row.output));
-    EXPECT_EQ(tessel.Wait(), row.code);
+    EXPECT_EQ(WriteMessage(answer), SL_CHANNEL_SUCCESS);
+    EXPECT_THAT(tessel.ReadToEnd(), HasSubstr(output));
+    EXPECT_EQ(tessel.Wait(), code);
     EXPECT_EQ(UninitComm(), SL_CHANNEL_SUCCESS);
   }
 }
@@ -106,9 +101,8 @@ TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   }
   for (const char* path : {TESSEL_SCENES "/login.json", TESSEL_SCENES "/orders.json",
                            TESSEL_TRANSCRIPTS "/odd.json"}) {
-    std::ifstream original(path);
     // Compare parsed values, to ignore the order of fields.
-    const auto scene = nlohmann::json::parse(original);
+    const auto scene = nlohmann::json::parse(FileText(path));
     std::string served = scene.dump();
     for (int round = 1; round <= 2; ++round) {
       const SceneFile file(served);

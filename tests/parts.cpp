@@ -5,17 +5,13 @@
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "TesselHost.h"
 #include "support/ChildProcess.h"
 #include "support/RawClient.h"
+#include "support/Text.h"
 #include "tessel/Text.h"
 #include "wire/Commands.h"
 

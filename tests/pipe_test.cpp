@@ -13,7 +13,6 @@
 #include "soak/ProcessCounters.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
-#include "support/Text.h"
 
 namespace {
 
@@ -97,13 +96,12 @@ struct Pipe : testing::Test {
   // if `line` is empty.
   void Meanwhile(const std::string& line, const std::string& script, std::function<void()> action) {
     LogCapture::Reset();
-    std::thread other([&] {
+    const std::jthread other([&] {
       while (!line.empty() && LogCapture::Count(line) == 0) ::Sleep(1);
       ::Sleep(line.empty() ? 0 : 50);
       action();
     });
     Expect(script);
-    other.join();
   }
   const LogCapture capture;
   // s is a server. c and d connect to s, p connects to the peer process, m is never connected.
@@ -169,9 +167,6 @@ TEST_F(Pipe, MessagesOfAnySizePassADuplicatedHandle) {
 
 TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
   Expect("s create 0 > yes; c connect > yes; s wait 0 > yes; d exists 0 > yes");
-  const std::uint64_t start = ::GetTickCount64();
-  Expect("d timeout 200 > yes; d connect > no; d close > yes; d timeout 30000 > yes");
-  EXPECT_GT(::GetTickCount64(), start + 200) << "connect waits for a busy pipe";
   ::DisconnectNamedPipe(SafeHandle(ends['s'].pipe.DuplicatePipeHandle(testId)).Get());
   Expect("s disconnect > no; c close > yes; s wait 0 > no, timed out");
   Expect("c connect > yes; s wait 0 > yes");

@@ -37,12 +37,7 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
   const std::string injected = "ERROR Silverlight injector succeeded";
   const std::string injection = "ERROR SL injection failed with code -11";
   const std::string injector3 = "ERROR Silverlight injector failed, exit code =3";
-  const struct {
-    Texts tailored, http;
-    int exitCode;
-    std::string result;
-    Texts errors;
-  } kCases[] = {
+  const std::tuple<Texts, Texts, int, std::string, Texts> kCases[] = {
       {{"[-8]"}, {"[0,'f']"}, 0, own + " 1" + uri + "f / 1", {}},
       {{"[5]"}, {}, 0, "5" + kept, {kFailed + "5"}},
       {{"[0,'g']"}, {}, 0, own + " 4" + uri + "g / 4", {}},
@@ -50,17 +45,17 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
       {{"[-8]", "[0,'h']"}, {"[-8]"}, 0, own + " 4" + uri + "h / 4", {injected}},
       {{"[-8]", "[-8]"}, {"[-8]", "[-8]"}, 0, "-8" + kept, {injected, kFailed + "-8"}},
   };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.result);
-    StandIn::Prepare(0, row.exitCode);
-    ScriptedBroker tailored(SL_TAILORED_URI, address, row.tailored);
-    ScriptedBroker http(SL_HTTP_URI, address, row.http);
-    EXPECT_EQ(Find(window.Child(), address), row.result);
-    EXPECT_EQ(Errors(), row.errors);
+  for (const auto& [tailored, http, exitCode, result, errors] : kCases) {
+    SCOPED_TRACE(result);
+    StandIn::Prepare(0, exitCode);
+    ScriptedBroker first(SL_TAILORED_URI, address, tailored);
+    ScriptedBroker second(SL_HTTP_URI, address, http);
+    EXPECT_EQ(Find(window.Child(), address), result);
+    EXPECT_EQ(Errors(), errors);
     std::string requests;
-    for (auto i = row.tailored.size() + row.http.size(); i > 0; --i) requests += request;
-    EXPECT_EQ(tailored.ReadToEnd() + http.ReadToEnd(), requests);
-    EXPECT_EQ(tailored.Wait() + http.Wait(), 0u) << "each broker has sent all its answers";
+    for (auto i = tailored.size() + http.size(); i > 0; --i) requests += request;
+    EXPECT_EQ(first.ReadToEnd() + second.ReadToEnd(), requests);
+    EXPECT_EQ(first.Wait() + second.Wait(), 0u) << "each broker has sent all its answers";
   }
   EXPECT_EQ(injector.Record(kProcess).size(), 15u) << "the injector ran for the last three rows";
 }

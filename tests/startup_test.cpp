@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <future>
-#include <thread>
 
 #include "TesselSLB/BrokerInjection.h"
 #include "TesselSLB/BrokerStartup.h"
@@ -27,15 +26,13 @@ const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
 const std::string kFolder = tessel::Narrow(TestFolder());
 
-// Starts a call on another thread. Expects that the call takes at least `least` milliseconds.
+// Makes a call. Expects that it takes at least `least` milliseconds.
 template <class Call>
-std::future<Outcome> Start(std::uint64_t least, Call call) {
-  return std::async(std::launch::async, [=] {
-    const std::uint64_t begin = ::GetTickCount64();
-    const int result = call();
-    EXPECT_GE(::GetTickCount64() - begin, least);
-    return Outcome(result, LogCapture::Messages("INFO", ::GetCurrentThreadId()));
-  });
+Outcome Timed(std::uint64_t least, Call call) {
+  const std::uint64_t begin = ::GetTickCount64();
+  const int result = call();
+  EXPECT_GE(::GetTickCount64() - begin, least);
+  return {result, LogCapture::Messages("INFO", ::GetCurrentThreadId())};
 }
 
 TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
@@ -100,33 +97,31 @@ TEST(Waits, EndAfterTheTimeOut) {
   const SafeHandle mutex(::CreateMutexW(nullptr, TRUE /*owned*/, kMutex));
   const TestWindow window;
   StandIn::Prepare(12000, 0);
-  auto slow = Start(10000, [&] {
-    return RunInjector(window.Child(), static_cast<DWORD>(-15));
-  });  // no process has this id
-  auto held = Start(30000, [&] { return InjectBroker(window.Top()); });
+  const auto inject = [&] { return RunInjector(window.Child(), static_cast<DWORD>(-15)); };
+  auto slow = std::async(std::launch::async, [&] { return Timed(10000, inject); });
+  auto held = std::async(std::launch::async,
+                         [&] { return Timed(30000, [&] { return InjectBroker(window.Top()); }); });
   const std::wstring host = L"serve-late-" + kProcess, address = L"https://" + host + L"%41";
-  const std::tuple<DWORD, std::wstring, std::wstring> kLaunches[] = {
-      {SL_TAILORED_URI, host + L"_41", L"https://" + host + L"_41/TailoredBroker/SLBroker.xap"},
-      {SL_HTTP_URI, L"http", L"http://slbroker.tessel.example/SLBroker.xap"},
-      {SL_HTTPS_URI, L"https", L"https://slbroker.tessel.example/SLBroker.xap"},
-      {SL_FILE_URI, L"file", L"file://" + TestFolder() + L"SLBroker.xap"}};
-  std::vector<std::future<Outcome>> launched;
-  for (const auto& launch : kLaunches) {
-    launched.push_back(Start(15000, [&] { return LaunchBroker(std::get<0>(launch), address); }));
-  }
-  for (std::size_t i = 0; i < launched.size(); ++i) {
-    const auto& [scheme, id, origin] = kLaunches[i];
+  const auto launch = [&](DWORD scheme, const std::wstring& id, const std::wstring& origin) {
+    const Outcome outcome = Timed(15000, [&] { return LaunchBroker(scheme, address); });
     const std::string line = "sllauncher.exe /overwrite /emulate:\"" + kFolder +
                              "SLBroker.xap\" /origin:\"" + tessel::Narrow(origin) + '"';
-    const Outcome outcome = launched[i].get();
     const Texts record = launcher.Record(id);
     EXPECT_THAT(record, ElementsAre(line, kFolder.substr(0, kFolder.size() - 1), "1 0", _));
-    const Texts lines = {"INFO sllauncher.exe=" + launcher.Program().string(),
-                         "INFO cmdLine=" + line,
-                         "INFO Created sllauncher process with pid " + record.at(3),
-                         "INFO Cannot connect to SLBroker pipe"};
-    EXPECT_EQ(outcome, Outcome(0, lines)) << scheme;
-  }
+    EXPECT_EQ(outcome, Outcome(0, {"INFO sllauncher.exe=" + launcher.Program().string(),
+                                   "INFO cmdLine=" + line,
+                                   "INFO Created sllauncher process with pid " + record.at(3),
+                                   "INFO Cannot connect to SLBroker pipe"}));
+  };
+  std::vector<std::jthread> launches;
+  launches.emplace_back(launch, SL_TAILORED_URI, host + L"_41",
+                        L"https://" + host + L"_41/TailoredBroker/SLBroker.xap");
+  launches.emplace_back(launch, SL_HTTP_URI, L"http",
+                        L"http://slbroker.tessel.example/SLBroker.xap");
+  launches.emplace_back(launch, SL_HTTPS_URI, L"https",
+                        L"https://slbroker.tessel.example/SLBroker.xap");
+  launches.emplace_back(launch, SL_FILE_URI, L"file", L"file://" + TestFolder() + L"SLBroker.xap");
+  launches.clear();
   EXPECT_EQ(slow.get(),
             Outcome(-11, {"INFO slinject.exe=" + injector.Program().string(),
                           "INFO cmdLine=slinject.exe --pid=-15",

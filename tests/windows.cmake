@@ -36,7 +36,7 @@ target_compile_definitions(c_test PRIVATE TESSEL_SOURCE="${PROJECT_SOURCE_DIR}")
 add_dependencies(c_test test_parts)
 
 foreach(tool scenebroker inspector)
-  tessel_test(${tool} LIBRARIES tessel_scene TesselSLB PROPERTIES RESOURCE_LOCK "launcher;scenes")
+  tessel_test(${tool} LIBRARIES tessel_scene tessel_client oleaut32 PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 tessel_test(windows LIBRARIES TesselSLB)

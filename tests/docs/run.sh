@@ -1,18 +1,33 @@
 #!/usr/bin/env bash
 # Fails if a document names a test that does not exist, or shows a sample that differs from its file.
-# Documents name tests as suite/Case.
+# Documents name tests as suite/Case, or as filters in commands.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 missing=0 named=0
-suites=$(ls tests/*_test.cpp soak/*_test.cpp | sed 's#.*/##; s#_test.cpp$##' | paste -sd'|')
-while read -r name; do
+# check SUITE FILTER: checks that the suite has a test that matches the filter.
+check() {
+  local test
   named=$((named + 1))
-  grep -qE "^TEST(_F)?\(\w+, ${name#*/}\)" tests/"${name%/*}"_test.cpp soak/"${name%/*}"_test.cpp 2>/dev/null && continue
-  echo "no such test: $name"
+  while read -r test; do
+    # shellcheck disable=SC2053 # the filter is a pattern
+    [[ $test == $2 ]] && return
+  done < <(sed -nE 's/^TEST(_F)?\((\w+), (\w+)\).*/\2.\3/p' "tests/$1_test.cpp")
+  echo "no such test: $1/$2"
   missing=1
+}
+
+suites=$(ls tests/*_test.cpp | sed 's#.*/##; s#_test.cpp$##' | paste -sd'|')
+while IFS=/ read -r suite name; do
+  check "$suite" "*.$name"
 done < <(grep -ohP "\b($suites)/[A-Z]\w+\b(?!\.)" docs/security.md docs/bounds.md | sort -u)
 [ "$named" -gt 0 ] || { echo "no document names a test"; exit 1; }
+
+named=0
+while read -r suite filter; do
+  check "$suite" "$filter"
+done < <(sed -nE "s#.*/(\w+)_test\.exe --gtest_filter='([^']*)'.*#\1 \2#p" docs/contributing.md)
+[ "$named" -gt 0 ] || { echo "no command has a filter"; exit 1; }
 
 # shows DOCUMENT FILE: the document holds the whole text of the file.
 shows() {

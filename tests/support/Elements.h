@@ -3,15 +3,9 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "TesselSilverlight.h"
 #include "support/ChildProcess.h"
 #include "support/LogCapture.h"
-#include "support/Text.h"
 #include "tessel/Text.h"
 
 using Items = std::vector<CComBSTR, HeapAllocator<CComBSTR>>;

@@ -5,13 +5,12 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <memory>
 #include <mutex>
-#include <string>
-#include <vector>
+
+#include "support/Text.h"
 
 class LogCapture {
  public:
@@ -42,17 +41,17 @@ class LogCapture {
   static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 
   // Returns the whole lines: "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".
-  static std::vector<std::string> Lines() {
+  static Texts Lines() {
     const std::lock_guard lock(mutex_);
     return lines_;
   }
 
   // Returns "LEVEL message" for each line of level `lowest` or above, in order. If `thread` is not
   // 0, returns only the lines of that thread.
-  static std::vector<std::string> Messages(const std::string& lowest = "ERROR", DWORD thread = 0) {
+  static Texts Messages(const std::string& lowest = "ERROR", DWORD thread = 0) {
     static const std::string kLevels[] = {"VERBOSE1", "INFO", "WARNING", "ERROR", "FATAL"};
     const auto rank = [](const auto& level) { return std::ranges::find(kLevels, level); };
-    std::vector<std::string> result;
+    Texts result;
     for (std::string& line : Lines()) {
       if (thread != 0 && !line.starts_with('{' + std::to_string(thread) + '}')) continue;
       line.resize(line.find_last_not_of('\n') + 1);
@@ -64,9 +63,8 @@ class LogCapture {
   }
 
   static std::size_t Count(const std::string& message) {
-    const std::vector<std::string> all = Messages("VERBOSE1");
-    return std::ranges::count(all, message,
-                              [](auto& line) { return line.substr(line.find(' ') + 1); });
+    return std::ranges::count(Messages("VERBOSE1"), message,
+                              [](auto& line) { return Cut(line, " ").second; });
   }
 
  private:
@@ -89,7 +87,7 @@ class LogCapture {
   }
 
   static inline std::mutex mutex_;
-  static inline std::vector<std::string> lines_;
+  static inline Texts lines_;
   const std::unique_ptr<void, decltype(&::RemoveVectoredExceptionHandler)> handler_{
       ::AddVectoredExceptionHandler(1 /*first*/, &OnException), &::RemoveVectoredExceptionHandler};
 };

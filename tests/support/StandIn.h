@@ -5,10 +5,6 @@
 
 #include <windows.h>
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include "support/ChildProcess.h"
 #include "support/Text.h"
 
