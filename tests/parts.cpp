@@ -5,7 +5,7 @@
 // shellapi.h needs windows.h before it
 #include <shellapi.h>
 
-#include <cstdio>
+#include <iostream>
 #include <sstream>
 
 #include "TesselHost.h"
@@ -21,11 +21,6 @@ using std::filesystem::path;
 
 const std::wstring kReleaseRequest =
     L'[' + std::to_wstring(static_cast<int>(wire::Command::kRelease)) + L',';
-
-void Print(const std::string& line) {
-  std::puts(line.c_str());
-  std::fflush(stdout);
-}
 
 // Appends to the file: the command line, the current folder, the start-up flags and the show
 // command, and the process id.
@@ -43,14 +38,14 @@ void RecordStart(const path& file) {
 // "silent" waits until the client has given up. An answer after "*" is repeated for ever. An answer
 // after "~" is [0,true] instead if the request is a release.
 int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstring>& answers) {
-  Print("InitComm " + std::to_string(InitComm(scheme, 60000, address.c_str())));
+  std::cout << "InitComm " << InitComm(scheme, 60000, address.c_str()) << std::endl;
   for (auto answer = answers.begin(); answer != answers.end();) {
     wchar_t request[2000] = {};
     DWORD size = 2000;
     if (ReadMessage(request, &size) != SL_CHANNEL_SUCCESS) return 3;
     std::string printed = tessel::Narrow(request);
     std::replace(printed.begin(), printed.end(), '"', '\'');
-    Print(printed);
+    std::cout << printed << std::endl;
     if (*answer == L"silent") ::Sleep(25000);
     std::wstring text = *answer;
     std::replace(text.begin(), text.end(), L'\'', L'"');

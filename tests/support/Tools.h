@@ -11,16 +11,12 @@
 #include "support/Text.h"
 #include "tools/shared/ConsoleText.h"
 
-// Returns the text as a quoted argument of a command line.
+// Returns the text as a quoted argument of a command line. Backslashes before a double quote, or at
+// the end, count twice.
 inline std::wstring Quoted(const std::string& text) {
-  std::wstring argument = L" \"";
-  std::size_t backslashes = 0;
-  for (const wchar_t character : tessel::Wide(text)) {
-    if (character == L'"') argument.append(backslashes + 1, L'\\');
-    backslashes = character == L'\\' ? backslashes + 1 : 0;
-    argument += character;
-  }
-  return argument.append(backslashes, L'\\') + L'"';
+  const std::wregex quote(L"(\\\\*)\""), tail(L"(\\\\+)$");
+  const std::wstring inner = std::regex_replace(tessel::Wide(text), quote, L"$1$1\\\"");
+  return L" \"" + std::regex_replace(inner, tail, L"$1$1") + L'"';
 }
 
 // Returns the exit code and the output. Removes the notices that tessel prints when a call takes
