@@ -7,12 +7,15 @@ usage() {
   cat <<'TEXT'
 usage: ./soak.sh [--seed N] [MINUTES]
 
-Installs what is missing, builds, and runs two parts under Wine.
+Installs what is missing, builds, and runs three parts under Wine.
 
 Clients: two processes with four threads each call two brokers. The brokers are
 killed, suspended, ended in order and started again. Impostors take their place
 that talk nonsense, vanish, hang up, are slow or never answer. Each call may end
 only with a code that its broker's state explains.
+
+Handles: threads share handles of the C interface. They use them and free them at
+random. The broker must get back every element.
 
 Host: raw clients misuse its channel while another thread closes it at every
 moment.
@@ -21,11 +24,11 @@ Each part ends with a verdict: nothing may be lost, no answer wrong, and each
 process must hold at the end what it held after its warm-up. The script's code is
 not 0 when a verdict is bad.
 
-  MINUTES   for both parts together, without the build; 5 if absent. The clients
-            get two thirds, the host the rest. This includes the warm-ups: about a
-            minute for the clients and half a minute for the host. After its
-            warm-up each part runs for 10 seconds at least, so less than 2 minutes
-            still take almost 2.
+  MINUTES   for all parts together, without the build; 5 if absent. The clients
+            get six tenths, the handles one tenth, the host the rest. This includes
+            the warm-ups: about a minute for the clients and half a minute for the
+            host. After its warm-up each part runs for 10 seconds at least, so less
+            than 2 minutes still take almost 2.
   --seed N  for the random faults; printed by every run
   --help    this text
 TEXT
@@ -61,7 +64,23 @@ failed=0
 begin=$SECONDS
 step "Clients against failing brokers"
 ends_with_word '^verdict of the clients: nothing lost' \
-  "$ROOT/cmake/run-wine.sh" "$BIN/soak_conductor.exe" "$(calculate "$minutes * 2 / 3")" "$seed" || failed=1
+  "$ROOT/cmake/run-wine.sh" "$BIN/soak_conductor.exe" "$(calculate "$minutes * 0.6")" "$seed" || failed=1
+step "Threads that share handles of the C interface"
+broker_output=$ROOT/build/soak-broker.txt
+: >"$broker_output"
+"$ROOT/cmake/run-wine.sh" "$BIN/SceneBroker.exe" "Z:$ROOT/tools/scenes/login.json" >"$broker_output" &
+broker=$!
+until grep -q '^ready' "$broker_output"; do
+  kill -0 "$broker" || die "the broker did not start (output: $broker_output)"
+  sleep 0.1
+done
+fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$broker_output"; }
+ends_with_word '^verdict of the handles: nothing lost' "$ROOT/cmake/run-wine.sh" "$BIN/soak_shared_handles.exe" \
+  "$(fact window)" "$(fact address)" "$(calculate "($minutes * 6 > 10) ? $minutes * 6 : 10")" "$seed" || failed=1
+kill -INT "$broker"
+wait "$broker" || failed=1
+sed -n '/^handed out/,$p' "$broker_output"
+grep -q '^still held: 0' "$broker_output" || failed=1
 step "A host under hostile clients"
 ends_with_word '^verdict of the host: nothing lost' \
   "$ROOT/cmake/run-wine.sh" "$BIN/soak_host.exe" "$(calculate "$minutes - $((SECONDS - begin)) / 60")" "$seed" || failed=1

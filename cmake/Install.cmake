@@ -2,10 +2,11 @@
 # moved.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS TesselSLB SceneBroker tessel
+install(TARGETS TesselSLB TesselSLB_c SceneBroker tessel
   RUNTIME DESTINATION bin ARCHIVE DESTINATION lib FILE_SET HEADERS DESTINATION include)
 if(NOT MSVC)
-  install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_x64.lib DESTINATION lib)
+  install(FILES ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_x64.lib
+    ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_c.lib DESTINATION lib)
 endif()
 
 # The headers of the C++ client library include those of wire/, relative to their own folder.
@@ -14,6 +15,8 @@ install(FILES wire/Addresses.h wire/Statuses.h DESTINATION include/tessel/wire)
 
 write_basic_package_version_file(generated/TesselSLBConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 configure_file(cmake/TesselSLB.pc.in generated/TesselSLB.pc @ONLY)
+configure_file(cmake/TesselSLB_c.pc.in generated/TesselSLB_c.pc @ONLY)
 install(FILES cmake/TesselSLBConfig.cmake ${PROJECT_BINARY_DIR}/generated/TesselSLBConfigVersion.cmake
   DESTINATION lib/cmake/TesselSLB)
-install(FILES ${PROJECT_BINARY_DIR}/generated/TesselSLB.pc DESTINATION lib/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/generated/TesselSLB.pc
+  ${PROJECT_BINARY_DIR}/generated/TesselSLB_c.pc DESTINATION lib/pkgconfig)

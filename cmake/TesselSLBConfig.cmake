@@ -1,13 +1,16 @@
-# find_package(TesselSLB) reads this file. It defines two targets: TesselSLB::TesselSLB for broker hosts
-# and for clients that call the module itself, and TesselSLB::Client for the C++ client library.
+# find_package(TesselSLB) reads this file. It defines three targets: TesselSLB::TesselSLB for broker hosts
+# and for clients that call the module itself, TesselSLB::Client for the C++ client library, and
+# TesselSLB::C for the C interface.
 if(TARGET TesselSLB::TesselSLB)
   return()
 endif()
 get_filename_component(_prefix "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 if(MSVC)
-  set(_library TesselSLB_x64.lib)
+  set(_before "")
+  set(_after .lib)
 else()
-  set(_library libTesselSLB_x64.dll.a)
+  set(_before lib)
+  set(_after .dll.a)
 endif()
 
 add_library(TesselSLB::TesselSLB SHARED IMPORTED)
@@ -15,7 +18,7 @@ add_library(TesselSLB::TesselSLB SHARED IMPORTED)
 # iterator debugging, because it adds a pointer to each vector, which the module does not expect.
 set_target_properties(TesselSLB::TesselSLB PROPERTIES
   IMPORTED_LOCATION "${_prefix}/bin/TesselSLB_x64.dll"
-  IMPORTED_IMPLIB "${_prefix}/lib/${_library}"
+  IMPORTED_IMPLIB "${_prefix}/lib/${_before}TesselSLB_x64${_after}"
   INTERFACE_INCLUDE_DIRECTORIES "${_prefix}/include"
   INTERFACE_COMPILE_DEFINITIONS "$<$<CXX_COMPILER_ID:MSVC>:_ITERATOR_DEBUG_LEVEL=0>"
   INTERFACE_COMPILE_FEATURES cxx_std_17
@@ -25,5 +28,12 @@ add_library(TesselSLB::Client INTERFACE IMPORTED)
 set_target_properties(TesselSLB::Client PROPERTIES
   INTERFACE_COMPILE_FEATURES cxx_std_20
   INTERFACE_LINK_LIBRARIES TesselSLB::TesselSLB)
-unset(_library)
+
+add_library(TesselSLB::C SHARED IMPORTED)
+set_target_properties(TesselSLB::C PROPERTIES
+  IMPORTED_LOCATION "${_prefix}/bin/TesselSLB_c.dll"
+  IMPORTED_IMPLIB "${_prefix}/lib/${_before}TesselSLB_c${_after}"
+  INTERFACE_INCLUDE_DIRECTORIES "${_prefix}/include")
+unset(_before)
+unset(_after)
 unset(_prefix)

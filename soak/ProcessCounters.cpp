@@ -8,6 +8,9 @@
 #include <thread>
 #include <vector>
 
+// The system exports this function, but MinGW does not declare it.
+extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
+
 namespace soak {
 
 namespace {
@@ -76,6 +79,8 @@ long CountWindows() {
 }
 
 }  // namespace
+
+void SwitchOffTextCache() { ::SetOaNoCache(); }
 
 ProcessCounters CountProcess() {
   return {CountHandles(), CountBlocks(), CountThreads(), CountWindows()};

@@ -17,6 +17,9 @@ struct ProcessCounters {
 // heap.
 ProcessCounters CountProcess();
 
+// Without this call the system keeps a varying number of freed BSTRs, which count as blocks.
+void SwitchOffTextCache();
+
 // Calls `round` again and again until the counters stay the same over several rounds, and returns
 // them. The counters grow at first, because the system allocates some resources on first use and
 // for each thread. Returns no value if they never stay the same.

@@ -12,9 +12,6 @@
 #include "Caller.h"
 #include "ProcessCounters.h"
 
-// The system exports this function, but MinGW does not declare it.
-extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
-
 namespace {
 
 using namespace soak;
@@ -92,8 +89,8 @@ int main(int count, char** arguments) {
   const int index = std::atoi(arguments[2]);
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
-  ::SetOaNoCache();  // otherwise the system keeps a varying number of freed BSTRs
-  AllNonsense();     // this allocates the table before the counting begins
+  SwitchOffTextCache();
+  AllNonsense();  // this allocates the table before the counting begins
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;

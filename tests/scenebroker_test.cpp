@@ -103,9 +103,9 @@ TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
   for (int round = 0; round < 5; ++round) {
     for (tessel::Element& element : content.Find({})) {
       element = std::move(element.Selector().back());
-      element.Ancestors();
-      element.Parent();
-      content.Focused();
+      (void)element.Ancestors();
+      (void)element.Parent();
+      (void)content.Focused();
     }
     RawClient client(tessel::Wide(broker.Fact("pipe")));
     // The module never writes this space, so the test finds this request in the broker's output.

@@ -34,4 +34,5 @@ shows() {
   [[ $(<"$1") == *"$(<"$2")"* ]] || { echo "$1 does not show $2 as it is"; missing=1; }
 }
 shows docs/clients.md clients/cpp/first.cpp
+shows docs/clients.md clients/c/first.c
 exit "$missing"
