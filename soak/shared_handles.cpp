@@ -89,8 +89,11 @@ class Worker {
   }
 
   std::uint64_t Take() {
+    const tessel_list list = lists[Random(2)];
     tessel_element element = 0;
-    Succeeded(tessel_list_take(lists[Random(2)], 0, &element, nullptr));
+    size_t size = 0;
+    Succeeded(tessel_list_size(list, &size, nullptr));
+    if (size > 0) Succeeded(tessel_list_take(list, 0, &element, nullptr));
     return element;
   }
 

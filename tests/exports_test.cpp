@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <regex>
 #include <set>
 
 #include "support/ChildProcess.h"
@@ -12,7 +13,13 @@
 namespace {
 
 // Reads the tables of the DLL, which is mapped as a module without running any of its code.
-class Exports : public testing::Test {
+struct Dll {
+  const char* name;
+  const char* list;     // a file that holds the names of its exports
+  const char* pattern;  // finds these names
+};
+
+class Exports : public testing::TestWithParam<Dll> {
  protected:
   void SetUp() override { ASSERT_NE(module_, nullptr); }
   void TearDown() override { ::FreeLibrary(module_); }
@@ -28,15 +35,20 @@ class Exports : public testing::Test {
     return Headers().OptionalHeader.DataDirectory[index].VirtualAddress;
   }
 
-  const std::wstring path_ = TestFolder() + L"TesselSLB_x64.dll";
+  const std::wstring path_ =
+      TestFolder() + std::wstring(GetParam().name, GetParam().name + strlen(GetParam().name));
   const HMODULE module_ = ::LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
 };
 
 // exports.txt repeats the names of TesselSLB.def on purpose. Clients find the functions by these
 // names, so a build that changes, adds or loses one must fail.
-TEST_F(Exports, AreTheListAndNothingElse) {
-  std::ifstream list((TestFolder() + L"exports.txt").c_str());
-  const std::set<std::string> expected(std::istream_iterator<std::string>(list), {});
+TEST_P(Exports, AreTheListAndNothingElse) {
+  const std::string list = FileText(GetParam().list);
+  const std::regex name(GetParam().pattern);
+  std::set<std::string> expected;
+  for (std::sregex_iterator next(list.begin(), list.end(), name), end; next != end; ++next) {
+    expected.insert(next->str(1));
+  }
   std::set<std::string> names;
   const auto& table = *At<IMAGE_EXPORT_DIRECTORY>(Directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
   for (DWORD i = 0; i < table.NumberOfNames; ++i) {
@@ -48,22 +60,22 @@ TEST_F(Exports, AreTheListAndNothingElse) {
     return rest;
   };
   EXPECT_THAT(without(expected, names), testing::IsEmpty()) << "missing in the DLL";
-  EXPECT_THAT(without(names, expected), testing::IsEmpty()) << "missing in exports.txt";
+  EXPECT_THAT(without(names, expected), testing::IsEmpty()) << "missing in the list";
   EXPECT_EQ(table.NumberOfFunctions, table.NumberOfNames) << "exported only by ordinal";
 }
 
-TEST_F(Exports, NeedsOnlyLibrariesOfWindows) {
+TEST_P(Exports, NeedsOnlyWindowsAndTheModule) {
   std::vector<std::string> names;
   const auto* entry = At<IMAGE_IMPORT_DESCRIPTOR>(Directory(IMAGE_DIRECTORY_ENTRY_IMPORT));
   for (; entry->Name != 0; ++entry) names.push_back(At<char>(entry->Name));
   EXPECT_FALSE(names.empty());
-  EXPECT_THAT(names,
-              testing::IsSubsetOf({"ADVAPI32.dll", "dbghelp.dll", "KERNEL32.dll", "msvcrt.dll",
-                                   "OLEAUT32.dll", "SHELL32.dll", "SHLWAPI.dll", "USER32.dll"}));
+  EXPECT_THAT(names, testing::IsSubsetOf({"ADVAPI32.dll", "dbghelp.dll", "KERNEL32.dll",
+                                          "msvcrt.dll", "OLEAUT32.dll", "SHELL32.dll",
+                                          "SHLWAPI.dll", "USER32.dll", "TesselSLB_x64.dll"}));
   EXPECT_EQ(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT), 0u);
 }
 
-TEST_F(Exports, IsHardened) {
+TEST_P(Exports, IsHardened) {
   constexpr WORD kWanted = IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA |
                            IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE |
                            IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
@@ -76,7 +88,7 @@ TEST_F(Exports, IsHardened) {
   }
 }
 
-TEST_F(Exports, CarriesItsVersion) {
+TEST_P(Exports, CarriesItsVersion) {
   std::vector<char> resource(::GetFileVersionInfoSizeW(path_.c_str(), nullptr));
   ASSERT_TRUE(::GetFileVersionInfoW(path_.c_str(), 0, static_cast<DWORD>(resource.size()),
                                     resource.data()));
@@ -90,5 +102,11 @@ TEST_F(Exports, CarriesItsVersion) {
   ASSERT_TRUE(::VerQueryValueW(resource.data(), L"\\", &found, &length));
   EXPECT_EQ(static_cast<const VS_FIXEDFILEINFO*>(found)->dwProductVersionMS, 0x10000u);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Dlls, Exports,
+    testing::Values(Dll{"TesselSLB_x64.dll", TESSEL_SOURCE "/tests/exports.txt", "(\\S+)"},
+                    Dll{"TesselSLB_c.dll", TESSEL_SOURCE "/clients/c/tesselslb.h",
+                        "TESSEL_C_API \\w+ (\\w+)\\("}));
 
 }  // namespace

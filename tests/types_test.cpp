@@ -76,7 +76,7 @@ TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
                                          {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},
                                          {"BROKER_NOT_SUPPORTED", wire::kNotSupported},
                                          {"BROKER_MALFORMED_REQUEST", wire::kMalformedRequest}};
-  const std::string header = FileText(TESSEL_PUBLIC_HEADERS "/TesselCodes.h");
+  const std::string header = FileText(TESSEL_SOURCE "/Common/include/TesselCodes.h");
   const std::regex code("\\n\\s*(SL_\\w+)(?: = (-?\\d+))?");
   for (std::sregex_iterator next(header.begin() + header.find("enum SLResult"), header.end(), code);
        next != std::sregex_iterator(); ++next) {

@@ -3,7 +3,7 @@
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
-  TESSEL_PUBLIC_HEADERS="${PROJECT_SOURCE_DIR}/Common/include")
+  TESSEL_SOURCE="${PROJECT_SOURCE_DIR}")
 
 tessel_test(log LIBRARIES tessel_module
   PROPERTIES ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
@@ -13,8 +13,7 @@ tessel_test(pipe LIBRARIES tessel_utility soak_counters)
 tessel_test(types LIBRARIES tessel_module)
 tessel_test(address LIBRARIES tessel_module)
 tessel_test(exports LIBRARIES version)
-add_dependencies(exports_test TesselSLB)
-configure_file(exports.txt ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/exports.txt COPYONLY)
+add_dependencies(exports_test TesselSLB TesselSLB_c)
 
 # test_parts takes the place of the programs that the module starts or talks to. The module finds these
 # programs by name in fixed places, so suites that use them run one at a time (RESOURCE_LOCK).
@@ -32,7 +31,6 @@ tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK lau
 add_dependencies(client_test test_parts)
 
 tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher)
-target_compile_definitions(c_test PRIVATE TESSEL_SOURCE="${PROJECT_SOURCE_DIR}")
 add_dependencies(c_test test_parts)
 
 foreach(tool scenebroker inspector)

@@ -88,9 +88,14 @@ int32_t tessel_element_identify(tessel_element element, tessel_element ancestor,
     const LockedElement target = frame.LockElement(element);
     if (ancestor == 0) {
       result = IdentityOf(target->Identify());
-    } else {
-      result = IdentityOf(target->Identify(*frame.LockElement(ancestor).object->element));
+      return;
     }
+    const auto other = frame.Find<ElementObject>(ancestor);
+    // Locking a second content could make two threads wait for each other.
+    if (other->lock != target.ContentLock()) {
+      throw frame.Invalid("the ancestor belongs to another content");
+    }
+    result = IdentityOf(target->Identify(*other->element));
   });
 }
 

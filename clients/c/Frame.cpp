@@ -36,7 +36,8 @@ Search Frame::Given(const tessel_search* search) const {
 }
 
 SLUriScheme Frame::GivenScheme(std::int32_t scheme) const {
-  if (scheme < TESSEL_ANY_SCHEME || scheme > TESSEL_TAILORED) throw Invalid("there is no such scheme");
+  if (scheme < TESSEL_ANY_SCHEME || scheme > TESSEL_TAILORED)
+    throw Invalid("there is no such scheme");
   return static_cast<SLUriScheme>(scheme);
 }
 

@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "clients/c/Lock.h"
+
 namespace tessel::c {
 
 template <class... Objects>
@@ -19,7 +21,7 @@ class HandleTable {
 
   template <class Object>
   Handle Add(std::shared_ptr<Object> object) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard guard(lock_);
     if (free_.empty()) {
       free_.reserve(slots_.size() + 1);  // so that Remove needs no memory
       slots_.emplace_back();
@@ -34,7 +36,7 @@ class HandleTable {
   // Returns null if the handle names no object of this kind.
   template <class Object>
   std::shared_ptr<Object> Find(Handle handle) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard guard(lock_);
     const std::optional<std::size_t> index = IndexOf<Object>(handle);
     return index ? std::get<std::shared_ptr<Object>>(slots_[*index].object) : nullptr;
   }
@@ -42,7 +44,7 @@ class HandleTable {
   // Returns the object, or null as above. The handle names nothing afterwards.
   template <class Object>
   std::shared_ptr<Object> Remove(Handle handle) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard guard(lock_);
     const std::optional<std::size_t> index = IndexOf<Object>(handle);
     if (!index) return nullptr;
     Slot& slot = slots_[*index];
@@ -88,7 +90,7 @@ class HandleTable {
     return index;
   }
 
-  std::mutex mutex_;
+  Lock lock_;
   std::vector<Slot> slots_;
   std::vector<std::size_t> free_;
 };

@@ -8,14 +8,13 @@
 #include <vector>
 
 #include "clients/c/HandleTable.h"
+#include "clients/c/Lock.h"
 #include "tessel/Client.h"
 
 namespace tessel::c {
 
-// Calls of one content run one after another. A look of the caller's own may call too, on the
-// thread that already holds the lock.
-using Lock = std::recursive_mutex;
-
+// Its lock is shared with the elements: calls of one content run one after another. A look of the
+// caller's own may call too, on the thread that already holds the lock.
 struct ContentObject {
   explicit ContentObject(Content content) : content(std::move(content)) {}
 
@@ -46,7 +45,7 @@ struct ListEntry {
 };
 
 struct ListObject {
-  std::mutex lock;
+  Lock lock;
   std::vector<ListEntry> entries;
 };
 

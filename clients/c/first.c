@@ -9,8 +9,8 @@ int main(void) {
   const tessel_search search = {.text3 = L"user"};
   tessel_content content = 0;
   tessel_element user = 0;
-  wchar_t *value = NULL;
-  tessel_error *error = NULL;
+  wchar_t* value = NULL;
+  tessel_error* error = NULL;
   _setmode(1 /*stdout*/, _O_U8TEXT);
   if (tessel_content_open_title(L"Caf\u00e9 Gr\u00f6\u00dfe \u2013 Sign in",
                                 L"http://shop.example/portal/login.html", TESSEL_ANY_SCHEME,

@@ -196,7 +196,8 @@ TESSEL_C_API int32_t tessel_element_selector(tessel_element element, tessel_list
 TESSEL_C_API int32_t tessel_element_find(tessel_element element, const tessel_search* search,
                                          tessel_list* list, tessel_error** error);
 
-// `ancestor` may be 0. Otherwise the broker identifies the element relative to it.
+// `ancestor` may be 0. Otherwise the broker identifies the element relative to it. It must belong
+// to the same content (-5).
 TESSEL_C_API int32_t tessel_element_identify(tessel_element element, tessel_element ancestor,
                                              tessel_identity* identity, tessel_error** error);
 
@@ -271,7 +272,8 @@ TESSEL_C_API int32_t tessel_wait_until_attribute(tessel_element element, const w
 
 // A look of your own. It sets `met` to 1 if the condition is met. Otherwise it may set `seen` to a
 // text that stays valid until the next look or the end of the wait. A result other than 0 ends the
-// wait with that code. It may use this interface. It runs on the thread that waits.
+// wait with that code. It runs on the thread that waits. It may use this interface, but only
+// with this content: two looks that use each other's content could wait for each other for ever.
 typedef int32_t (*tessel_look)(void* context, int32_t* met, const wchar_t** seen);
 
 // `what` completes the sentence "waited until ...".
