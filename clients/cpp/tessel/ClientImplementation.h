@@ -295,17 +295,21 @@ inline auto AttributeIs(Element& element, std::wstring_view name, std::wstring_v
 template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval) {
+  using std::chrono::milliseconds;
   using Clock = std::chrono::steady_clock;
+  // Sleep takes 32 bits, and a value of all ones would mean for ever.
+  constexpr milliseconds kLongestSleep = std::chrono::hours(24);
   Session::Wait wait(*condition.session_);
-  const auto deadline = Clock::now() + timeout;
+  const auto begin = Clock::now();
   for (std::wstring seen;;) {
     if (auto met = condition.look_(seen)) return detail::ValueOf(std::move(met));
     wait.EndFirstLook();
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    if (left.count() <= 0) {
+    const auto left = timeout - std::chrono::floor<milliseconds>(Clock::now() - begin);
+    if (left <= milliseconds::zero()) {
       throw detail::TimedOut(condition.what_, timeout, seen, condition.session_->address);
     }
-    ::Sleep(static_cast<DWORD>((std::min)(left, interval).count()));
+    const milliseconds pause = (std::min)({left, interval, kLongestSleep});
+    ::Sleep(static_cast<DWORD>((std::max)(pause, milliseconds::zero()).count()));
   }
 }
 
