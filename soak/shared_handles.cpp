@@ -27,11 +27,13 @@ std::atomic<long> calls = 0, badHandles = 0, wrong = 0;
 void* window = nullptr;
 std::wstring address;
 
-// Counts the call. Another thread may free the handle before the call (-102), or during it (-13).
-bool Succeeded(int32_t code) {
+// Counts the call. Another thread may free the handle before the call (-102), or during a wait
+// (-13). The condition of a wait is never met (-103).
+bool Succeeded(int32_t code, bool isWait = false) {
   ++calls;
   if (code == TESSEL_BAD_HANDLE) ++badHandles;
-  if (code == 0 || code == TESSEL_BAD_HANDLE || code == -13) return code == 0;
+  if (code == 0 || code == TESSEL_BAD_HANDLE) return code == 0;
+  if (isWait && (code == SL_INVALID_OBJECT || code == TESSEL_TIMED_OUT)) return false;
   if (++wrong <= 10) std::printf("wrong code %d\n", static_cast<int>(code));
   return false;
 }
@@ -67,7 +69,7 @@ class Worker {
 
   static std::uint64_t Open() {
     tessel_content content = 0;
-    Succeeded(tessel_content_open(window, address.c_str(), TESSEL_TAILORED, &content, nullptr));
+    Succeeded(tessel_content_open(window, address.c_str(), SL_TAILORED_URI, &content, nullptr));
     return content;
   }
 
@@ -80,7 +82,9 @@ class Worker {
   std::uint64_t Find() {
     const tessel_search search = {nullptr, L"Box", nullptr, 0, 1};
     tessel_list list = 0;
-    if (Random(2) == 0) {
+    if (Random(3) == 0) {
+      Succeeded(tessel_element_find(elements[Random(4)], &search, &list, nullptr));
+    } else if (Random(2) == 0) {
       Succeeded(tessel_content_find(contents[Random(2)], &search, &list, nullptr));
     } else {
       Succeeded(tessel_element_ancestors(elements[Random(4)], &list, nullptr));
@@ -101,7 +105,7 @@ class Worker {
     wchar_t* text = nullptr;
     tessel_rectangle rectangle;
     tessel_error* error = nullptr;
-    switch (Random(4)) {
+    switch (Random(5)) {
       case 0:
         Succeeded(tessel_element_id(element, &text, &error));
         break;
@@ -110,6 +114,9 @@ class Worker {
         break;
       case 2:
         Succeeded(tessel_element_rectangle(element, &rectangle, &error));
+        break;
+      case 3:
+        Succeeded(tessel_wait_until_attribute(element, L"type", L"none", 3, 1, &error), true);
         break;
       default:
         Succeeded(tessel_element_click(element, &error));

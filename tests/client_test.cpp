@@ -47,7 +47,8 @@ TEST(Client, MakesTheseCallsForTheseAnswers) {
       {{"[0,false]"},
        [](Content&, Element a) {
          EXPECT_THROW(a.Release(), Error);
-         return a.Release(), "";
+         EXPECT_THROW(a.Release(), Error);
+         return a.Find({}).empty() ? "nothing" : "the whole content";
        },
        "-13 the element was released, abandoned or moved",
        "ReleaseObj a -3, ReleaseObj  -13"},
@@ -148,6 +149,21 @@ TEST(Client, ReleasesWithoutACallWhileTheBrokerIsLost) {
   EXPECT_THROW(elements.back().Click(), Error);
   elements.clear();
   EXPECT_EQ(calls.text, "ReleaseObj a -9, ClickElem c -9, ClickElem d 103, ReleaseObj d 0");
+}
+
+TEST(Client, StartsOneLauncherWhenItsBrokerIsKilled) {
+  const std::wstring name = L"client-killed" + kProcess, address = L"http://" + name;
+  const auto begin = std::chrono::steady_clock::now();
+  ScriptedBroker broker(SL_TAILORED_URI, address, {TwoHundredElements(), "[0]"});
+  const StandIn launcher(L"sllauncher");
+  {
+    const auto elements = Content(::GetDesktopWindow(), address).Find({});
+    EXPECT_EQ(elements.size(), 200u);
+    broker.Kill();
+    broker.Wait();
+  }
+  EXPECT_EQ(launcher.Record(name).size(), 4u) << "four lines a start";
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 60s);
 }
 
 TEST(Waits, StartABrokerOnlyForTheFirstLook) {

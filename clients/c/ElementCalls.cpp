@@ -85,17 +85,15 @@ int32_t tessel_element_identify(tessel_element element, tessel_element ancestor,
                                 tessel_identity* identity, tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
     tessel_identity& result = frame.Cleared(identity);
-    const LockedElement target = frame.LockElement(element);
     if (ancestor == 0) {
-      result = IdentityOf(target->Identify());
+      result = IdentityOf(frame.LockElement(element)->Identify());
       return;
     }
-    const auto other = frame.Find<ElementObject>(ancestor);
-    // Locking a second content could make two threads wait for each other.
-    if (other->lock != target.ContentLock()) {
-      throw frame.Invalid("the ancestor belongs to another content");
-    }
-    result = IdentityOf(target->Identify(*other->element));
+    const auto target = frame.Find<ElementObject>(element);
+    const auto relative = frame.Find<ElementObject>(ancestor);
+    // Locks both contents at once, because another thread may need them in the other order.
+    const std::scoped_lock guard(*target->lock, *relative->lock);
+    result = IdentityOf(target->element->Identify(*relative->element));
   });
 }
 

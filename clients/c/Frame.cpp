@@ -36,8 +36,7 @@ Search Frame::Given(const tessel_search* search) const {
 }
 
 SLUriScheme Frame::GivenScheme(std::int32_t scheme) const {
-  if (scheme < TESSEL_ANY_SCHEME || scheme > TESSEL_TAILORED)
-    throw Invalid("there is no such scheme");
+  if (scheme < 0 || scheme > int{SL_TAILORED_URI}) throw Invalid("there is no such scheme");
   return static_cast<SLUriScheme>(scheme);
 }
 
@@ -50,6 +49,8 @@ LockedContent Frame::LockContent(tessel_content content) const {
 LockedElement Frame::LockElement(tessel_element element) const {
   auto object = Find<ElementObject>(element);
   std::unique_lock guard(*object->lock);
+  // Another thread may have freed the handle while this thread waited for the lock.
+  if (object->element->Record().hwnd == nullptr) throw Error(kBadHandle, call_);
   return {std::move(object), std::move(guard)};
 }
 

@@ -50,8 +50,8 @@ class HandleTable {
     Slot& slot = slots_[*index];
     auto object = std::move(std::get<std::shared_ptr<Object>>(slot.object));
     slot.object = std::monostate();
-    ++slot.generation;
-    free_.push_back(*index);
+    // A slot whose generations are used up stays unused, so that no old handle becomes valid again.
+    if ((++slot.generation & kGenerationMask) != 0) free_.push_back(*index);
     return object;
   }
 

@@ -1,12 +1,11 @@
-// Runs in the client. A lock that its thread may take again. The runtime's own mutexes are not used,
-// because those of MinGW keep some memory when they are destroyed.
+// Runs in the client. A lock that its thread may take again. The runtime's own mutexes are not
+// used, because those of MinGW keep some memory when they are destroyed.
 #pragma once
 
 #include <windows.h>
 
 namespace tessel::c {
 
-// For std::lock_guard and std::unique_lock.
 class Lock {
  public:
   Lock() { ::InitializeCriticalSection(&section_); }
@@ -15,6 +14,7 @@ class Lock {
   Lock& operator=(const Lock&) = delete;
 
   void lock() { ::EnterCriticalSection(&section_); }
+  bool try_lock() { return ::TryEnterCriticalSection(&section_) != FALSE; }
   void unlock() { ::LeaveCriticalSection(&section_); }
 
  private:

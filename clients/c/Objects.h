@@ -16,7 +16,7 @@ namespace tessel::c {
 // Its lock is shared with the elements: calls of one content run one after another. A look of the
 // caller's own may call too, on the thread that already holds the lock.
 struct ContentObject {
-  explicit ContentObject(Content content) : content(std::move(content)) {}
+  explicit ContentObject(Content opened) : content(std::move(opened)) {}
 
   Content content;
   const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
@@ -25,8 +25,8 @@ struct ContentObject {
 // Its destruction releases the element, on the thread that frees the handle or ends the last call.
 class ElementObject {
  public:
-  ElementObject(Element element, std::shared_ptr<Lock> lock)
-      : element(std::move(element)), lock(std::move(lock)) {}
+  ElementObject(Element owned, std::shared_ptr<Lock> contentLock)
+      : element(std::move(owned)), lock(std::move(contentLock)) {}
   ~ElementObject() {
     const std::lock_guard guard(*lock);
     element.reset();

@@ -1,26 +1,46 @@
-// Runs in the client. The functions of the C interface that wait for a condition.
+// Runs in the client. The functions of the C interface that wait for a condition. A wait holds the
+// content's lock only while it looks, so that other threads can call in between.
 #include "clients/c/Frame.h"
 
 using namespace tessel::c;
 using std::chrono::milliseconds;
+
+namespace {
+
+// Returns the condition with the lock held during each look.
+template <class Place, class Look>
+auto Locked(const Place& place, tessel::Condition<Look> condition, std::shared_ptr<Lock> lock) {
+  std::wstring what = condition.What();
+  return tessel::Condition(
+      place, std::move(what),
+      [condition = std::move(condition), lock = std::move(lock)](std::wstring& seen) mutable {
+        const std::lock_guard guard(*lock);
+        return condition.Look(seen);
+      });
+}
+
+}  // namespace
 
 int32_t tessel_wait_until_there(tessel_content content, const tessel_search* search,
                                 uint32_t timeout, uint32_t interval, tessel_element* element,
                                 tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
     tessel_element& result = frame.Cleared(element);
-    const LockedContent target = frame.LockContent(content);
-    result = HandleOf(WaitUntil(tessel::IsThere(target.object->content, frame.Given(search)),
-                                milliseconds(timeout), milliseconds(interval)),
-                      target.ContentLock());
+    const auto target = frame.Find<ContentObject>(content);
+    auto condition = tessel::IsThere(target->content, frame.Given(search));
+    auto found = WaitUntil(Locked(target->content, std::move(condition), target->lock),
+                           milliseconds(timeout), milliseconds(interval));
+    const std::lock_guard guard(*target->lock);
+    result = HandleOf(std::move(found), target->lock);
   });
 }
 
 int32_t tessel_wait_until_gone(tessel_content content, const tessel_search* search,
                                uint32_t timeout, uint32_t interval, tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
-    const LockedContent target = frame.LockContent(content);
-    WaitUntil(tessel::IsGone(target.object->content, frame.Given(search)), milliseconds(timeout),
+    const auto target = frame.Find<ContentObject>(content);
+    auto condition = tessel::IsGone(target->content, frame.Given(search));
+    WaitUntil(Locked(target->content, std::move(condition), target->lock), milliseconds(timeout),
               milliseconds(interval));
   });
 }
@@ -29,9 +49,13 @@ int32_t tessel_wait_until_attribute(tessel_element element, const wchar_t* name,
                                     const wchar_t* text, uint32_t timeout, uint32_t interval,
                                     tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
-    const LockedElement target = frame.LockElement(element);
-    WaitUntil(tessel::AttributeIs(*target.object->element, frame.Given(name), frame.Given(text)),
-              milliseconds(timeout), milliseconds(interval));
+    const auto target = frame.Find<ElementObject>(element);
+    auto condition = [&] {
+      const std::lock_guard guard(*target->lock);
+      return tessel::AttributeIs(*target->element, frame.Given(name), frame.Given(text));
+    }();
+    WaitUntil(Locked(*target->element, std::move(condition), target->lock), milliseconds(timeout),
+              milliseconds(interval));
   });
 }
 
@@ -40,7 +64,7 @@ int32_t tessel_wait_until(tessel_content content, const wchar_t* what, tessel_lo
                           tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
     if (look == nullptr) throw frame.Invalid("the look is null");
-    const LockedContent target = frame.LockContent(content);
+    const auto target = frame.Find<ContentObject>(content);
     const auto lookOnce = [&](std::wstring& seen) {
       int32_t met = 0;
       const wchar_t* text = nullptr;
@@ -49,7 +73,7 @@ int32_t tessel_wait_until(tessel_content content, const wchar_t* what, tessel_lo
       if (text != nullptr) seen = text;
       return met != 0;
     };
-    WaitUntil(tessel::Condition(target.object->content, std::wstring(frame.Given(what)), lookOnce),
+    WaitUntil(tessel::Condition(target->content, std::wstring(frame.Given(what)), lookOnce),
               milliseconds(timeout), milliseconds(interval));
   });
 }

@@ -13,7 +13,7 @@ int main(void) {
   tessel_error* error = NULL;
   _setmode(1 /*stdout*/, _O_U8TEXT);
   if (tessel_content_open_title(L"Caf\u00e9 Gr\u00f6\u00dfe \u2013 Sign in",
-                                L"http://shop.example/portal/login.html", TESSEL_ANY_SCHEME,
+                                L"http://shop.example/portal/login.html", SL_NO_URI,
                                 &content, &error) == 0 &&
       tessel_content_find_first(content, &search, &user, &error) == 0) {
     if (user == 0) {

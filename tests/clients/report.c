@@ -158,7 +158,7 @@ int main(void) {
   tessel_list elements;
   tessel_element user, list, element;
   size_t count;
-  Must(tessel_content_open_title(_wgetenv(L"TITLE"), _wgetenv(L"ADDRESS"), TESSEL_ANY_SCHEME,
+  Must(tessel_content_open_title(_wgetenv(L"TITLE"), _wgetenv(L"ADDRESS"), SL_NO_URI,
                                  &content, &error));
   Must(tessel_content_find(content, &all, &elements, &error));
   Must(tessel_list_size(elements, &count, &error));

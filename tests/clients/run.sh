@@ -18,7 +18,7 @@ import kernel32 WideCharToMultiByte
 import msvcrt printf _wgetenv exit
 clang --target=x86_64-pc-windows-msvc -std=c11 -O1 -ffreestanding -nostdinc \
   -isystem "$(clang -print-resource-dir)/include" -isystem /usr/x86_64-w64-mingw32/include \
-  -D__USE_MINGW_ANSI_STDIO=0 -Wall -Wextra -Werror "-I$root/clients/c" \
+  -D__USE_MINGW_ANSI_STDIO=0 -Wall -Wextra -Werror "-I$root/clients/c" "-I$root/Common/include" \
   -c "$root/tests/clients/report.c" -o "$work/report.obj"
 lld-link /nodefaultlib /entry:Start /subsystem:console "/out:$work/report_msabi.exe" "$work/report.obj" \
   "$work"/*.lib "$1/lib/TesselSLB_c.lib"

@@ -39,6 +39,13 @@ class ScriptedBroker : public ChildProcess {
   }
 };
 
+// The answer to a search that finds 200 elements.
+inline std::string TwoHundredElements() {
+  std::string answer = "[0,200";
+  for (int i = 0; i < 200; ++i) answer += ",'" + std::to_string(i) + "',0,0,0,0";
+  return answer + ']';
+}
+
 inline SLElemData Element(const std::wstring& address, const wchar_t* id,
                           DWORD scheme = SL_TAILORED_URI) {
   SLElemData element;

@@ -77,11 +77,13 @@ tessel::Element Inspection::FindOnly(const SearchTexts& texts) {
 
 // A search for the focus ignores the scheme of the options.
 std::optional<tessel::Element> Inspection::FindFocused() {
-  tessel::Content content(content_.Window(), tessel::Wide(options_.address));
-  content.Observe(&watch_);
   const std::string what = "find the focused element";
   AnnounceSearch(what, SL_NO_URI);
-  return Explained(what, [&] { return content.Focused(); });
+  return Explained(what, [&] {
+    tessel::Content content(content_.Window(), tessel::Wide(options_.address));
+    content.Observe(&watch_);
+    return content.Focused();
+  });
 }
 
 tessel::Element Inspection::AncestorOf(tessel::Element& element, int steps) {

@@ -45,6 +45,12 @@ inline HWND CheckedWindow(HWND window, std::wstring_view address) {
               {"Content", L"", std::wstring(address)});
 }
 
+inline std::wstring_view CheckedAddress(std::wstring_view address) {
+  if (!address.empty() && address.find(L'\0') == address.npos) return address;
+  throw Error(SL_INVALID_ARGUMENT, "the address is empty or holds U+0000",
+              "give the address that the broker prints", {"Content", L"", L""});
+}
+
 inline HWND OnlyWindowWithTitle(std::wstring_view title, std::wstring_view address) {
   const std::vector<HWND> found = WindowsWithTitle(title);
   const Call call = {"Content", L"", std::wstring(address)};
@@ -140,6 +146,8 @@ inline std::vector<Element> Element::Selector() {
 }
 
 inline std::vector<Element> Element::Find(const Search& search) {
+  // The module would search the whole content.
+  if (Id().empty()) throw session_->Failure(SL_INVALID_OBJECT, "FindCollection", record_);
   return session_->Collect(record_, search);
 }
 
@@ -216,8 +224,8 @@ inline void Element::Abandon() noexcept { Session::Forget(record_); }
 // Content
 
 inline Content::Content(HWND window, std::wstring_view address, SLUriScheme scheme)
-    : session_(std::make_shared<Session>(detail::CheckedWindow(window, address), address, scheme)) {
-}
+    : session_(std::make_shared<Session>(detail::CheckedWindow(window, address),
+                                         detail::CheckedAddress(address), scheme)) {}
 
 inline Content::Content(std::wstring_view title, std::wstring_view address, SLUriScheme scheme)
     : Content(detail::OnlyWindowWithTitle(title, address), address, scheme) {}
@@ -237,8 +245,9 @@ inline std::optional<Element> Content::At(POINT point, int option) {
 
 inline std::optional<Element> Content::Focused() {
   SLElemData found = session_->Whole();
+  found.uriScheme = SL_NO_URI;
   const char* const function = "GetFocusedElement";
-  if (found.uriScheme != SL_NO_URI && found.uriScheme != SL_TAILORED_URI) {
+  if (session_->scheme != SL_NO_URI && session_->scheme != SL_TAILORED_URI) {
     throw Error(SL_INVALID_ARGUMENT,
                 "the search for the focus asks the tailored broker first, not the one of the "
                 "content's scheme",
@@ -299,14 +308,16 @@ auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
   using Clock = std::chrono::steady_clock;
   // Sleep takes 32 bits, and a value of all ones would mean for ever.
   constexpr milliseconds kLongestSleep = std::chrono::hours(24);
-  Session::Wait wait(*condition.session_);
   const auto begin = Clock::now();
-  for (std::wstring seen;;) {
-    if (auto met = condition.look_(seen)) return detail::ValueOf(std::move(met));
-    wait.EndFirstLook();
+  std::wstring seen;
+  for (bool isFirst = true;; isFirst = false) {
+    {
+      const Session::Look look(*condition.session_, isFirst);
+      if (auto met = condition.Look(seen)) return detail::ValueOf(std::move(met));
+    }
     const auto left = timeout - std::chrono::floor<milliseconds>(Clock::now() - begin);
     if (left <= milliseconds::zero()) {
-      throw detail::TimedOut(condition.what_, timeout, seen, condition.session_->address);
+      throw detail::TimedOut(condition.What(), timeout, seen, condition.session_->address);
     }
     const milliseconds pause = (std::min)({left, interval, kLongestSleep});
     ::Sleep(static_cast<DWORD>((std::max)(pause, milliseconds::zero()).count()));

@@ -29,7 +29,7 @@ class Session : public std::enable_shared_from_this<Session> {
   template <class Body>
   void Do(const char* function, const SLElemData& record, Body body) {
     if (const int code = Run(function, record, body); code != SL_SUCCESS) {
-      throw Failure(code, CallOf(function, record));
+      throw Failure(code, function, record);
     }
   }
 
@@ -37,7 +37,7 @@ class Session : public std::enable_shared_from_this<Session> {
   template <class Body>
   bool Try(const char* function, const SLElemData& record, Body body) {
     const int code = Run(function, record, body);
-    if (code < SL_SUCCESS) throw Failure(code, CallOf(function, record));
+    if (code < SL_SUCCESS) throw Failure(code, function, record);
     return code == SL_SUCCESS;
   }
 
@@ -46,6 +46,12 @@ class Session : public std::enable_shared_from_this<Session> {
   void Find(const char* function, const SLElemData& root, Body body) {
     Do(function, root, body);
     foundScheme_ = root.uriScheme;
+  }
+
+  Error Failure(int code, const char* function, const SLElemData& record) const {
+    const Call call = CallOf(function, record);
+    if (code != SL_INVALID_OBJECT || record.hwnd != nullptr) return {code, call};
+    return {code, "the element was released, abandoned or moved", "find the element again", call};
   }
 
   Call CallOf(const char* function, const SLElemData& record) const {
@@ -70,13 +76,13 @@ class Session : public std::enable_shared_from_this<Session> {
     } catch (const ATL::CAtlException&) {
       throw std::bad_alloc();
     }
-    record.uriScheme = isWaiting_ && foundScheme_ != SL_NO_URI ? foundScheme_ : scheme;
+    record.uriScheme = Look::IsAgainAt(*this) && foundScheme_ != SL_NO_URI ? foundScheme_ : scheme;
     return record;
   }
 
   // Releases the element by a call, unless the content is lost.
   void Release(SLElemData& record) {
-    if (isLost_) return;
+    if (isLost_ && ::SysStringLen(record.objectId) > 0) return;
     Do("ReleaseObj", record, [&] { return TesselSilverlight::ReleaseObj(record); });
   }
 
@@ -96,6 +102,7 @@ class Session : public std::enable_shared_from_this<Session> {
   static void Forget(SLElemData& record) noexcept {
     ::SysFreeString(record.objectId);
     record.objectId = nullptr;
+    record.hwnd = nullptr;
   }
 
   // Makes sure that the record is forgotten, also when an exception ends the caller.
@@ -161,19 +168,28 @@ class Session : public std::enable_shared_from_this<Session> {
     return {detail::TextOf(texts[0]), detail::TextOf(texts[1]), detail::TextOf(texts[2]), number};
   }
 
-  // After the first look of a wait no call starts a broker.
-  class Wait {
+  // While this object exists, calls of this thread for this session start no broker. Does nothing
+  // for the first look of a wait.
+  class Look {
    public:
-    explicit Wait(Session& session) : session_(session), wasWaiting_(session.isWaiting_) {}
-    ~Wait() { session_.isWaiting_ = wasWaiting_; }
-    Wait(const Wait&) = delete;
-    Wait& operator=(const Wait&) = delete;
+    Look(const Session& session, bool isFirst)
+        : session_(isFirst ? nullptr : &session), outer_(std::exchange(innermost_, this)) {}
+    ~Look() { innermost_ = outer_; }
+    Look(const Look&) = delete;
+    Look& operator=(const Look&) = delete;
 
-    void EndFirstLook() { session_.isWaiting_ = true; }
+    static bool IsAgainAt(const Session& session) {
+      const Look* look = innermost_;
+      while (look != nullptr && look->session_ != &session) look = look->outer_;
+      return look != nullptr;
+    }
 
    private:
-    Session& session_;
-    const bool wasWaiting_;
+    // The looks of the current thread: a look may wait for another condition.
+    static inline thread_local const Look* innermost_ = nullptr;
+
+    const Session* const session_;
+    const Look* const outer_;
   };
 
  private:
@@ -197,7 +213,7 @@ class Session : public std::enable_shared_from_this<Session> {
   template <class Body>
   int Run(const char* function, const SLElemData& record, Body body) {
     const Call call = CallOf(function, record);
-    if (isWaiting_ && record.uriScheme != SL_NO_URI && !BrokerRuns(record.uriScheme)) {
+    if (Look::IsAgainAt(*this) && !BrokerRuns(record.uriScheme)) {
       isLost_ = true;
       throw Error(SL_CANNOT_CONNECT, call);
     }
@@ -205,11 +221,6 @@ class Session : public std::enable_shared_from_this<Session> {
     observation.code = Translated(call, body);
     isLost_ = IsLostAfter(observation.code);
     return observation.code;
-  }
-
-  static Error Failure(int code, const Call& call) {
-    if (code != SL_INVALID_OBJECT || !call.elementId.empty()) return {code, call};
-    return {code, "the element was released, abandoned or moved", "find the element again", call};
   }
 
   // Turns the module's exceptions into those of this library.
@@ -234,25 +245,26 @@ class Session : public std::enable_shared_from_this<Session> {
       case SL_CANNOT_CONNECT:
       case SL_BROKER_NOT_STARTED:
         return true;
-      case SL_FAILURE:
       case SL_INVALID_ARGUMENT:
-      case SL_INJECTOR_NOT_STARTED:
-      case SL_INJECTION_FAILED:
       case SL_INVALID_OBJECT:
-        return isLost_;  // not an answer of the broker
+        return isLost_;  // nothing was sent
       default:
-        return false;
+        return false;  // a broker has answered, before an injection too
     }
   }
 
-  // Looks for the broker's pipe without connecting. The pipe exists also while it is busy.
+  // Looks for the pipe of the broker. A search asks the tailored broker first.
   bool BrokerRuns(DWORD usedScheme) const {
+    return PipeExists(usedScheme == SL_NO_URI ? DWORD{SL_TAILORED_URI} : usedScheme);
+  }
+
+  // Does not connect. The pipe exists also while it is busy.
+  bool PipeExists(DWORD usedScheme) const {
     const std::wstring pipe = wire::PipeName(usedScheme, address);
     return ::WaitNamedPipeW(pipe.c_str(), 1 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
   }
 
   bool isLost_ = false;
-  bool isWaiting_ = false;
   DWORD foundScheme_ = SL_NO_URI;
 };
 
