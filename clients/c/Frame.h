@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "clients/c/CallersStack.h"
 #include "clients/c/Objects.h"
 #include "clients/c/tesselslb.h"
 
@@ -77,6 +78,7 @@ std::int32_t ReportExhaustedMemory(tessel_error** to) noexcept;
 // Runs the body of a function of the C interface, and returns the code. No exception leaves it.
 template <class Body>
 std::int32_t Run(const char* function, tessel_error** error, Body body) noexcept {
+  const HandlersOfOtherStacks hidden;
   if (error != nullptr) *error = nullptr;
   try {
     body(Frame(function));
