@@ -19,7 +19,7 @@ start_broker() {
   serve "$1" "$work/scene.json"
 }
 
-# serve FOLDER SCENE: starts the broker of that folder with a scene as it is.
+# serve FOLDER SCENE: starts the broker in that folder, with that scene.
 serve() {
   # Makes the file now, because the background job may create it only after the first look.
   : >"$work/broker.txt"

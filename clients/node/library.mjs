@@ -1,0 +1,154 @@
+// Loads the two DLLs, and calls the functions of TesselSLB_c.dll. Names of functions are those of
+// tesselslb.h without "tessel_".
+import { existsSync } from 'node:fs';
+import { win32 as path } from 'node:path';
+import { fileURLToPath } from 'node:url';
+
+import { TesselError } from './error.mjs';
+
+// koffi runs each call on a stack of its own, of 128 KiB by default. Threads of Windows have 1 MiB.
+const STACK_SIZE = 1 << 20;
+
+let loaded = null;
+
+// Takes the folder of TesselSLB_x64.dll. Without it, the folder of an earlier call, or the
+// package's own one.
+export async function load(module) {
+  if (process.platform !== 'win32' || process.arch !== 'x64') {
+    const actual = `${process.platform} ${process.arch}`;
+    throw new Error(`tesselslb cannot run on ${actual}; use Node.js for x64 on Windows`);
+  }
+  const { default: koffi } = await import('koffi');
+  const bin = fileURLToPath(new URL('bin', import.meta.url));
+  const folder = path.resolve(module ?? loaded?.folder ?? bin);
+  loaded ??= loadFrom(koffi, folder, bin);
+  if (folder.toLowerCase() === loaded.folder.toLowerCase()) return;
+  throw new Error(
+    `cannot use the module in ${folder}, because this process uses the one in ${loaded.folder}; ` +
+      'use one folder in the whole process');
+}
+
+function loadFrom(koffi, folder, bin) {
+  growStack(koffi);
+  // TesselSLB_c.dll then uses the module that is already loaded.
+  loadDll(koffi, path.join(folder, 'TesselSLB_x64.dll'), 'name its folder with the option "module"');
+  const library = loadDll(koffi, path.join(bin, 'TesselSLB_c.dll'), 'install tesselslb again');
+  const freeError = library.func('tessel_error_free', 'void', ['void *']);
+  const types = declareTypes(koffi, library);
+  const functions = {};
+  for (const [name, parameters] of Object.entries(declareFunctions(koffi, types))) {
+    const all = [...parameters, koffi.out(koffi.pointer('void *'))];
+    functions[name] = library.func(`tessel_${name}`, 'int32_t', all);
+  }
+  const takeError = (pointer) => {
+    const error = new TesselError(koffi.decode(pointer, types.error));
+    freeError(pointer);
+    return error;
+  };
+  return { folder, functions, takeError };
+}
+
+function growStack(koffi) {
+  if (koffi.config().async_stack_size >= STACK_SIZE) return;
+  try {
+    koffi.config({ async_stack_size: STACK_SIZE });
+  } catch {
+    // Another package has called koffi before, and now the size is fixed.
+  }
+}
+
+function loadDll(koffi, file, cure) {
+  if (!existsSync(file)) throw new Error(`there is no ${file}; ${cure}`);
+  try {
+    return koffi.load(file);
+  } catch (error) {
+    throw new Error(`cannot load ${file}: ${error.message}; ${cure}`, { cause: error });
+  }
+}
+
+// The types have no names, because names are the same for all packages that use koffi.
+function declareTypes(koffi, library) {
+  const freeText = library.func('tessel_text_free', 'void', ['void *']);
+  const text = koffi.disposable('str16', freeText);
+  const rectangle = koffi.struct({
+    left: 'int32_t', top: 'int32_t', right: 'int32_t', bottom: 'int32_t',
+  });
+  return {
+    text,
+    rectangle,
+    error: koffi.struct({
+      code: 'int32_t', name: 'str16', meaning: 'str16', cure: 'str16', function: 'str16',
+      element: 'str16', address: 'str16',
+    }),
+    search: koffi.struct({
+      text1: 'str16', text2: 'str16', text3: 'str16', option1: 'int32_t', option2: 'int32_t',
+    }),
+    identity: koffi.struct({ text1: text, text2: text, text3: text, number: 'int32_t' }),
+    place: koffi.struct({
+      window: 'uintptr_t', process: 'uint32_t', scheme: 'int32_t', found: rectangle,
+    }),
+  };
+}
+
+// The parameters of each function, without the error.
+function declareFunctions(koffi, types) {
+  const out = (type) => koffi.out(koffi.pointer(type));
+  const [handle, number, text] = ['uint64_t', 'int32_t', 'str16'];
+  const newHandle = out(handle);
+  const search = koffi.pointer(types.search);
+  return {
+    content_open: ['uintptr_t', text, number, newHandle],
+    content_open_title: [text, text, number, newHandle],
+    content_close: [handle],
+    content_window: [handle, out('uintptr_t')],
+    content_at: [handle, number, number, number, newHandle],
+    content_focused: [handle, newHandle],
+    content_find: [handle, search, newHandle],
+    content_find_first: [handle, search, newHandle],
+    element_id: [handle, out(types.text)],
+    element_place: [handle, out(types.place)],
+    element_parent: [handle, newHandle],
+    element_ancestors: [handle, newHandle],
+    element_selector: [handle, newHandle],
+    element_find: [handle, search, newHandle],
+    element_identify: [handle, handle, out(types.identity)],
+    element_rectangle: [handle, out(types.rectangle)],
+    element_attribute: [handle, text, out(types.text)],
+    element_items: [handle, newHandle],
+    element_click: [handle],
+    element_set_value: [handle, text],
+    element_set_focus: [handle],
+    element_check: [handle, number],
+    element_select: [handle, text],
+    element_release: [handle],
+    element_abandon: [handle],
+    list_size: [handle, out('size_t')],
+    list_take: [handle, 'size_t', newHandle],
+    list_number: [handle, 'size_t', out(number)],
+    list_text: [handle, 'size_t', out(types.text)],
+    list_free: [handle],
+    wait_until_there: [handle, search, 'uint32_t', 'uint32_t', newHandle],
+    wait_until_gone: [handle, search, 'uint32_t', 'uint32_t'],
+    wait_until_attribute: [handle, text, text, 'uint32_t', 'uint32_t'],
+  };
+}
+
+// Calls a function on another thread. Resolves to the last argument: an array or an object that
+// receives the result.
+export function call(name, ...args) {
+  const error = [null];
+  return new Promise((resolve, reject) => {
+    loaded.functions[name].async(...args, error, (failure, code) => {
+      if (failure) reject(failure);
+      else if (code !== 0) reject(loaded.takeError(error[0]));
+      else resolve(args.at(-1));
+    });
+  });
+}
+
+// The same on this thread, for functions that make no call to the broker.
+export function callNow(name, ...args) {
+  const error = [null];
+  if (loaded.functions[name](...args, error) !== 0) throw loaded.takeError(error[0]);
+  return args.at(-1);
+}

