@@ -29,7 +29,10 @@ done
 if $list && [ $# -gt 0 ]; then usage >&2; exit 2; fi
 
 mkdir -p "$ROOT/build"
-require_packages g++ clang lld pkgconf
+# Debian's package npm conflicts with Node.js from elsewhere, so this looks for the command.
+npm=()
+command -v npm >/dev/null || npm=(npm)
+require_packages g++ clang lld pkgconf "${npm[@]}"
 if $list; then
   configure mingw
   exec ctest --test-dir "$ROOT/build/mingw" --show-only

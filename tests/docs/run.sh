@@ -35,4 +35,5 @@ shows() {
 }
 shows docs/clients.md clients/cpp/first.cpp
 shows docs/clients.md clients/c/first.c
+shows clients/node/README.md clients/node/first.mjs
 exit "$missing"

@@ -52,11 +52,11 @@ await same[Symbol.asyncDispose]();
 await assert.rejects(same.click(), badHandle);
 await assert.rejects(same.release(), TesselError);
 
-// Forgotten elements are released.
+// A forgotten element is released, although it was the result of the last call.
 const releases = () => readFileSync(output, 'utf8').split('served: [3,').length - 1;
 const before = releases();
-await (async () => void await Promise.all([content.at(320, 344), content.find({ text3: 'form' })]))();
-while (releases() < before + 2) {
+await (async () => void await content.at(320, 344))();
+while (releases() === before) {
   global.gc?.();
   await setTimeout(20);
 }
