@@ -7,13 +7,8 @@ const [window, address, module, broker] = process.argv.slice(2);
 const content = await Content.open({ window, address, module });
 const elements = await content.find();
 assert.equal(elements.length, 200);
-for (let lives = true; lives; await setTimeout(10)) {
-  try {
-    process.kill(Number(broker));
-  } catch {
-    lives = false;
-  }
-}
+const kill = () => process.kill(Number(broker));
+while (await setTimeout(10).then(kill).catch(() => false));
 // The first release finds out that the broker is lost. The others make no call.
 const results = await Promise.allSettled(elements.map((element) => element.release()));
 const failures = results.flatMap((result) => (result.status === 'rejected' ? result.reason.code : []));

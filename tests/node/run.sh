@@ -11,6 +11,7 @@ need timeout coreutils
 
 # Keeps the fetched packages as long as the list of packages is the same.
 mkdir -p "$work"
+rm -f "$work"/*.mjs
 cp "$root"/tests/node/* "$root/tests/node/.npmrc" "$work/"
 cd "$work"
 if ! cmp -s package-lock.json fetched; then
