@@ -1,5 +1,5 @@
-// Runs in the client and in the broker. ATL's exception for a failed HRESULT, for compilers without
-// ATL.
+// Runs in the client and in the broker. The exception that ATL throws for a failed HRESULT. Used
+// only with compilers that have no ATL.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,5 @@
-// Runs in the client and in the broker. Owns a BSTR. Has the layout of ATL's class: one pointer.
+// Runs in the client and in the broker. CComBSTR owns a BSTR. It has the layout of ATL's class with
+// this name: one pointer.
 #pragma once
 
 #include <windows.h>

@@ -1,6 +1,6 @@
 // Runs in the client and in the broker. The allocator of all vectors in the interface. A client
-// creates such a vector, TesselSLB_x64.dll fills it, and the client destroys it. Therefore its
-// storage is on the process heap, which the client and the DLL share.
+// creates such a vector, TesselSLB_x64.dll fills it, and the client destroys it. Therefore the
+// vector's storage is on the process heap, which the client and the DLL share.
 #pragma once
 
 #include <windows.h>

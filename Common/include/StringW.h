@@ -30,13 +30,13 @@ struct StringHeader {
   wchar_t* Text() noexcept { return reinterpret_cast<wchar_t*>(this + 1); }
 
   StringManager* manager;
-  int length;    // the number of units, without the terminator
-  int capacity;  // the greatest possible length
+  int length;    // the number of UTF-16 units, without the terminator
+  int capacity;  // the greatest length that fits into the buffer
   long references;
 };
 static_assert(sizeof(StringHeader) == 24);
 
-// Allocates buffers on the process heap. Each program and each DLL has one manager of its own.
+// Allocates buffers on the process heap. Each program and each DLL has its own manager.
 class HeapStringManager final : public StringManager {
  public:
   static HeapStringManager* Instance() noexcept {
@@ -80,7 +80,7 @@ class HeapStringManager final : public StringManager {
   struct {
     StringHeader header;
     wchar_t terminator;
-  } nil_ = {};  // one reference from the start, so that it is never freed
+  } nil_ = {};  // the empty string; it starts with one reference, so it is never freed
 };
 
 class CStringW {
@@ -89,7 +89,8 @@ class CStringW {
   CStringW(const wchar_t* text) : CStringW() { Assign(text, LengthOf(text)); }
   CStringW(const CStringW& other) : text_(CloneOf(other.text_)) {}
   CStringW(CStringW&& other) noexcept : text_(other.text_) { other.text_ = Nil(ManagerOf(text_)); }
-  // A client may have filled the string with zero bytes. There is nothing to release then.
+  // A client may have set the string object itself to zero bytes (memset). Then there is nothing to
+  // release.
   ~CStringW() { Release(text_); }
 
   // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): equal pointers include self-assignment

@@ -1,6 +1,6 @@
 // Used by the client and by the broker's host. TESSELSLB_API marks the functions that
 // TesselSLB_x64.dll exports. Microsoft's compiler exports them from this module and imports them
-// into a client. For other compilers it is empty: there the export definition file exports the
+// into a client. For other compilers the macro is empty: the export definition file exports the
 // functions, and a client's linker finds them through the import library.
 #pragma once
 
@@ -12,7 +12,7 @@
 #define TESSELSLB_API
 #endif
 
-// Sets the size and the sign of an enumeration in C++. C11 cannot do this.
+// These macros set the size and the signedness of an enumeration in C++. C11 cannot set them.
 #ifdef __cplusplus
 #define TESSELSLB_AS_INT : int
 #define TESSELSLB_AS_ULONG : unsigned long

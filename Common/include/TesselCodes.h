@@ -6,11 +6,11 @@
 
 // Selects the broker that serves an element. There is one broker each for http, https and file.
 enum SLUriScheme TESSELSLB_AS_ULONG {
-  SL_NO_URI = 0,  // not known yet; the functions that search set the scheme
+  SL_NO_URI = 0,  // not known yet; functions that search for the broker set the scheme
   SL_HTTP_URI = 1,
   SL_HTTPS_URI = 2,
   SL_FILE_URI = 3,
-  SL_TAILORED_URI = 4,  // a broker for one site alone: one scheme and host
+  SL_TAILORED_URI = 4,  // a broker for one site alone, which is one scheme and host
 };
 
 // The results of the element functions. GetElementValue also returns E_NOTIMPL. Any other value is
@@ -18,10 +18,12 @@ enum SLUriScheme TESSELSLB_AS_ULONG {
 enum SLResult TESSELSLB_AS_INT {
   SL_SUCCESS = 0,
   // The injection mutex cannot be created, another client held it for more than 30 s, or the broker
-  // refused a release.
+  // refused to release an element.
   SL_FAILURE = -3,
   SL_INVALID_ARGUMENT = -5,  // no such window, or an argument is null or empty
-  SL_CANNOT_READ = -6,     // the broker sent no answer (or next part) within 18 s, or disconnected
+  // The broker disconnected, or sent nothing for 18 s. Each part of an answer has this time-out,
+  // too.
+  SL_CANNOT_READ = -6,
   SL_CANNOT_CONNECT = -7,  // the broker's pipe cannot be opened or written to, or is busy for 18 s
   SL_NOT_SERVED = -8,      // the broker does not show this content
   // Invalid scheme, the launcher is missing or cannot be started, or no broker's pipe appeared

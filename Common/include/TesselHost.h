@@ -6,10 +6,10 @@
 // After a failed ReadMessage call no WriteMessage. Finally call UninitComm.
 //
 // Threads: one thread at a time may call InitComm, ReadMessage and WriteMessage. Any thread may
-// call UninitComm at any moment, also while another thread is in ReadMessage or WriteMessage. After
+// call UninitComm at any moment, even while another thread is in ReadMessage or WriteMessage. After
 // UninitComm, call only InitComm. Unload the module only when all calls have returned.
 //
-// Failures: each has a code, and each code except -2 has a line in the log. Two C++ exceptions may
+// Failures: each failure has a code, and each code except -2 is logged. Two C++ exceptions may
 // leave the functions: std::bad_alloc when memory is exhausted, and std::system_error from InitComm
 // when the pipe's security cannot be set up.
 //
@@ -28,13 +28,14 @@ enum SLChannelResult TESSELSLB_AS_INT {
   // InitComm: invalid scheme. Other functions: a call out of order, or UninitComm has closed the
   // channel.
   SL_CHANNEL_CLOSED = -3,
-  // Another host has the pipe's name, or a call on a closed channel has not returned yet.
+  // Another host uses the pipe's name, or a call that uses a closed channel of this name has not
+  // returned yet.
   SL_CHANNEL_NOT_CREATED = -4,
   SL_CHANNEL_INVALID_ARGUMENT = -5,
   // After -6, -7 or -15 the host calls ReadMessage again.
   SL_CHANNEL_CANNOT_READ = -6,   // the client left or sent nothing for 3 s, or the wait failed
   SL_CHANNEL_CANNOT_WRITE = -7,  // the client left or did not read for 3 s, or the text is empty
-  SL_CHANNEL_NO_CLIENT = -15,    // no client came in time
+  SL_CHANNEL_NO_CLIENT = -15,    // no client connected in time
 };
 
 #ifdef __cplusplus
@@ -51,74 +52,77 @@ extern "C" {
 //                 the id of a string in the module's resources. The module has none so far, so such
 //                 a value means an empty address, too.
 //
-// Call UninitComm before you call InitComm again. Otherwise a thread that is still in ReadMessage
-// or WriteMessage is not woken, and a channel with the same name returns -4 until this thread
-// leaves. UninitComm reaches only the new channel.
+// Call UninitComm before you call InitComm again. Otherwise nothing wakes a thread that is still in
+// ReadMessage or WriteMessage, and InitComm for the same pipe name returns -4 until this thread
+// returns from its call. A later UninitComm closes only the newer channel.
 //
-// After -3 an earlier channel stays open. Any other result closes it.
-// After -4 there is a channel that cannot be used: ReadMessage, WriteMessage and UninitComm return
-// -3. The next InitComm replaces it.
+// After -3 an earlier channel stays open. Any other result closes the earlier channel. After -4
+// there is a channel that cannot be used: ReadMessage, WriteMessage and UninitComm return -3. The
+// next InitComm replaces it.
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
 
 // Waits for a client and copies its request into the buffer, with a zero at the end.
 //
-// buffer  where the request goes. May be null if `*size` is 0, which asks for the size.
-// size    in: the buffer's size in UTF-16 units, with the zero. Better not 0, because an empty
-//         request is returned only once: if the result for it is -2, the next call returns -3.
-//         out: after -2, the size that the request needs. The next call returns the same request at
-//         once. All other results, success included, leave it unchanged.
+// buffer  receives the request. May be null if `*size` is 0, which asks for the size.
+// size    in: the buffer's size in UTF-16 units, with the zero.
+//         out: after -2, the size that the request needs. All other results, success included,
+//         leave `*size` unchanged.
 //
-// Takes up to `connectTimeout`, and then 3 s for a client that sends nothing. A request may arrive
-// in parts, and the 3 s apply to each part.
+// After -2 the next call returns the same request at once. Exception: an empty request is lost, and
+// the next call returns -3. So pass a buffer of at least one unit.
+//
+// ReadMessage takes up to `connectTimeout`, and then 3 s for a client that sends nothing. A request
+// may arrive in parts, and the 3 s apply to each part.
 // Result: 0, -1, -2, -3, -5, -6, -15.
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 
 // Sends the answer, waits until the client has read it, and disconnects the client. Disconnects the
-// client also if the answer cannot be sent. Sending takes 3 s at most. A client that reads only a
+// client even if the answer cannot be sent. Sending takes 3 s at most. A client that reads only a
 // part of the answer makes the call wait without limit. No other function ends this wait; it ends
-// when the client reads the rest or leaves.
+// when the client reads the rest of the answer or disconnects.
 // Result: 0, -1, -3, -5, -7.
 TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 
-// Closes the channel. A ReadMessage that waits for a client returns -3. A call that is busy with a
-// client ends by itself, and UninitComm does not wait for it.
+// Closes the channel. A ReadMessage that waits for a client returns -3. A call that is already
+// serving a client ends by itself, and UninitComm does not wait for it.
 // Result: 0; -1 if there is no channel; -3 after an InitComm that returned -4.
 TESSELSLB_API int __stdcall UninitComm(void);
 
 // Additional windows. A host can create up to ten hidden windows, with the indexes 0 to 9. Any
 // thread may post a message to a window. The thread that created the window receives the message
 // and runs the window's callback. This thread must run a message loop, because the module has none.
-// It also registers the callback and destroys the window.
+// The same thread registers the callback and destroys the window.
 //
 // Destroy all windows before you unload the module. Do not load the module again after that: its
 // window class stays registered, so no window could be created.
 //
-// A failure returns null or FALSE and has a line in the log, except when the system refuses a post.
-// Only std::bad_alloc may leave the functions.
+// A failure returns null or FALSE and is logged, except when the system refuses a post. Only
+// std::bad_alloc may leave the functions.
 
-// Handles each message of a window, also those of its destruction. Only the lower 32 bits of the
-// result count. 0 means that the system handles the message. Any other result means that the
+// Handles each message of a window, even the messages of its destruction. Only the lower 32 bits of
+// the result count. 0 means that the system handles the message. Any other result means that the
 // callback has handled it.
 typedef LONG_PTR(__stdcall* SLWindowCallback)(HWND window, UINT message, WPARAM wparam,
                                               LPARAM lparam);
 
 // Creates a window without a callback. Returns null if the index is too large, if the index already
-// has a window (also one that the system has destroyed), or if the system refuses. The first call
-// in a process registers the window class. If that fails, all later calls fail.
+// has a window (even a window that the system has destroyed), or if the system refuses. The first
+// call in a process registers the window class. If that fails, all later calls fail.
 TESSELSLB_API HWND __stdcall AdditionalWindow_Create(unsigned long index);
 
-// Destroys the window and frees the index. Returns TRUE if the index had a window. On a thread that
-// did not create the window, the index becomes free but the window stays.
+// Destroys the window and frees the index. Returns TRUE if the index had a window. If another
+// thread created the window, the index becomes free but the window stays.
 TESSELSLB_API BOOL __stdcall AdditionalWindow_Destroy(unsigned long index);
 
 // Posts a message to the window. Message numbers from WM_APP on are free for hosts. Returns FALSE
-// also if the system refuses the post (see GetLastError).
+// if the index has no window, or if the system refuses the post (see GetLastError).
 TESSELSLB_API BOOL __stdcall AdditionalWindow_PostMessage(unsigned long index, UINT message,
                                                           WPARAM wparam, LPARAM lparam);
 
-// Sets the callback of a window; null removes it.
+// Sets the callback of a window. Null removes the callback. Returns FALSE if the index has no
+// window.
 TESSELSLB_API BOOL __stdcall AdditionalWindow_RegisterCallback(unsigned long index,
                                                                SLWindowCallback callback);
 

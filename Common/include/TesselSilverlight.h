@@ -2,9 +2,10 @@
 // reads and drives them. A client includes this header, and links against TesselSLB_x64.dll (the
 // module) or loads it.
 //
-// A client finds a first element by a point, by the focus or in a collection, and goes on from
-// there. Each element is a record (SLElemData). The broker keeps an object for the record until the
-// record is destroyed. If the client ends without that, the object stays in the broker.
+// A client finds a first element by a point, by the focus or by search texts, and finds further
+// elements from there. Each element is a record (SLElemData). The broker keeps an object for the
+// record until the record is destroyed. If the client ends without destroying the record, the
+// object stays in the broker.
 //
 // Words:
 // - Broker: the Silverlight application that answers the requests about the content.
@@ -26,32 +27,34 @@
 // scheme that the address begins with: http:, https: or file:, in small letters. It asks the second
 // broker only if the first one returns SL_NOT_SERVED. So a tailored broker that cannot be started
 // ends the search with SL_BROKER_NOT_STARTED. If the last result is SL_NOT_SERVED, the search runs
-// the injector and asks once more. Only one injection runs at a time in a logon session: it waits
-// up to 30 s for others, and about 10 s for its injector. A search takes about 320 s at most.
+// the injector and asks once more. Only one injection runs at a time in a logon session: an
+// injection waits up to 30 s for the injections of other clients, and about 10 s for its own
+// injector. A search takes about 320 s at most.
 //
-// Results: each function returns SL_SUCCESS, one of the codes that it names, or a status.
-// - Round trip: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE, or a
-//   status of the broker.
-// - Search: the codes of a round trip, and the codes of an injection: SL_FAILURE,
-//   SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED, and SL_INVALID_ARGUMENT (no such window). Only an
-//   injection checks the window. Without one, a window that does not exist has the result
-//   SL_BROKER_NOT_STARTED or a status.
+// Results: each function returns SL_SUCCESS or one of the results that its comment names.
+// - Round-trip codes: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE,
+//   or a status of the broker.
+// - Search codes: the round-trip codes, and the codes of an injection: SL_FAILURE,
+//   SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED, and SL_INVALID_ARGUMENT (no such window). The
+//   window is checked only when a broker is injected. If no broker is injected, a call with a
+//   window that does not exist returns SL_BROKER_NOT_STARTED or what the broker answers.
 // A status is a number that the broker chooses, and is returned unchanged. SL_NOT_SERVED means that
 // the broker does not show the content. Brokers should use 100 for an unknown command, 101 for an
 // unknown element, 102 for something that the element does not support or have, and 103 for a
-// broken request. A broker may also use the number of another SL_ code.
+// broken request. A broker may also answer with a number that is another SL_ code. The client
+// cannot tell such a status from the module's own code.
 //
 // Output arguments change only on success, unless the function says otherwise.
 //
 // If the broker ends during a call, the result is SL_CANNOT_READ or SL_CANNOT_CONNECT. The next
-// call starts a new broker. If it cannot, for example without a launcher, it returns
-// SL_BROKER_NOT_STARTED. A new broker does not know the old objects and answers with a status,
-// usually 101. So after one of these three codes, clear the ids of all records of this broker, as
-// ReleaseObj shows, but without the call. Otherwise each record's destruction tries to start a
-// broker, and may wait 16 s or longer.
+// call starts a new broker. If the new broker cannot be started, for example because the launcher
+// is missing, the call returns SL_BROKER_NOT_STARTED. A new broker does not know the old objects
+// and answers with a status, usually 101. So after one of these three codes, free and clear
+// `objectId` in all records of this broker, as the example at ReleaseObj does after its call.
+// Otherwise each record's destruction tries to start a broker, and may wait 16 s or longer.
 //
-// Threads: any number may call at the same time, each with its own records and vectors. No function
-// is bound to a thread.
+// Threads: any number of threads may call at the same time, each with its own records and vectors.
+// No function is bound to a thread.
 //
 // Texts are UTF-16. The client frees a returned BSTR with SysFreeString. A vector that a function
 // fills belongs to the client, and its storage is on the process's heap. The broker defines the
@@ -64,7 +67,8 @@
 // - ATL's exception with E_OUTOFMEMORY: memory for a text is exhausted.
 // - ATL's exception with E_FAIL or E_INVALIDARG: a path does not fit its buffer.
 // - std::system_error: the security of the injection mutex cannot be set up.
-// A client can catch them only if the same compiler built it and the DLL. Any other client ends.
+// A client can catch these exceptions only if the same compiler built the client and the DLL. In
+// any other client they end the process.
 #pragma once
 
 #include <windows.h>
@@ -87,68 +91,70 @@ namespace TesselSilverlight {
 
 // Returns the element at a point.
 //
-// window  in: `hwnd` and `sourceUri`, which is the address of the content. `uriScheme`, if it is
+// window  in: set `hwnd` and `sourceUri` (the address of the content). Set `uriScheme` if it is
 //         known. `objectId` may be empty.
-//         out: `processId`, taken from the window if it was 0, even if the call then fails.
-//         `uriScheme`, if a search succeeded.
+//         out: `processId` is set to the window's process if it was 0, even if the call then fails.
+//         `uriScheme` is set if a search succeeded.
 // pt      the point.
 // option  the broker defines its meaning.
 // found   out: the element, with the window, process, scheme and address of `window`. Its `rect`
 //         does not change. If there is no element, the result is SL_SUCCESS and `objectId` is
 //         empty. Pass a new record: an element that the record already names is not released and
 //         stays in the broker.
-// Result: search.
+// Result: the search codes.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
 
 // Returns the element that has the focus in a window.
 //
-// focused  in: `sourceUri`. Everything else is ignored, also a known scheme. out: as `found` above,
-//          with the window `hwnd`. If no element has the focus, `objectId` is empty.
-// Result: search.
+// focused  in: set `sourceUri`. All other fields are ignored, even a known scheme. out: as `found`
+//          of GetElemFromPoint, with the window `hwnd`. If no element has the focus, `objectId` is
+//          empty.
+// Result: the search codes.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
 // Finds all elements below a root that match three texts and two options. The broker defines the
-// meaning of these and the order of the result.
+// meaning of the texts and options, and the order of the elements.
 //
-// root    in and out as `window` of GetElemFromPoint. With an empty `objectId` it stands for the
-//         whole content. Must not be one of `found`.
+// root    in and out as `window` of GetElemFromPoint. The root stands for the whole content if its
+//         `objectId` is empty. It must not be a record of `found`.
 // search1, search2, search3
 //         the texts, which are not changed. Null counts as an empty text.
 // found   out: a new record for each element, `rect` included. The old records are released, one
-//         call each. If the answer ends after the count (SL_ARCHIVE_FAILURE), the vector has as
-//         many records as the count says, and those that are missing in the answer are empty.
-// Result: search; SL_INVALID_OBJECT for a root without a window.
+//         call each. An answer begins with the number of elements. If it then ends too early
+//         (SL_ARCHIVE_FAILURE), the vector still has that many records, and the records that were
+//         not read are empty.
+// Result: the search codes, or SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
                                  std::vector<SLElemData, HeapAllocator<SLElemData>>& found);
 
-// From element to element. This and all following functions require valid records. For any other
-// record they return SL_INVALID_OBJECT and send nothing.
+// Finding elements from an element. GetParentElement and all functions below it require valid
+// records. For any other record they return SL_INVALID_OBJECT and send nothing.
 
 // Returns the parent of an element.
 //
 // parent  out: the parent, with the window, process, scheme and address of `child`. Its `rect` does
 //         not change. If there is no parent, the result is SL_SUCCESS and `parent` does not change.
 //         Pass a new record, as for `found` of GetElemFromPoint.
-// Result: round trip, SL_INVALID_OBJECT.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 
 // Returns the ancestors of an element, with a number for each. The broker defines their order, the
 // meaning of the numbers, and whether the element itself is included.
 //
 // ancestors  out: as `found` of FindCollection, but `rect` is empty. Must not contain `elem`.
-// numbers    out: the numbers are appended. After SL_ARCHIVE_FAILURE those read so far stay.
-// Result: round trip, SL_INVALID_OBJECT.
+// numbers    out: the numbers are appended. After SL_ARCHIVE_FAILURE the numbers read so far stay.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
                                   std::vector<SLElemData, HeapAllocator<SLElemData>>& ancestors,
                                   std::vector<long, HeapAllocator<long>>& numbers);
 
 // Returns the elements that make up the default selector of an element. The broker defines which
-// these are.
+// elements belong to it.
 //
-// chain  out: as `ancestors` above.
-// Result: round trip, SL_INVALID_OBJECT.
+// chain  out: as `ancestors` of GetAncestryInfo.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetDefaultSelectorHierarchy(
     const SLElemData& elem, std::vector<SLElemData, HeapAllocator<SLElemData>>& chain);
 
@@ -156,13 +162,14 @@ TESSELSLB_API int GetDefaultSelectorHierarchy(
 
 // Returns three texts and a number that identify an element. The broker defines their meaning.
 //
-// parentObj  null, or a valid record of the same process and scheme (SL_INVALID_OBJECT otherwise):
-//            the broker then identifies `obj` relative to this element.
+// parentObj  null, or an element relative to which the broker identifies `obj`. Must be a valid
+//            record with the process and the scheme of `obj`, otherwise the result is
+//            SL_INVALID_OBJECT.
 // text1, text2, text3
-//            out: BSTRs that the client frees. Must not be null. Free old BSTRs before the call,
-//            because their pointers are overwritten.
-// number     out; may be null.
-// Result: round trip, SL_INVALID_OBJECT.
+//            out: BSTRs that the client frees. The arguments must not be null. Free old BSTRs
+//            before the call, because their pointers are overwritten.
+// number     out: the number. The argument may be null.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text1,
                             wchar_t** text2, wchar_t** text3, int* number);
 
@@ -170,8 +177,9 @@ TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, 
 // Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
-// Returns the rectangle of an element. After SL_ARCHIVE_FAILURE the sides read so far are set.
-// Result: round trip, SL_INVALID_OBJECT.
+// Returns the rectangle of an element. After SL_ARCHIVE_FAILURE the sides of `rect` that were read
+// are set.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
 // Returns a named attribute as text.
@@ -179,13 +187,15 @@ TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 // name   is not changed. A literal needs a cast: const_cast<wchar_t*>(L"text").
 // value  out: a BSTR that the client frees. Free an old BSTR before the call, because its pointer
 //        is overwritten.
-// Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name, or a null
-// `value`. Every positive status means that the element has no such attribute.
+// Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name,
+// or a null `value`. Any positive status means that the element has no such attribute or no longer
+// exists.
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
 // Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE the
 // items read so far stay. The broker defines the meaning of `flag`; only 0 or not 0 counts.
-// Result: round trip, SL_INVALID_OBJECT. Every positive status means that the element has no items.
+// Result: the round-trip codes, or SL_INVALID_OBJECT. Any positive status means that the element
+// has no items or no longer exists.
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
                            std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items);
 
@@ -193,23 +203,24 @@ TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
 // still be running.
 
 // Clicks the element. The two reserved arguments are ignored.
-// Result: round trip, SL_INVALID_OBJECT.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int ClickElem(const SLElemData& elem, int reserved1, int reserved2);
 
 // Sets the element's value. An empty text is a valid value.
-// Result: round trip, SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null text.
+// Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null text.
 TESSELSLB_API int SetValue(const SLElemData& elem, const CComBSTR& text);
 
 // Gives the element the focus.
-// Result: round trip, SL_INVALID_OBJECT.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int SetFocus(const SLElemData& elem);
 
 // Checks (not 0) or unchecks (0) the element.
-// Result: round trip, SL_INVALID_OBJECT.
+// Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int CheckElem(const SLElemData& elem, int check);
 
 // Selects the item that has this text.
-// Result: round trip, SL_INVALID_OBJECT; SL_ARCHIVE_FAILURE also for a null text (nothing is sent).
+// Result: the round-trip codes, or SL_INVALID_OBJECT. A null text returns SL_ARCHIVE_FAILURE and
+// sends nothing.
 TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 
 // Releasing an element.
@@ -224,15 +235,15 @@ TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 //
 // The destruction of a record without an object sends nothing. It logs the error "Invalid SL
 // object", which is harmless.
-// Result: round trip, SL_INVALID_OBJECT; SL_FAILURE if the broker refuses.
+// Result: the round-trip codes, or SL_INVALID_OBJECT; SL_FAILURE if the broker refuses.
 TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
 }  // namespace TesselSilverlight
 
 // Names an element, or only a window and the address of its content. The record owns the broker's
 // object: destroying a valid record, or assigning to it, calls ReleaseObj, which may block like any
-// call. A vector of n records makes n calls. Records can be moved but not copied. Moving takes the
-// object out of the source without a call.
+// call. Destroying a vector of n valid records makes n calls. Records can be moved but not copied.
+// Moving takes the object out of the source without a call.
 struct SLElemData {
   SLElemData() = default;
   SLElemData(const SLElemData&) = delete;
@@ -251,7 +262,7 @@ struct SLElemData {
   HWND hwnd = nullptr;          // the window that shows the content
   BSTR objectId = nullptr;      // the broker's id of the element; the record frees it
   DWORD uriScheme = SL_NO_URI;  // an SLUriScheme
-  RECT rect = {};               // set only by FindCollection
+  RECT rect = {};               // the element's rectangle; only FindCollection sets it
   CStringW sourceUri;           // the address of the content
 
  private:
@@ -259,8 +270,8 @@ struct SLElemData {
     try {
       TesselSilverlight::ReleaseObj(*this);
     } catch (...) {
-      // Memory is exhausted. The broker keeps its object, because a destructor must not end the
-      // client.
+      // ReleaseObj threw, for example because memory is exhausted. Ignore the exception, because a
+      // destructor must not throw. The broker keeps the object.
     }
     hwnd = nullptr;
     processId = 0;
