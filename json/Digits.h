@@ -1,5 +1,5 @@
 // Runs in the client and in the broker. Reads and writes decimal digits without a branch for each
-// one, because processors cannot predict how many there are.
+// digit, because processors cannot predict the number of digits.
 #pragma once
 
 #include <array>
@@ -18,8 +18,8 @@ struct NumberBits {
   static constexpr int kUnits = 32;
   static constexpr int kMaxDigits = 8;
 
-  // Returns the number of digits before the next comma. Returns 0 if there are none or more than
-  // kMaxDigits, or if anything else comes before the comma.
+  // Returns the number of digits before the next comma. Returns 0 if there are no digits or more
+  // than kMaxDigits, or if another unit comes before the comma.
   int CountShort() const {
     const int count = std::countr_one(digits);
     return count <= kMaxDigits && (commas >> count & 1) != 0 ? count : 0;

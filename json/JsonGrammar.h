@@ -86,7 +86,7 @@ class JsonGrammar {
     return ReadValue(depth);
   }
 
-  // Reads from the opening bracket to the closing bracket `close`, with both brackets.
+  // Reads from the opening bracket to the closing bracket `close`, including both brackets.
   template <class ReadItem>
   bool ReadBracketed(int depth, char close, ReadItem readItem) {
     if (depth == kMaxDepth) return false;

@@ -10,7 +10,8 @@ namespace base {
 
 namespace {
 
-// After n units, the reader estimates the space that at most 512 * n further units will need.
+// After n units of text, the reader estimates the space that at most 512 * n further units will
+// need.
 constexpr std::size_t kMaxEstimate = 512;
 
 // Reads a complete text. Reserving enough room for any text of its length would cost more than
@@ -58,8 +59,9 @@ class DocumentReader {
     return in_.Accept(']');
   }
 
-  // Reads elements and the gaps around them, up to the next comma or closing bracket. If the step
-  // ends before that, returns false and goes back to where it started.
+  // Reads short integers with their commas, then one value and the gap after it. Returns false and
+  // restores the positions if the step ends before the next comma or closing bracket, or if the
+  // text is not valid.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();
@@ -89,8 +91,8 @@ class DocumentReader {
     in_.end = in_.at + std::min<std::size_t>(limit_ - in_.at, out_.UnitsWithRoom());
   }
 
-  // Estimates the size of the values in the next units of text: as if the text continued like the
-  // text read so far, plus 1/32.
+  // Estimates the size of the values in the next `units` units of text. Assumes that the text
+  // continues like the text read so far, and adds 1/32.
   std::size_t EstimateSize(std::size_t units) const {
     const auto read = static_cast<std::size_t>(in_.at - start_);
     units = std::min(units, kMaxEstimate * read);

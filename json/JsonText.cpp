@@ -7,7 +7,8 @@ namespace base {
 namespace {
 
 constexpr std::size_t kMaxEscape = 6;
-constexpr std::size_t kPiece = 512;  // the units of a string that one test for room covers
+// The most units of a string that are written after one test for room.
+constexpr std::size_t kPiece = 512;
 
 bool IsNoncharacter(char32_t code) {
   return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;

@@ -30,14 +30,14 @@ inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   return PutNumber(magnitude, to);
 }
 
-// A writer refuses strings that are longer than this in UTF-8. One UTF-16 unit becomes at most
-// three bytes.
+// A writer refuses strings with more than this number of bytes in UTF-8. One UTF-16 unit becomes at
+// most three bytes.
 constexpr std::size_t kMaxStringBytes = 2147483647;
 inline bool MayBeTooLong(std::size_t units) { return units > kMaxStringBytes / 3; }
 
 struct PutText {
   Utf16Unit* end;
-  bool exact;  // whether no noncharacter became U+FFFD
+  bool exact;  // false if a noncharacter was replaced by U+FFFD
 };
 // Writes a string with its quotes at `end`, which may be after the finished content of the block.
 // An unpaired surrogate becomes U+FFFD.

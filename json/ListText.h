@@ -33,7 +33,8 @@ class ListText {
   }
 
  private:
-  // Returns the place of the next element. It has room for `units` units and the closing bracket.
+  // Returns the place of the next element, with room for at least `units` units and the closing
+  // bracket.
   Utf16Unit* Start(std::size_t units) {
     Utf16Unit* const end = text_.Reserve(units + 2);
     *end = ',';

@@ -38,7 +38,8 @@ enum class ValueType : std::uint16_t {
 namespace packed {
 
 constexpr std::size_t kTypeSize = sizeof(ValueType);
-constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);  // type and length in bytes
+// The type of a text and its length in bytes.
+constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);
 
 using Flag = std::uint16_t;
 
@@ -69,15 +70,15 @@ inline char* PutTextHead(char* to, ValueType type, const char* end) {
 
 }  // namespace packed
 
-// A string in a list, either in `ascii` or in `wide`. The other one is empty. `wide` is well-formed
-// UTF-16.
+// A string in a list, either in `ascii` or in `wide`. The other of these two members is empty.
+// `wide` is well-formed UTF-16.
 struct StringView {
   std::string_view ascii;
   Utf16View wide;
 };
 
 // Refers to one element in a list. Valid until the list changes. For a nested list or dictionary,
-// it covers only the type at the start; the elements inside follow as elements of their own.
+// the view covers only the type at the start; the elements inside follow as elements of their own.
 class ValueView {
  public:
   explicit ValueView(const char* at) : at_(at) {}
@@ -144,7 +145,7 @@ inline StringView UpToZero(const StringView& text) {
 inline std::size_t Utf16Length(const StringView& text) {
   return text.ascii.size() + text.wide.size();
 }
-// Writes as many units as Utf16Length returns.
+// Writes exactly the number of units that Utf16Length returns for `text`.
 inline void CopyAsUtf16(const StringView& text, Utf16Unit* to) {
   to = std::copy(text.ascii.begin(), text.ascii.end(), to);
   std::copy(text.wide.begin(), text.wide.end(), to);

@@ -14,8 +14,8 @@ namespace base {
 // bracket is one unit and becomes two bytes.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// Room for the last string of a text. It may have no comma, or the text may end inside it, after
-// its opening quote and one unit.
+// Room for the last string of a text. This string may have no comma, or the text may end inside the
+// string, after its opening quote and one unit.
 constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
 // Returns the greatest number of bytes that the values of a text of `units` units can need.
@@ -65,8 +65,8 @@ class PackedOutput {
   }
   void PutString(ValueType type, const char* end) { MoveTo(packed::PutTextHead(to_, type, end)); }
 
-  // Moves back to an earlier place, or forward to the end of values that the caller itself has
-  // written.
+  // Moves the write position back to an earlier place, or forward to the end of values that the
+  // caller has written itself.
   void MoveTo(char* to) {
     assert(values_.Holds(to));
     to_ = to;

@@ -15,7 +15,7 @@ namespace base {
 
 // Reads integers of up to eight digits, several at a time, while each is followed by a comma.
 // Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
-// Reads none if fewer units of text are left than one search reads.
+// Reads no integers if fewer units of text are left than one search reads.
 template <class Unit>
 void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* at = in.at;
@@ -62,7 +62,7 @@ bool ReadNumber(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* const start = in.at;
   const bool negative = in.Accept('-');
   const Unit* const digits = in.at;
-  std::uint64_t magnitude = 0;  // this wraps around if there are too many digits for an integer
+  std::uint64_t magnitude = 0;  // wraps around if there are too many digits for an integer
   const Unit* digit = digits;
   for (; digit != in.end && IsDigit(*digit); ++digit)
     magnitude = magnitude * 10 + static_cast<unsigned>(*digit - '0');

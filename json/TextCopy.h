@@ -1,6 +1,6 @@
 // Runs in the client and in the broker. Copies text 16 bytes at a time, up to the first unit that
-// needs special treatment. Reading and writing messages takes most of its time here. Needs SSE2,
-// which every x86-64 processor has.
+// needs special treatment. Most of the time of reading and writing messages is spent here. Needs
+// SSE2, which every x86-64 processor has.
 #pragma once
 
 #include <emmintrin.h>
@@ -48,8 +48,8 @@ inline void StoreVector(void* to, __m128i vector) {
 template <Stop kStop>
 inline unsigned StopBits(__m128i bytes) {
   const auto equal = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-  // A copy stops at each byte whose top bit is set in `stops`. Bytes beyond ASCII already have it
-  // set.
+  // A copy stops at each byte whose top bit is set in `stops`. Bytes beyond ASCII already have
+  // their top bit set.
   __m128i stops = bytes;
   if constexpr (kStop != Stop::kLimits)
     stops = _mm_or_si128(stops, _mm_or_si128(equal('"'), equal('\\')));
@@ -61,8 +61,8 @@ inline unsigned StopBits(__m128i bytes) {
 }
 
 // Returns two bits for each of 8 units. The bits are set if a copy of text without surrogates stops
-// at this unit. It also stops at units above the surrogates: they are rare, and this saves a
-// comparison.
+// at this unit. The copy also stops at units above the surrogates: these units are rare, and this
+// saves a comparison.
 template <Stop kStop>
 inline unsigned WideStopBits(__m128i units) {
   const auto equal = [](__m128i a, short b) { return _mm_cmpeq_epi16(a, _mm_set1_epi16(b)); };

@@ -70,7 +70,8 @@ struct TextInput {
     }
   }
 
-  // Returns false if the comment has no end. The grammar then finds the slash and rejects the text.
+  // Returns false if the slash does not begin a complete comment. Then the position stays at the
+  // slash, and the grammar rejects the text.
   bool SkipComment() {
     if (Left() < 2) return false;
     const Unit* next = at + 2;

@@ -21,7 +21,7 @@ inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; 
 
 struct CodePoint {
   char32_t code;
-  std::size_t length;  // the length in units; for ill-formed text, of the ill-formed part
+  std::size_t length;  // the length in units of the code point, or of the ill-formed part
   bool valid;
 };
 
@@ -45,7 +45,8 @@ inline CodePoint Decode(const char* text, const char* end) {
   return {code, length, true};
 }
 
-// Decodes UTF-16, which is always valid here: an unpaired surrogate is decoded as U+FFFD.
+// Decodes the first code point of UTF-16 text. The result is always valid, because an unpaired
+// surrogate is decoded as U+FFFD.
 inline CodePoint Decode(const Utf16Unit* text, const Utf16Unit* end) {
   const char32_t unit = *text;
   if (!IsSurrogate(*text)) return {unit, 1, true};
@@ -54,8 +55,8 @@ inline CodePoint Decode(const Utf16Unit* text, const Utf16Unit* end) {
   return {kReplacement, 1, true};
 }
 
-// Writes at most three bytes for a code point of one UTF-16 unit, and four bytes for one of two
-// units.
+// Writes a code point as UTF-8 and returns the end. Code points below 0x10000 take up to three
+// bytes, all others take four.
 inline char* Encode(char32_t code, char* to) {
   const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(byte); };
   if (code < 0x80) {

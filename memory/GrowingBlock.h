@@ -39,10 +39,10 @@ class GrowingBlock {
   Unit* begin() const { return begin_; }
   Unit* end() const { return begin_ + size_; }
 
-  // Reserve and ReserveAfter make room for `units` more units. They return the place to write them,
-  // because the block may have moved. Reserve continues after the last Finish. ReserveAfter
-  // continues at `end`, the end of content that was written since then. If they throw
-  // std::bad_alloc, the block is unchanged.
+  // Reserve and ReserveAfter make room for `units` more units. They return the place for these
+  // units, because the block may have moved. Reserve continues at the end that was passed to the
+  // last Finish. ReserveAfter continues at `end`, the end of content that was written after the
+  // last Finish. If they throw std::bad_alloc, the block is unchanged.
   Unit* Reserve(std::size_t units) { return ReserveAfter(end(), units); }
   Unit* ReserveAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, FastCapacity(end));
@@ -66,7 +66,7 @@ class GrowingBlock {
     size_ = end - begin_;
   }
 
-  // Returns unused memory to the heap if this is worth a call: see kLeastTrim.
+  // Returns unused memory to the heap if there is enough of it (see kLeastTrim).
   void Trim() {
     const std::size_t unused = (capacity_ - size_) * sizeof(Unit);
     if (IsSmall() || size_ == 0 || unused < std::max(kLeastTrim, size_ * sizeof(Unit) / kTrimShare))
@@ -75,8 +75,8 @@ class GrowingBlock {
   }
 
  private:
-  // Shrink only if at least 4 KiB, and at least 1/8 of the content, are unused: below that, the
-  // call costs more than it frees.
+  // Trim shrinks the block only if at least 4 KiB, and at least 1/8 of the content, are unused.
+  // Otherwise the call would cost more time than the memory is worth.
   static constexpr std::size_t kLeastTrim = 4096;
   static constexpr std::size_t kTrimShare = 8;
 
