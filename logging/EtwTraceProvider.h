@@ -12,7 +12,7 @@
 namespace logging {
 
 // The system's trace functions. The providers call them through this table, so that a test can
-// replace them before the first log call. Under Wine a test cannot use the real ones: Wine
+// replace them before the first log call. Under Wine a test cannot use the real functions: Wine
 // registers a provider, but never calls it back and has no trace sessions.
 struct TraceFunctions {
   decltype(&::RegisterTraceGuidsW) registerGuids;

@@ -68,7 +68,8 @@ void HandleLine(const LogLine& line) {
 template <class Character>
 void WriteFormatted(const LogSite& site, const Character* format, std::va_list arguments) {
   const LastErrorGuard keepLastError;
-  // The log macros have checked the level already. Callers that make their own LogSite have not.
+  // The log macros have checked the level already. Callers that make their own LogSite have not
+  // checked it.
   if (!IsLogged(site.level)) return;
 
   char prefixStorage[MAX_PATH];

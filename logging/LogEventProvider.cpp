@@ -85,8 +85,8 @@ void LogEventProvider::WriteLine(const LogLine& line) const {
 }
 
 void LogEventProvider::OnEventsEnabled(UCHAR sessionLevel) {
-  // A trace session that changes its level calls this function again. Keep the level saved by the
-  // first call; it is restored when the session ends.
+  // A trace session that changes its level calls this function again. Keep the level that the first
+  // call saved. That level is restored when the session ends.
   if (!savedTraceLevel_) savedTraceLevel_ = GetTraceLevel();
   SetTraceLevel(sessionLevel < 2 ? kFatal : 4 - sessionLevel);
 }

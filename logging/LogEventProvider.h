@@ -14,7 +14,7 @@ namespace logging {
 // are followed by a terminating zero.
 struct LogLine {
   int level;
-  const char* file;  // the product version and the file name
+  const char* file;  // the source file's name, after the product version: "(v1_0_0_0) Name.cpp"
   int line;
   std::size_t messageStart;  // the position in `text` at which the message starts
   std::string_view text;

@@ -164,7 +164,7 @@ class MessageWriter {
     char text[kLongestMessage + 1];
     const int length = _snprintf(text, sizeof(text), RuntimeFormat(conversion, size).text, value);
     // A negative length means that the text was too long and filled the whole buffer. The buffer is
-    // longer than any message, so Append cuts the text.
+    // one byte longer than the longest message, so Append notices this and cuts the text.
     out_.Append({text, length < 0 ? sizeof(text) : static_cast<std::size_t>(length)});
   }
 

@@ -1,6 +1,6 @@
 // Runs in the client and in the broker. Formats the text of log lines. printf formats mean the same
-// as in Microsoft's runtime library. Wide text is converted to UTF-8, whatever the C locale is.
-// Nothing here allocates memory.
+// as in Microsoft's runtime library. Wide text is converted to UTF-8, whatever the C locale is. The
+// functions allocate no memory.
 #pragma once
 
 #include <cstdarg>
@@ -9,7 +9,7 @@
 
 namespace logging {
 
-inline constexpr std::size_t kLongestMessage = 4095;  // bytes, or units of a wide message
+inline constexpr std::size_t kLongestMessage = 4095;  // in bytes, or in units for a wide message
 
 // Returns the length of the longest prefix of `text` that has at most `limit` bytes and ends with a
 // complete UTF-8 sequence.

@@ -14,7 +14,8 @@ enum Level : int { kVerbose = -1, kInfo = 0, kWarning = 1, kError = 2, kFatal = 
 // The levels that decide whether a line is logged. They share 64 bits, so that one atomic operation
 // reads or changes all of them.
 struct LogLevels {
-  std::uint64_t staleTick : 40;  // the time in ms to read `configured` again; lasts for 34 years
+  // The tick count in ms at which `configured` is read again; 40 bits last for 34 years.
+  std::uint64_t staleTick : 40;
   std::int64_t configured : 8;
   std::int64_t trace : 16;  // 4 minus the session's level, so at least 4 - 255
 };
@@ -39,9 +40,9 @@ inline int GetConfiguredLogLevel() { return static_cast<int>(GetLogLevels().conf
 inline int GetTraceLevel() { return static_cast<int>(logLevels.load().trace); }
 void SetTraceLevel(int level);
 
-// Returns whether a line of this level goes to the debugger output or to a trace session. It is
-// inline, because it is the whole cost of a line that is not logged, and an archive logs a line for
-// each value.
+// Returns whether a line of this level goes to the debugger output or to a trace session. This
+// function is inline, because it is the whole cost of a line that is not logged, and an archive
+// logs a line for each value.
 inline bool IsLogged(int level) {
   const LogLevels levels = GetLogLevels();
   return level >= levels.configured || level >= levels.trace;

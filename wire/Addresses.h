@@ -29,8 +29,8 @@ inline const char* SchemeName(unsigned long scheme) {
   }
 }
 
-// Returns the scheme that the address starts with, or nothing if it starts with none. Upper case
-// does not match: "HTTP:" is not a scheme.
+// Returns the scheme that the address starts with, or nothing if it starts with no known scheme.
+// Upper case does not match: "HTTP:" is not a scheme.
 inline std::optional<SLUriScheme> GetUriScheme(std::wstring_view address) {
   if (address.starts_with(L"https:")) return SL_HTTPS_URI;
   if (address.starts_with(L"http:")) return SL_HTTP_URI;
@@ -40,7 +40,7 @@ inline std::optional<SLUriScheme> GetUriScheme(std::wstring_view address) {
 
 // Returns the part of the address before its third slash, which is the scheme and the host. For a
 // file, returns the part before the sixth slash. Returns the whole address if it has fewer slashes,
-// and nothing if it has no scheme.
+// and nothing if it has no known scheme.
 inline std::optional<std::wstring_view> GetUriOrigin(std::wstring_view address) {
   const std::optional<SLUriScheme> scheme = GetUriScheme(address);
   if (!scheme) return std::nullopt;

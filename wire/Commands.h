@@ -1,5 +1,5 @@
 // Runs in the client and in the broker. The numbers of the commands. The first value of each
-// request is one of them.
+// request is the number of its command.
 #pragma once
 
 namespace wire {

@@ -5,19 +5,19 @@
 
 namespace wire {
 
-// Connecting, writing and reading have this time-out each.
+// Connecting, writing and reading each have this time-out.
 inline constexpr std::uint32_t kPipeTimeoutMilliseconds = 18000;
 
-// After a call has started a broker, it waits for the broker's pipe. Then it pauses before it
-// connects.
+// After a call has started a broker, the call waits for the broker's pipe. Then the call pauses
+// before it connects.
 inline constexpr std::uint32_t kLaunchedPipeTimeoutMilliseconds = 15000;
 inline constexpr std::uint32_t kPauseAfterLaunchMilliseconds = 1000;
 
 inline constexpr std::uint32_t kLongestRoundTripMilliseconds =
     kLaunchedPipeTimeoutMilliseconds + kPauseAfterLaunchMilliseconds + 3 * kPipeTimeoutMilliseconds;
 
-// An injection first waits for the injections of other clients. Then it starts its injector,
-// pauses, and waits for the injector in rounds.
+// A client first waits for the injections of other clients. Then it starts its injector, pauses,
+// and waits for the injector in rounds.
 inline constexpr std::uint32_t kInjectionMutexTimeoutMilliseconds = 30000;
 inline constexpr std::uint32_t kPauseAfterInjectorStartMilliseconds = 150;
 inline constexpr std::uint32_t kInjectorRoundMilliseconds = 1000;
