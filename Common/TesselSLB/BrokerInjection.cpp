@@ -34,7 +34,7 @@ bool EndedWell(HANDLE injector) {
     LOG_ERROR("Silverlight injector failed, exit code =%d", exitCode);
     return false;
   }
-  // The success has the level ERROR on purpose: clients depend on the level.
+  // This line reports a success, but has the level ERROR on purpose: clients depend on the level.
   LOG_ERROR("Silverlight injector succeeded");
   return true;
 }

@@ -54,7 +54,8 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
     LOG_ERROR("Cannot start SLBroker process");
     return SL_BROKER_NOT_STARTED;
   }
-  // A connection carries one request and one answer. The destructor of `pipe` closes it.
+  // A connection carries one request and one answer. The destructor of `pipe` closes the
+  // connection.
   CJbPipe pipe;
   pipe.SetTimeout(wire::kPipeTimeoutMilliseconds);
   pipe.SetPipeName(pipeName);

@@ -19,7 +19,7 @@ std::wstring_view SourceUriOf(const SLElemData& record);
 void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchive& request);
 
 // Builds a request about a window or an element in it: command, process id, object id. The object
-// id may be empty. If the record's process id is 0, sets it to that of the window.
+// id may be empty. If the record's process id is 0, sets it to the id of the window's process.
 void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& request);
 
 // The three functions below send a request. They return 0, an SLResult or a status that the broker
@@ -27,8 +27,8 @@ void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& req
 // The functions throw ArchiveException if the request cannot be written as text or the answer does
 // not begin with a status.
 
-// Sends the request to the broker of this scheme. If its pipe does not exist, starts the broker
-// first.
+// Sends the request to the broker of this scheme. If the broker's pipe does not exist, starts the
+// broker first.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
@@ -39,7 +39,7 @@ int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchiv
                                  std::wstring_view address);
 
 // Sends the request to the broker of `scheme`. For SL_NO_URI, calls SendMessageToBrokerAnyScheme
-// instead. If its result is SL_NOT_SERVED, injects a broker into the window's process and calls
+// instead. If the result is SL_NOT_SERVED, injects a broker into the window's process and calls
 // SendMessageToBrokerAnyScheme once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

@@ -46,8 +46,8 @@ inline void NoArguments(JArchive& /*request*/) {}
 // Used for commands whose answer contains only the status.
 inline void NoResults(JArchive& /*answer*/) {}
 
-// Sends one request and reads its answer. If `scheme` is SL_NO_URI, finds the scheme and stores it
-// there.
+// Sends one request and reads its answer. If `scheme` is SL_NO_URI, finds the scheme of the broker
+// that answers, and stores it in `scheme`.
 template <class WriteRequest, class ReadAnswer>
 int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeRequest,
                ReadAnswer readAnswer, const char* prefix, const CallSite& site) {
@@ -82,8 +82,8 @@ int CallObject(wire::Command command, const SLElemData& object, WriteArguments w
   return CallBroker(scheme, object, writeRequest, readAnswer, prefix, site);
 }
 
-// Makes a call about a window or an element in it. Sets the record's process id and scheme if they
-// are not known yet.
+// Makes a call about a window or an element in a window. Sets the process id and the scheme of
+// `window` if they are not known yet.
 template <class WriteArguments, class ReadAnswer>
 int CallWindow(wire::Command command, SLElemData& window, WriteArguments writeArguments,
                ReadAnswer readAnswer, CallSite site = CallSite::current()) {

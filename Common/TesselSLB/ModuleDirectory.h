@@ -8,8 +8,8 @@
 
 HINSTANCE GetModuleInstance();
 
-// Returns the module's folder with a backslash at the end. Looks it up once per process. Any thread
-// may call it.
+// Returns the module's folder with a backslash at the end. Looks the folder up once per process.
+// Any thread may call this function.
 const std::wstring& GetModuleDirectory();
 
 // Returns the path of a file in the module's folder. Throws ATL's exception if the path does not

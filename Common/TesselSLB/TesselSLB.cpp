@@ -87,7 +87,7 @@ struct AdditionalWindow {
 
 std::array<AdditionalWindow, 10> additionalWindows;
 
-// Returns the window with this index. Returns null and logs an error if there is none.
+// Returns the window with this index. Returns null and logs an error if the index has no window.
 AdditionalWindow* ExistingWindow(unsigned long index) {
   if (index >= additionalWindows.size()) {
     LOG_ERROR("Index out of bounds");
@@ -100,10 +100,10 @@ AdditionalWindow* ExistingWindow(unsigned long index) {
   return &additionalWindows[index];
 }
 
-// Passes a message to the window's callback. Returns true if the callback has handled it.
+// Passes a message to the window's callback. Returns true if the callback has handled the message.
 bool HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  // AdditionalWindow_Create stores the index plus one. While the window is being created the value
-  // is still 0, so the index is out of bounds and no callback is called.
+  // AdditionalWindow_Create stores the index plus one in the window. While the window is being
+  // created, this value is still 0, so the index is out of bounds and no callback is called.
   const auto index = static_cast<ULONG_PTR>(::GetWindowLongPtrW(window, GWLP_USERDATA)) - 1;
   if (index >= additionalWindows.size()) return false;
   const AdditionalWindow& entry = additionalWindows[index];
@@ -124,7 +124,7 @@ LRESULT CALLBACK Additional_WndProc(HWND window, UINT message, WPARAM wparam, LP
   return ::DefWindowProcW(window, message, wparam, lparam);
 }
 
-// Contains the process id, so that no two processes register the same class name.
+// The class name contains the process id, so that no two processes register the same name.
 const std::wstring& WindowClassName() {
   static const std::wstring name =
       L"SL_Additional_Wnd_Class_pid" + std::to_wstring(::GetCurrentProcessId()) + L"_";
@@ -143,7 +143,7 @@ bool RegisterWindowClass() {
   return false;
 }
 
-// Registers the class once per process. Tries again only if an exception ended the previous
+// Registers the window class once per process. Tries again only if an exception ended the previous
 // attempt.
 bool IsWindowClassRegistered() {
   static const bool registered = RegisterWindowClass();
@@ -169,7 +169,7 @@ int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout, const
   }
   try {
     const auto channel = std::make_shared<Channel>();
-    currentChannel.store(channel);  // this closes the old channel, unless a call still uses it
+    currentChannel.store(channel);  // closes the old channel, unless a call still uses it
     channel->pipe->SetPipeName(name);
     channel->pipe->SetAppendProcessId(false);
     if (!channel->pipe->CreateServerPipe(0 /*retry time-out*/, true /*first instance*/)) {

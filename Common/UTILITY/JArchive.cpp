@@ -104,7 +104,7 @@ JArchive& JArchive::operator>>(bool& value) {
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
-  // Current may throw. `utf8` must then still be unchanged, so do not clear it before.
+  // Current() may throw an exception. Then `utf8` must be unchanged, so clear it only afterwards.
   const base::ValueView current = Current();
   utf8.clear();
   utf8 = base::ToUtf8(StringOf(current));

@@ -44,9 +44,11 @@ class IJbPipe {
   // time-out.
   virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
   // Server only. Waits until a client connects. A time-out of INFINITE waits without limit.
-  // `timedOut` may be null. It receives 1 if no client connected in time, else 0.
+  // `timedOut` may be null. Otherwise `*timedOut` receives 1 if no client connected in time, else
+  // 0.
   virtual bool WaitClientToConnect(std::uint32_t timeout, std::uint32_t* timedOut) = 0;
-  // Server only. Waits until the client has read everything, then disconnects it.
+  // Server only. Waits until the client has read everything that was written, then disconnects the
+  // client.
   virtual bool DisconnectClient() = 0;
   // Client only. Opens the pipe. If the pipe is busy, tries again until the endpoint's time-out. If
   // there is no such pipe, fails at once.
@@ -67,8 +69,7 @@ class IJbPipe {
   virtual bool WriteBuffer(const std::vector<BYTE>& bytes) = 0;
   // `timeout` limits each single wait in a read or a write, and how long ConnectToServerPipe tries.
   virtual void SetTimeout(std::uint32_t timeout) = 0;
-  // If `pump` is true, the thread's windows receive the messages that are sent to them while a read
-  // waits.
+  // If `pump` is true, a read that waits lets the windows of its thread receive sent messages.
   virtual void SetPumpMessages(bool pump) = 0;
   // Server only. Wakes a thread that waits in WaitClientToConnect, by connecting to the pipe.
   // `timeout` limits this attempt. After Shutdown, these functions throw PipeShutdownException

@@ -1,11 +1,11 @@
 // Runs in the client and in the broker. The client role of an endpoint: finds and opens the pipe
-// that a server has created. The broker's process uses it in Shutdown.
+// that a server has created. The broker's process uses this role in Shutdown.
 #include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
 
 namespace {
 
-constexpr DWORD kBusyWaitMilliseconds = 50;  // the longest wait for a free instance
+constexpr DWORD kBusyWaitMilliseconds = 50;  // the longest wait for a free instance of the pipe
 constexpr DWORD kConnectRetryMilliseconds = 50;
 constexpr DWORD kProbeWaitMilliseconds = 1;
 constexpr DWORD kProbeRetryMilliseconds = 5;

@@ -8,5 +8,5 @@
 // full access. The first call builds them. They stay valid until the process ends, and the caller
 // does not free them. Returns null, which means default security, if the access list cannot be
 // built. Throws std::system_error if the integrity label cannot be built; the next call then tries
-// again. Any thread may call it.
+// again. Any thread may call this function.
 SECURITY_ATTRIBUTES* GetPipeSecurityAttributes();

@@ -47,5 +47,5 @@ class SafeObject {
   HANDLE handle_ = Kind::Empty();
 };
 
-using SafeHandle = SafeObject<NullIsEmpty>;   // events, processes, threads, mutexes
-using SafeFile = SafeObject<InvalidIsEmpty>;  // files and pipes
+using SafeHandle = SafeObject<NullIsEmpty>;   // for events, processes, threads and mutexes
+using SafeFile = SafeObject<InvalidIsEmpty>;  // for files and pipes

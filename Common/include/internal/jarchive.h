@@ -1,6 +1,6 @@
 // Runs in the client and in the broker. A message between client and broker: a list of simple
 // values, sent as one JSON array. The sender appends the values, and the receiver reads them in the
-// same order. Both must know the order of the types, because each read expects one type.
+// same order. Both sides must know the order of the types, because each read expects one type.
 #pragma once
 
 #include <cstdint>
@@ -42,13 +42,12 @@ class JArchive {
   // Returns the array as compact JSON text. Throws ArchiveException if the values cannot be written
   // as JSON.
   std::wstring toString() const;
-  // Returns compact JSON text like the function above, but without a copy if the content is already
-  // text. Otherwise writes the text to `buffer`. The result is valid until the archive or the
-  // buffer changes.
+  // Returns the same text as toString(). Makes no copy if the content is stored as text. Otherwise
+  // writes the text to `buffer`. The result is valid until the archive or the buffer changes.
   std::wstring_view toString(std::wstring& buffer) const;
 
-  // Replaces the content by the elements of a JSON array and sets the cursor to the first one. If
-  // the text is not a JSON array, throws ArchiveException and leaves the archive unchanged.
+  // Replaces the content by the elements of a JSON array and sets the cursor to the first element.
+  // If the text is not a JSON array, throws ArchiveException and leaves the archive unchanged.
   void fromString(std::wstring_view text);
 
   JArchive& operator<<(std::int32_t value);
@@ -85,8 +84,8 @@ class JArchive {
   }
 
  private:
-  // A request is only written, so the content starts as text. It is converted to values on the
-  // first read, or when a string cannot be stored exactly as text.
+  // A request is only written, so the content starts as text. The text is converted to values on
+  // the first read, or when a string cannot be stored exactly as text.
   using Content = std::variant<base::ListText, base::ListValue>;
 
   base::ListValue& Values() const;
