@@ -6,14 +6,14 @@ using tessel::Element;
 
 namespace {
 
-// Runs an action on an element.
+// Locks the element and passes it to `action`.
 template <class Action>
 int32_t Act(const char* function, tessel_element element, tessel_error** error, Action action) {
   return Run(function, error,
              [&](const Frame& frame) { action(frame, frame.LockElement(element)); });
 }
 
-// Runs a body that returns elements, and returns their handle.
+// Calls `body`, and stores a handle for the element or the list that `body` returns.
 template <class Handle, class Body>
 int32_t Find(const char* function, tessel_element element, Handle* handle, tessel_error** error,
              Body body) {
@@ -24,7 +24,7 @@ int32_t Find(const char* function, tessel_element element, Handle* handle, tesse
   });
 }
 
-// Frees the three texts if one of them cannot be allocated.
+// Copies the three texts. If memory is exhausted, frees the copies that were already made.
 tessel_identity IdentityOf(const tessel::Identity& identity) {
   tessel_identity copy = {nullptr, nullptr, nullptr, identity.number};
   try {

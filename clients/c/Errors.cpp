@@ -8,7 +8,7 @@
 namespace tessel::c {
 namespace {
 
-// Reported without allocating memory, and never freed.
+// The error that reports exhausted memory. It is never allocated and never freed.
 constinit tessel_error exhaustedMemory = {
     kOutOfMemory,
     L"TESSEL_OUT_OF_MEMORY",

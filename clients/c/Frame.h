@@ -28,12 +28,12 @@ struct LockedElement {
   std::unique_lock<Lock> guard;  // unlocks before `object` is freed
 };
 
-// One call of a function of the C interface. The functions throw Error.
+// One call of a function of the C interface. The functions of Frame throw Error.
 class Frame {
  public:
   explicit Frame(const char* function) : call_{function, L"", L""} {}
 
-  // Sets the result to zero, and returns it.
+  // Sets `*result` to zero and returns a reference to it. Throws Error if `result` is null.
   template <class Result>
   Result& Cleared(Result* result) const {
     if (result == nullptr) throw Invalid("a pointer to a result is null");
@@ -49,7 +49,7 @@ class Frame {
     return Checked(Handles().Find<Object>(handle));
   }
 
-  // Frees the handle.
+  // Frees the handle and returns its object.
   template <class Object>
   std::shared_ptr<Object> Remove(Table::Handle handle) const {
     return Checked(Handles().Remove<Object>(handle));
@@ -71,11 +71,12 @@ class Frame {
   const Call call_;
 };
 
-// Make the C form of an error, and return its code.
+// These functions store the error in `*to`, unless `to` is null, and return the error's code.
 std::int32_t Report(const Error& error, tessel_error** to) noexcept;
 std::int32_t ReportExhaustedMemory(tessel_error** to) noexcept;
 
-// Runs the body of a function of the C interface, and returns the code. No exception leaves it.
+// Runs the body of a function of the C interface and returns the result code. No exception leaves
+// Run.
 template <class Body>
 std::int32_t Run(const char* function, tessel_error** error, Body body) noexcept {
   const HandlersOfOtherStacks hidden;
@@ -90,12 +91,12 @@ std::int32_t Run(const char* function, tessel_error** error, Body body) noexcept
   }
 }
 
-// Returns a copy that tessel_text_free frees.
+// Returns a copy that the caller of the C interface frees with tessel_text_free.
 wchar_t* CopyOf(std::wstring_view text);
 
 tessel_rectangle RectangleOf(const RECT& rect);
 
-// Return a new handle. It is 0 for no element.
+// These functions return a new handle, or 0 if there is no element.
 tessel_element HandleOf(std::optional<Element> element, const std::shared_ptr<Lock>& lock);
 tessel_list HandleOf(std::vector<Element> elements, const std::shared_ptr<Lock>& lock);
 tessel_list HandleOf(std::vector<Ancestor> ancestors, const std::shared_ptr<Lock>& lock);

@@ -1,6 +1,6 @@
 // Runs in the client. The handles of the C interface. A handle is a number made of a kind, a
 // generation and a slot. Each slot gets a new generation when it is used again, so an old handle
-// names nothing.
+// names no object.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ class HandleTable {
   Handle Add(std::shared_ptr<Object> object) {
     const std::lock_guard guard(lock_);
     if (free_.empty()) {
-      free_.reserve(slots_.size() + 1);  // so that Remove needs no memory
+      free_.reserve(slots_.size() + 1);  // so that Remove allocates no memory
       slots_.emplace_back();
       free_.push_back(slots_.size() - 1);
     }
@@ -41,7 +41,8 @@ class HandleTable {
     return index ? std::get<std::shared_ptr<Object>>(slots_[*index].object) : nullptr;
   }
 
-  // Returns the object, or null as above. The handle names nothing afterwards.
+  // Removes the object from the table and returns it. Returns null if the handle names no object of
+  // this kind.
   template <class Object>
   std::shared_ptr<Object> Remove(Handle handle) {
     const std::lock_guard guard(lock_);
@@ -60,7 +61,7 @@ class HandleTable {
 
   struct Slot {
     AnyObject object;
-    std::uint32_t generation = 1;  // 24 bits of it are part of the handle
+    std::uint32_t generation = 1;  // its low 24 bits are part of the handle
   };
 
   // A handle has 32 bits of slot, 24 bits of generation and 8 bits of kind.

@@ -5,7 +5,7 @@ using namespace tessel::c;
 
 namespace {
 
-// Runs a body about one entry of a list.
+// Passes one entry of the list to `body`, and stores the value that `body` returns.
 template <class Result, class Body>
 int32_t Read(const char* function, tessel_list list, std::size_t index, Result* result,
              tessel_error** error, Body body) {

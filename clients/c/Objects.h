@@ -13,8 +13,9 @@
 
 namespace tessel::c {
 
-// Its lock is shared with the elements: calls of one content run one after another. A look of the
-// caller's own may call too, on the thread that already holds the lock.
+// A content shares its lock with its elements, so calls of one content run one after another. The
+// check of tessel_wait_until may make calls, too, because it runs on the thread that holds the
+// lock.
 struct ContentObject {
   explicit ContentObject(Content opened) : content(std::move(opened)) {}
 
@@ -22,7 +23,8 @@ struct ContentObject {
   const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
 };
 
-// Its destruction releases the element, on the thread that frees the handle or ends the last call.
+// The destructor releases the element. It runs on the thread that frees the handle, or on the
+// thread that ends the last call with this object.
 class ElementObject {
  public:
   ElementObject(Element owned, std::shared_ptr<Lock> contentLock)
@@ -39,8 +41,8 @@ class ElementObject {
 };
 
 struct ListEntry {
-  std::wstring text;                       // of an element: its id
-  std::shared_ptr<ElementObject> element;  // null if it was taken, and in a list of texts
+  std::wstring text;                       // the text, or the element's id
+  std::shared_ptr<ElementObject> element;  // null after it was taken, and in a list of texts
   long number = 0;
 };
 
@@ -51,7 +53,8 @@ struct ListObject {
 
 using Table = HandleTable<ContentObject, ElementObject, ListObject>;
 
-// Never destroyed: the end of the process must not send releases.
+// Returns the table of all handles. It is never destroyed, because the end of the process must not
+// send releases.
 Table& Handles();
 
 }  // namespace tessel::c

@@ -92,7 +92,7 @@ inline bool Error::BrokerIsLost() const {
 inline Element::Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept
     : session_(std::move(session)), record_(std::move(record)) {}
 
-// Keeps the other element's session, so that its functions can still throw an Error.
+// Leaves the session in `other`, so that the functions of `other` can still throw an Error.
 inline Element::Element(Element&& other) noexcept
     : session_(other.session_), record_(std::move(other.record_)) {}
 

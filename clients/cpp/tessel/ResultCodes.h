@@ -8,7 +8,7 @@ namespace tessel {
 
 // The codes of the client libraries themselves.
 enum ClientResult : int {
-  kOutOfMemory = -101,  // only in the C interface; in C++ this is std::bad_alloc
+  kOutOfMemory = -101,  // only in the C interface; the C++ library throws std::bad_alloc
   kBadHandle = -102,    // only in the C interface
   kTimedOut = -103,     // a condition was not met in time
 };
@@ -79,7 +79,7 @@ inline constexpr ResultCode kResultCodes[] = {
      "check that the values are allowed and that the broker has the same version"},
 };
 
-// Only the broker itself knows the meaning of other numbers.
+// A number that is not in the table is a status whose meaning only the broker knows.
 constexpr ResultCode DescribeResult(int number) {
   for (const ResultCode& code : kResultCodes) {
     if (code.number == number) return code;

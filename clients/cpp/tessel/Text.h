@@ -11,7 +11,8 @@
 
 namespace tessel {
 
-// Convert UTF-16 to UTF-8 and back. Ill-formed parts become U+FFFD.
+// Narrow converts UTF-16 to UTF-8, and Wide converts UTF-8 to UTF-16. Ill-formed text becomes
+// U+FFFD.
 inline std::string Narrow(std::wstring_view text) {
   const int units = static_cast<int>(text.size());
   const int bytes =
@@ -68,7 +69,7 @@ inline std::string Printable(std::string_view text) {
   return Narrow(result);
 }
 
-// Returns the printable text in double quotes. A double quote in it becomes \".
+// Returns the printable text in double quotes. A double quote in the text becomes \".
 inline std::string Quoted(std::string_view text) {
   std::string result;
   for (const char character : Printable(text)) {
