@@ -73,8 +73,8 @@ show() {
   fi
 }
 
-# element_with FACT: prints a point at which the inspector finds an element with that fact. FACT is a
-# pattern for a line of the broker.
+# element_with FACT: prints a point inside an element, at which the inspector finds this element. FACT is a
+# pattern for a line that the broker prints about the element.
 element_with() {
   local line point= id=
   while IFS= read -r line <&3; do

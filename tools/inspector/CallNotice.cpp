@@ -23,7 +23,7 @@ CallNotice::CallNotice(const std::string& what, std::uint32_t longestMillisecond
     : text_("tessel: waiting for the broker to " + what + " (at most " +
             std::to_string(SecondsRoundedUp(longestMilliseconds)) + " s)\n"),
       timer_(::CreateThreadpoolTimer(&Tell, this, nullptr /*default pool*/)) {
-  if (timer_ == nullptr) return;  // the call goes on without a notice
+  if (timer_ == nullptr) return;  // no timer: the call is made without a notice
   FILETIME due = FromNow(kSecondsBeforeNotice);
   ::SetThreadpoolTimer(timer_, &due, 0 /*once*/, 0 /*window*/);
 }

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-// Create it before the call and destroy it after the call. `what` completes the sentence "waiting
-// for the broker to ...". The call waits for at most `longestMilliseconds`.
+// Create a CallNotice before the call and destroy it after the call. `what` completes the sentence
+// "waiting for the broker to ...". The call waits for at most `longestMilliseconds`.
 class CallNotice {
  public:
   CallNotice(const std::string& what, std::uint32_t longestMilliseconds);

@@ -9,15 +9,15 @@
 
 namespace {
 
-// A search asks the tailored broker and, if the address has a scheme, the broker of that scheme.
-// If neither shows the content, it injects a broker and asks again.
+// A search asks the tailored broker and, if the address has a scheme, the broker of that scheme. If
+// neither broker shows the content, the search injects a broker and asks again.
 std::uint32_t LongestSearch(const std::string& address) {
   const bool hasOwnScheme = wire::GetUriScheme(tessel::Wide(address)).has_value();
   const std::uint32_t brokers = (hasOwnScheme ? 2 : 1) * wire::kLongestRoundTripMilliseconds;
   return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
-// Names the target of the search in messages.
+// Returns the name of the search's target, for messages.
 std::string TargetName(const InspectorOptions& options) {
   if (options.at) return "the element at " + TextOf(*options.at);
   if (options.focus) return "the focused element";

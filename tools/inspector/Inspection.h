@@ -21,7 +21,7 @@ class Inspection {
   const InspectorOptions& Options() const { return options_; }
   HWND Window() const { return content_.Window(); }
 
-  // The element that the options name.
+  // Returns the element that the options select.
   tessel::Element FindElement();
   std::optional<tessel::Element> FindFocused();
 
@@ -30,7 +30,7 @@ class Inspection {
   // `steps` must be positive.
   tessel::Element AncestorOf(tessel::Element& element, int steps);
 
-  // All elements of the content that match.
+  // Returns all elements of the content that match `search`.
   std::vector<tessel::Element> Find(const std::string& what, const tessel::Search& search);
 
   // Runs `body`, which makes calls about one element. `what` completes the message "cannot ...",
@@ -41,8 +41,8 @@ class Inspection {
     return Explained(what, body);
   }
 
-  // The same for a body that returns an optional. An empty one is a failure, with the broker's
-  // status.
+  // Does the same as Do, for a body that returns an optional. An empty optional is a failure,
+  // reported with the broker's status.
   template <class Body>
   auto Require(const std::string& what, Body body) {
     auto value = Do(what, body);
@@ -63,7 +63,7 @@ class Inspection {
     }
   }
 
-  // Says what the next call is for. It searches for the broker if `scheme` is SL_NO_URI.
+  // Says what the next call is for. The call searches for the broker if `scheme` is SL_NO_URI.
   void AnnounceSearch(const std::string& what, SLUriScheme scheme);
 
   tessel::Element FindNamed();

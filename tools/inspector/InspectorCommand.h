@@ -1,4 +1,4 @@
-// Part of tessel. The tables of its commands. Each table is in the file that carries out its
+// Part of tessel. The tables of the tool's commands. Each table is in the file that carries out its
 // commands.
 #pragma once
 
@@ -10,23 +10,24 @@
 #include "tools/inspector/Report.h"
 
 struct InspectorCommand {
-  // How the user names the element. All except kWhole also have --parent.
+  // How the user selects the element of a command. Commands of all kinds except kWhole also have
+  // --parent.
   enum class Target {
-    kByOptions,         // by --at, --focus or --find
-    kByOptionsOrWhole,  // by the same, or the command looks at the whole content
-    kByItself,          // the command's name and arguments say it
-    kWhole,             // the command always looks at the whole content
+    kByOptions,         // by the options --at, --focus or --find
+    kByOptionsOrWhole,  // by the same options; without them the command reads the whole content
+    kByItself,          // by the command's name and arguments
+    kWhole,             // the command always reads the whole content
   };
 
   const char* name;
   const char* description;
   Target target;
   Report (*run)(Inspection& inspection);
-  // Adds the options that only this command has. Null if it has none.
+  // Adds the options that only this command has. Null if the command has no such options.
   void (*addOptions)(CLI::App& command, InspectorOptions& options) = nullptr;
 };
 
-std::span<const InspectorCommand> LookupCommands();   // LookupReports.cpp
-std::span<const InspectorCommand> ElementCommands();  // ElementReports.cpp
-std::span<const InspectorCommand> ActionCommands();   // ActionReports.cpp
-std::span<const InspectorCommand> TreeCommands();     // TreeReport.cpp
+std::span<const InspectorCommand> LookupCommands();   // defined in LookupReports.cpp
+std::span<const InspectorCommand> ElementCommands();  // defined in ElementReports.cpp
+std::span<const InspectorCommand> ActionCommands();   // defined in ActionReports.cpp
+std::span<const InspectorCommand> TreeCommands();     // defined in TreeReport.cpp

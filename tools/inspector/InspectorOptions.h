@@ -19,10 +19,10 @@ struct InspectorOptions {
 
   std::string window;
   std::string address;
-  std::string scheme;  // empty: search for the broker
+  std::string scheme;  // empty if the call must search for the broker
 
-  // The element: at most one of these is given. If none is given, the command is about the whole
-  // content.
+  // The options that select the element. At most one of them is given. If none is given, the
+  // command is about the whole content.
   std::optional<POINT> at;
   bool focus = false;
   std::optional<SearchTexts> find;
@@ -41,5 +41,5 @@ struct InspectorOptions {
   std::vector<std::string> attributes = {"name", "type"};
 };
 
-// If it returns a value, the tool must end at once with that exit code.
+// If this function returns a value, the tool must end at once with that exit code.
 std::optional<int> ReadInspectorOptions(InspectorOptions& options);

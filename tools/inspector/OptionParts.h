@@ -8,12 +8,12 @@
 
 #include "tools/inspector/InspectorOptions.h"
 
-// The most steps up the tree.
+// The greatest number of steps up the tree.
 inline constexpr int kMostSteps = INT_MAX;
 
 std::string RefuseEmpty(const std::string& text);
 
-// Add an option whose value is "X,Y" or "A,B,C". Any other value is a usage error.
+// These functions add an option whose value is "X,Y" or "A,B,C". Any other value is a usage error.
 CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point);
 CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
                             std::optional<SearchTexts>& texts);
@@ -24,6 +24,7 @@ CLI::Option* AddPointOption(CLI::App& app, InspectorOptions& options);
 // Adds the options that every command has.
 void AddContentOptions(CLI::App& command, InspectorOptions& options);
 
-// Add the options that name an element, and --parent, which goes up from it.
+// These functions add the options that select an element, and --parent, which selects an ancestor
+// of this element.
 void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequired);
 void AddParentOption(CLI::App& command, InspectorOptions& options);

@@ -9,10 +9,10 @@
 // `text` is "X,Y", two 32-bit integers.
 std::optional<POINT> ParsePoint(const std::string& text);
 
-// `text` is "A,B,C". A comma or a backslash that belongs to one of the three is escaped with a
+// `text` is "A,B,C". A comma or a backslash inside one of the three texts is escaped with a
 // backslash.
 std::optional<SearchTexts> ParseSearchTexts(const std::string& text);
 
-// Format a value so that it can be parsed again.
+// These functions format a value so that it can be parsed again.
 std::string TextOf(POINT point);
 std::string TextOf(const SearchTexts& texts);

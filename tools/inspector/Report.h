@@ -27,13 +27,13 @@ class Report {
   // Starts the report with the id of `element`.
   explicit Report(const tessel::Element& element);
 
-  // Add a JSON field and a line.
+  // These functions add a JSON field and a line.
   void Add(const std::string& key, const std::string& text);
   void Add(const std::string& key, long long number);
   void AddList(const std::string& key, const std::vector<Entry>& entries);
   void AddTexts(const std::string& key, const std::vector<std::wstring>& texts);
 
-  // Add only a JSON field, or only a line.
+  // These functions add only a JSON field, or only a line.
   void SetField(const std::string& key, Json value) { json_[key] = std::move(value); }
   void AddLine(const std::string& line) { lines_ += line + '\n'; }
 

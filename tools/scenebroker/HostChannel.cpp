@@ -7,7 +7,7 @@ namespace {
 // The pause keeps the loop from using a whole processor when each read fails immediately.
 constexpr DWORD kPauseAfterFailureMilliseconds = 10;
 
-// Returns whether a client caused the failure. The next call may then succeed.
+// Returns whether a client caused the failure. In this case the next call may succeed.
 bool IsCausedByClient(int code) {
   return code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE ||
          code == SL_CHANNEL_NO_CLIENT;

@@ -12,7 +12,8 @@ class HostModule {
   // Throws std::runtime_error if the module cannot be loaded.
   explicit HostModule(const std::wstring& path);
 
-  // Sets `function` to the export of that name. Throws std::runtime_error if there is none.
+  // Sets `function` to the export of that name. Throws std::runtime_error if there is no such
+  // export.
   template <class Function>
   void Bind(Function& function, const char* name) const {
     function = reinterpret_cast<Function>(FindExport(name));
@@ -22,7 +23,8 @@ class HostModule {
   struct Closer {
     void operator()(HMODULE module) const { ::FreeLibrary(module); }
   };
-  // Returns the address of the export, never null. Throws std::runtime_error if there is none.
+  // Returns the address of the export, never null. Throws std::runtime_error if there is no such
+  // export.
   void* FindExport(const char* name) const;
 
   std::unique_ptr<std::remove_pointer_t<HMODULE>, Closer> module_;

@@ -13,9 +13,10 @@
 #include "tools/scenebroker/ServedScene.h"
 
 inline constexpr std::size_t kObject = 2;         // the index of the object's id in the request
-inline constexpr std::size_t kFirstArgument = 3;  // the index of the next value
+inline constexpr std::size_t kFirstArgument = 3;  // the index of the first argument in the request
 
-// T is int, bool or std::string. Returns nothing if the value has another type.
+// Returns the value as a T, which is int, bool or std::string. Returns nothing if the value has
+// another type.
 template <class T>
 std::optional<T> ValueAs(const Json& value) {
   if constexpr (std::is_same_v<T, int>) {
@@ -26,7 +27,7 @@ std::optional<T> ValueAs(const Json& value) {
   }
 }
 
-// Returns the values from index `first` on, or nothing if one is missing or has the wrong type.
+// Returns the values from index `first` on, or nothing if a value is missing or has the wrong type.
 template <class... Types, std::size_t... kIndex>
 std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t first,
                                              std::index_sequence<kIndex...>) {
@@ -43,7 +44,8 @@ std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t fi
 
 // The type of the function's second parameter, Object, says which object ids the command accepts:
 // - SceneElement&, const or not: the id of an element of the scene.
-// - const SceneElement*: the same or the empty id, which becomes null and means the whole scene.
+// - const SceneElement*: the id of an element of the scene, or the empty id, which becomes null and
+//   means the whole scene.
 // - const std::string&: any id. The function receives the id itself.
 template <auto function>
 struct RequestCall;

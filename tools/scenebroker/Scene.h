@@ -1,4 +1,5 @@
-// Part of SceneBroker. The form that a scene file describes. The broker answers requests from it.
+// Part of SceneBroker. The form that a scene file describes. The broker answers requests about this
+// form.
 #pragma once
 
 #include <windows.h>
@@ -54,7 +55,7 @@ class Scene {
 
   std::string address;
   std::string title;
-  std::string focus;  // the id of the element that has the focus; empty if none has it
+  std::string focus;  // the id of the element that has the focus; empty if no element has the focus
 
  private:
   std::vector<SceneElement> elements_;  // the elements, in drawing order

@@ -64,9 +64,9 @@ std::wstring DefaultModulePath() {
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-// Returns FALSE for events that must end the process at once. One such event is a second Ctrl-C,
-// because the last answer may wait for a client that never reads it. After the other events the
-// system ends the process anyway.
+// Returns TRUE for the first Ctrl-C or Ctrl-Break: the broker then stops by itself. Any other event
+// ends the process, even a second Ctrl-C or Ctrl-Break, because the last answer may wait for a
+// client that never reads it.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   const std::lock_guard lock(channelMutex);

@@ -1,5 +1,5 @@
-// Part of SceneBroker. The commands that identify an element among the others, list its ancestors,
-// or search for elements. Each id in a list of elements counts as an object handed out.
+// Part of SceneBroker. The commands that identify an element among all elements, list its
+// ancestors, or search for elements. Each id in a list of elements counts as an object handed out.
 #include <algorithm>
 
 #include "tools/scenebroker/RequestCall.h"

@@ -11,7 +11,8 @@ class SceneMap {
  public:
   explicit SceneMap(const std::vector<SceneElement>& elements);
 
-  // Returns the element that was drawn last of those that contain the point, or null.
+  // Of the elements that contain the point, returns the element that was drawn last, or null if no
+  // element contains the point.
   const SceneElement* At(POINT point) const;
 
   // Returns the centre of the element if At finds the element there. Otherwise returns a corner at
@@ -19,13 +20,13 @@ class SceneMap {
   POINT PointOf(const SceneElement& element) const;
 
  private:
-  // The columns or the rows of the grid (stripes). They start at edges of elements, so they are
+  // The columns or the rows of the grid (stripes). Stripes start at edges of elements, so they are
   // narrow where there are many elements.
   struct Axis {
     std::size_t StripeOf(LONG value) const;
     bool IsWithin(std::size_t stripe, LONG low, LONG high) const;
 
-    // Stripe i+1 begins at starts[i]. Stripe 0 is everything before starts[0].
+    // Stripe 0 is everything before starts[0]. Stripe i+1 begins at starts[i].
     std::vector<LONG> starts;
   };
   static Axis MakeAxis(std::vector<LONG> edges);

@@ -60,15 +60,15 @@ void CheckObject(const Place& place, std::initializer_list<const char*> required
   }
 }
 
-// Returns whether a client receives this character unchanged. It receives a text only up to the
-// first U+0000, and U+FFFD for a noncharacter.
+// Returns whether a client receives this character unchanged. A client receives a text only up to
+// the first U+0000, and receives U+FFFD for a noncharacter.
 bool IsCarried(char32_t code) {
   const bool isNoncharacter = (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
   return code != 0 && !isNoncharacter;
 }
 
-// Throws SceneError if a client cannot receive `text` unchanged. The message starts with `subject`,
-// which is empty if `text` is the value of `place`.
+// Throws SceneError if a client cannot receive `text` unchanged. The error message names `place`
+// and then `subject`. `subject` is empty if the whole value at `place` is the text.
 void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
   const std::wstring units = tessel::Wide(text);
   for (std::size_t i = 0; i < units.size(); ++i) {
@@ -221,7 +221,8 @@ Scene ReadSceneFile(const std::wstring& path) {
   try {
     return ParseScene(ParseSceneText(ReadFileText(path)));
   } catch (const SceneError& error) {
-    // The JSON library quotes bytes that may not be UTF-8. Wide and Narrow replace those.
+    // The message of the JSON library may quote bytes that are not valid UTF-8. Converting the
+    // message with Wide and Narrow replaces these bytes.
     throw SceneError(tessel::Narrow(path + L": " + tessel::Wide(error.what())));
   }
 }

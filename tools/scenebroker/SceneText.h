@@ -1,4 +1,5 @@
-// Part of SceneBroker. Parses the JSON text of a scene file strictly. Errors say where they are.
+// Part of SceneBroker. Parses the JSON text of a scene file strictly. Error messages say where in
+// the text the error is.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -11,8 +11,8 @@ namespace tools {
 
 inline constexpr int kUsageError = 2;
 
-// Parses this process's arguments. If it returns a value, it has printed the help text or an error,
-// and the tool must end with that exit code.
+// Parses this process's arguments. If this function returns a value, it has printed the help text
+// or an error, and the tool must end with that exit code.
 std::optional<int> ParseCommandLine(CLI::App& app);
 
 // Adds --scheme. Its value is one of tailored, http, https and file.

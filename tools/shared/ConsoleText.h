@@ -15,8 +15,8 @@ HWND HandleFromText(std::string_view text);
 // Lets the console show UTF-8.
 void PrepareConsole();
 
-// Prints a line to standard output and flushes, so that a program that reads it through a pipe gets
-// it at once.
+// Prints a line to standard output and flushes, so that a program that reads the output through a
+// pipe gets the line at once.
 void PrintLine(std::string_view text);
 
 }  // namespace tools
