@@ -24,7 +24,8 @@ int32_t Look(void* looks, int32_t* met, const wchar_t** seen) {
   return 0;
 }
 
-// Returns a right argument of this type, and the given handle or error.
+// Returns a valid argument of this type. For the types of handles and errors, returns `handle` or
+// `error`.
 template <class Argument>
 Argument Given(Handle handle, tessel_error** error) {
   static std::uint64_t results[8];
@@ -44,11 +45,11 @@ std::function<int32_t(Handle, tessel_error**)> Call(int32_t (*function)(Argument
   };
 }
 
-// The table holds every function of the header except those without a handle.
+// The table contains every function of the header that has a handle as its argument.
 TEST(Handles, AreRefusedByEveryFunctionUnlessTheyAreRight) {
   ScriptedBroker broker(SL_TAILORED_URI, address, {"[0,1,'a',1,2,3,4]", "[0,'b']", "[0,true]"});
   const struct {
-    char kind;  // of the handle: content, element or list
+    char kind;  // the kind of the handle: content, element or list
     std::function<int32_t(Handle, tessel_error**)> call;
   } kCalls[] = {
       {'c', Call(&tessel_content_close)},
@@ -129,7 +130,7 @@ TEST(Arguments, OfNullAreRefused) {
   EXPECT_EQ(tessel_content_close(content, nullptr), 0);
 }
 
-// The look closes the content that is being waited for.
+// The check of the wait closes the content of the wait.
 TEST(Waits, KeepTheirContent) {
   int looks = 0;
   static tessel_content content;

@@ -141,9 +141,9 @@ std::string ResultOf(SLElemData& element, const std::string& name) {
   throw std::invalid_argument(name);
 }
 
-// Returns the lines of elements.txt. Each holds a call, the broker's answer, the expected request,
-// the expected result and the expected error line. "-" means nothing, URI means the content's
-// address.
+// Returns the lines of elements.txt. Each line holds a call, the broker's answer, the expected
+// request, the expected result and the expected error line. "-" means nothing, URI means the
+// content's address.
 Texts TranscriptOf(const std::wstring& address) {
   const std::string file = FileText(TESSEL_TRANSCRIPTS "/elements.txt");
   EXPECT_NE(file, "");

@@ -15,8 +15,8 @@ namespace {
 // Reads the tables of the DLL, which is mapped as a module without running any of its code.
 struct Dll {
   const char* name;
-  const char* list;     // a file that holds the names of its exports
-  const char* pattern;  // finds these names
+  const char* list;     // a file that contains the names of the DLL's exports
+  const char* pattern;  // the regular expression that finds these names in the file
 };
 
 class Exports : public testing::TestWithParam<Dll> {
@@ -41,7 +41,7 @@ class Exports : public testing::TestWithParam<Dll> {
 };
 
 // exports.txt repeats the names of TesselSLB.def on purpose. Clients find the functions by these
-// names, so a build that changes, adds or loses one must fail.
+// names, so a build that changes, adds or loses a name must fail.
 TEST_P(Exports, AreTheListAndNothingElse) {
   const std::string list = FileText(GetParam().list);
   const std::regex name(GetParam().pattern);

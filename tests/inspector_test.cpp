@@ -21,8 +21,8 @@ void ExpectAllReleased(SceneBroker& broker) {
 
 // A transcript holds command lines, their output, and their exit code if it is not 0. PROCESS and
 // WINDOW stand for the broker's process id and window, OWN and TWIN for two windows of this process
-// that have the title "twins". The commands run in order, so each sees what the earlier ones have
-// changed.
+// that have the title "twins". The commands run in order, so each command sees the changes of
+// earlier commands.
 TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"login", TESSEL_SCENES "/login.json", L""},
@@ -58,7 +58,7 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   }
 }
 
-// This process is the broker, because SceneBroker does not give such answers. The address has no
+// This process is the broker, because SceneBroker does not send such answers. The address has no
 // scheme, so a search asks no other broker. The window is destroyed when the request has arrived.
 TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   const std::tuple<std::string, std::string, const wchar_t*, DWORD, std::string> kCases[] = {
@@ -91,8 +91,8 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   }
 }
 
-// Serves each scene, dumps it with "tree --json", serves the dump and dumps that, too. All three
-// must be equal. The odd scene holds texts that wrong escaping would damage.
+// Serves each scene, dumps it with "tree --json", serves the dump, and dumps the served dump, too.
+// The scene and both dumps must be equal. odd.json contains texts that wrong escaping would damage.
 TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   std::string command = "tree --json";
   for (const char* name :

@@ -16,7 +16,8 @@ namespace {
 using base::ListValue;
 using base::Utf16Text;
 
-// The standard library's conversions, to compare with. They are used for well-formed text only.
+// The standard library's conversions, with which the results are compared. They are used for
+// well-formed text only.
 std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
 std::string Written(const ListValue& list) {
@@ -198,15 +199,15 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   }
 }
 
-// Lists of many lengths, so that each kind of last element is at every position around the end of a
-// block.
+// Makes lists of many lengths, so that each kind of last element is at every position around the
+// end of a block.
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   // The JSON text of this string fills a block exactly.
   const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {
-    // `flags` and `blanks` together make texts of every size.
+    // The lengths of `flags` and `blanks` are combined so that the JSON text gets every length.
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
         const auto append = [&](auto& list) {
@@ -228,7 +229,8 @@ TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   }
 }
 
-// Copies into memory of the text's exact size, so that the sanitizer reports a write beyond it.
+// Copies into memory of the text's exact size, so that the sanitizer reports a write beyond its
+// end.
 template <class To, class From, class Copy>
 void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
   std::vector<To> to(from.size());
@@ -262,7 +264,7 @@ TEST(ZeroSearch, FindsTheZeroAtEveryPositionInABlock) {
       std::fill_n(text + start, length, static_cast<base::Utf16Unit>(0x100));
       EXPECT_EQ(base::UpToZero(text + start).size(), length) << start;
       EXPECT_EQ(base::FindZero(text + start, text + 64), text + start + length);
-      // Memory of the text's exact size, so that the sanitizer reports a read beyond it.
+      // The memory has the text's exact size, so that the sanitizer reports a read beyond its end.
       const std::vector<base::Utf16Unit> exact(length, u'a');
       EXPECT_EQ(base::FindZero(exact.data(), exact.data() + length), exact.data() + length);
       const std::string ascii(length, 'a');

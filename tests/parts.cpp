@@ -34,9 +34,9 @@ void RecordStart(const path& file) {
       << ::GetCurrentProcessId() << std::endl;
 }
 
-// Prints each request and sends the next answer. In both, ' stands for ". Special answers:
-// "silent" waits until the client has given up. An answer after "*" is repeated for ever. An answer
-// after "~" is [0,true] instead if the request is a release.
+// Prints each request and sends the next answer. In requests and answers, ' stands for ". Special
+// answers: "silent" waits until the client has given up. An answer after "*" is repeated for ever.
+// An answer after "~" is [0,true] instead if the request is a release.
 int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstring>& answers) {
   std::cout << "InitComm " << InitComm(scheme, 60000, address.c_str()) << std::endl;
   for (auto answer = answers.begin(); answer != answers.end();) {

@@ -85,7 +85,7 @@ const std::string kBusy = "CreateServerPipe: sPipeName='\\\\.\\pipe\\pipe_test."
 Texts Log() { return LogCapture::Messages("WARNING"); }
 
 struct Pipe : testing::Test {
-  // Runs a script "endpoint operation > expected result; ...".
+  // Runs a script. Its form is "endpoint operation > expected result; ...".
   void Expect(const std::string& script) {
     for (const std::string& line : Split(script, "; ")) {
       const auto [step, result] = Cut(line, " > ");
@@ -104,7 +104,8 @@ struct Pipe : testing::Test {
     Expect(script);
   }
   const LogCapture capture;
-  // s is a server. c and d connect to s, p connects to the peer process, m is never connected.
+  // The endpoint `s` is a server. `c` and `d` connect to `s`, `p` connects to the peer process, and
+  // `m` is never connected.
   std::map<char, Endpoint> ends;
 };
 
@@ -202,7 +203,7 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
 }
 
 TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
-  // The sizes of the read buffer and of the caller's copy.
+  // Let the allocation of the read buffer fail, and then the allocation of the caller's copy.
   for (const std::size_t size : {65536, 5000}) {
     Expect("s create 0 > yes; c connect > yes; s wait 0 > yes");
     refusedSize = size;

@@ -60,9 +60,9 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
   EXPECT_EQ(injector.Record(kProcess).size(), 15u) << "the injector ran for the last three rows";
 }
 
-// Two client processes search. The running broker shows other content, so it refuses both and ends.
-// The injector of the first client starts a broker that answers. The second client begins to search
-// while that injector runs.
+// Two client processes search. The running broker shows other content, so it refuses both clients
+// and ends. The injector of the first client starts a broker that answers. The second client begins
+// to search while that injector runs.
 TEST(Search, InjectsForOneClientAtATime) {
   const TestWindow window;
   const std::wstring address = L"injected-" + kProcess;

@@ -64,7 +64,7 @@ TEST(AdditionalWindow, PassesItsMessagesToItsCallbackOnItsThread) {
 TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   const HWND gone = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  ::DestroyWindow(gone);  // the module does not notice this
+  ::DestroyWindow(gone);  // the module does not notice the destruction
   LogCapture::Reset();
   EXPECT_EQ(AdditionalWindow_Create(3), nullptr);
   EXPECT_FALSE(AdditionalWindow_PostMessage(3, WM_APP, 0, 0));

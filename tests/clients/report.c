@@ -40,7 +40,7 @@ static void MustFail(int32_t code) {
   tessel_error_free(error);
 }
 
-// Prints the texts, and frees the second one. Quotes it if there is one.
+// Prints `label`, `text` in quotes (if it is not null) and `end`. Frees `text`.
 static void PrintText(const char* label, wchar_t* text, const char* end) {
   printf(text == NULL ? "%s %s%s" : "%s \"%s\"%s", label, Narrow(text), end);
   tessel_text_free(text);
@@ -57,7 +57,7 @@ static void PrintRectangle(const char* label, tessel_rectangle r, const char* en
   printf("%s [%d %d %d %d]%s", label, r.left, r.top, r.right, r.bottom, end);
 }
 
-// Prints the id, and releases the element, which may be 0.
+// Prints the id of the element, and releases the element. `element` may be 0.
 static void PrintId(const char* label, tessel_element element, const char* end) {
   wchar_t* id = NULL;
   if (element != 0) Must(tessel_element_id(element, &id, &error));

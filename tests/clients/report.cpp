@@ -1,5 +1,5 @@
-// Prints what the C++ library reads from the sign-in form, and what it does with it. The programs
-// in the other languages print the same.
+// Reads and changes the sign-in form with the C++ library, and prints the results. The programs in
+// other languages print the same.
 #include <cstdio>
 #include <string>
 

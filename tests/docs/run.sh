@@ -29,7 +29,7 @@ while read -r suite filter; do
 done < <(sed -nE "s#.*/(\w+)_test\.exe --gtest_filter='([^']*)'.*#\1 \2#p" docs/contributing.md)
 [ "$named" -gt 0 ] || { echo "no command has a filter"; exit 1; }
 
-# shows DOCUMENT FILE: the document holds the whole text of the file.
+# shows DOCUMENT FILE: checks that the document contains the whole text of the file.
 shows() {
   [[ $(<"$1") == *"$(<"$2")"* ]] || { echo "$1 does not show $2 as it is"; missing=1; }
 }

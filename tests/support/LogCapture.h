@@ -19,7 +19,7 @@ class LogCapture {
     Reset();
   }
 
-  // Sets the user's level, or the value below another key. Null deletes the value.
+  // Sets the user's level, or the level below another registry key. Null deletes the value.
   static void SetLevel(const char* level, HKEY root = HKEY_CURRENT_USER,
                        const char* key = "Environment", DWORD type = REG_SZ) {
     if (level == nullptr) {
@@ -36,7 +36,7 @@ class LogCapture {
     lines_.clear();
   }
 
-  // If set, this function is called with each line, on the thread that logs the line. A test can so
+  // If set, this function is called with each line, on the thread that logs the line. So a test can
   // hold a call at a known point.
   static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 

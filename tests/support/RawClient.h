@@ -39,7 +39,7 @@ class RawClient {
     const auto size = static_cast<DWORD>(text_.size() * sizeof(wchar_t));
     const bool started = ::WriteFile(pipe_, text_.data(), size, nullptr, &sending_) ||
                          ::GetLastError() == ERROR_IO_PENDING;
-    if (!started) text_.clear();  // Leave must not wait for a write that did not start
+    if (!started) text_.clear();  // Leave() must not wait for a write that has not started
   }
 
   // Returns an empty text if the server disconnects.

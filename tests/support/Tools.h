@@ -41,7 +41,8 @@ struct SceneFile {
                                      (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
 };
 
-// A running SceneBroker and the facts that it printed. The constructor waits until it is ready.
+// A running SceneBroker and the facts that it printed. The constructor waits until the broker is
+// ready.
 class SceneBroker : public ChildProcess {
  public:
   explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
@@ -65,7 +66,8 @@ class SceneBroker : public ChildProcess {
     return tessel::Narrow(client.Receive());
   }
 
-  // Returns a command line of the inspector, for this broker's window unless it names a window.
+  // Returns a command line of the inspector, for this broker's window unless `command` names a
+  // window.
   std::wstring InspectorLine(const std::string& command) const {
     const std::string window = " --window=" + Fact("window");
     return L"tessel.exe " + tessel::Wide(command) + L" --address" + Quoted(Fact("address")) +
