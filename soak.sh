@@ -56,7 +56,7 @@ calculate() { awk "BEGIN { value = $1; print (value > 0 ? value : 0) }"; }
 mkdir -p "$ROOT/build"
 require_packages
 build mingw soak
-# Use a separate Wine prefix. The tests' prefix contains their launcher.
+# Use a separate Wine prefix, because the prefix of the tests contains a test launcher.
 hold_wine "$ROOT/build/wine-soak"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-soak
 

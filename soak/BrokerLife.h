@@ -19,8 +19,9 @@ class BrokerLife {
   void Kill() const;
   void Suspend() const { program_.Suspend(); }
   void Resume() const { program_.Resume(); }
-  // Closes the broker's window and waits until the broker has ended. Returns false if it ends with
-  // an error, or if it still has objects that were not released. No client may hold an object.
+  // Closes the broker's window and waits until the broker has ended. Returns false if the broker
+  // ends with an error, or still has objects that were not released. When this function is called,
+  // no client may hold an object.
   bool CloseInOrder() const;
 
  private:

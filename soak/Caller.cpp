@@ -83,7 +83,7 @@ void Caller::ChooseElement() {
   const Life now = state_.brokers[broker_].life;
   Life& known = lives_[broker_];
   if (now.process != known.process) formerLives_[broker_] = std::exchange(known, now);
-  // Some steps use the process id and the window of the broker's former life.
+  // Some steps use the process id and the window of the broker's previous process.
   const Life& former = formerLives_[broker_];
   life_ = former.process != 0 && Random(20) == 0 ? former : known;
 }

@@ -16,8 +16,8 @@ class Caller {
  public:
   Caller(SharedState& state, DWORD run, unsigned seed) : state_(state), run_(run), random_(seed) {}
 
-  // Makes some calls about one element. Holds no element before and after this step. A calm step
-  // makes only calls that return no element.
+  // Makes some calls about one element, and releases the elements that it receives. If `calm` is
+  // true, makes only calls that return no element.
   void Step(bool calm);
 
  private:
@@ -29,13 +29,13 @@ class Caller {
   SLElemData Content() const;
   bool IsHandedOut(SLElemData& element);
 
-  // Makes the call and checks the result code. Returns true if the outputs of the call must be
-  // right.
+  // Makes the call and checks the result code. Returns true if the real broker answered with
+  // success, so that the outputs must be right.
   template <class Function>
   bool Succeeds(const Operation& operation, int status, Function function);
   void Expect(bool right, const Operation& operation);
-  // Returns the status that the broker answers for the chosen element. It is `known` if the scene
-  // has the element.
+  // Returns `known` if the scene has the current element (element_). Otherwise returns the status
+  // for an unknown element.
   int StatusOf(int known) const;
   int StatusOfStates() const;
 

@@ -14,7 +14,7 @@ enum class Fault {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // an impostor sends the next few kinds of nonsense
+  kNonsense,  // an impostor answers with the next few kinds of nonsense
   kVanish,
   kHangUp,
   kSlow,
@@ -32,14 +32,14 @@ class FaultyBroker {
     Start();
   }
 
-  // Makes the broker fail in this way, and returns when it serves again.
+  // Makes the broker fail as `fault` says, and returns when the broker serves again.
   void RunFault(Fault fault, std::minstd_rand& random);
   void SendAllNonsense(std::minstd_rand& random);
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // How many lives of the broker ended in order, and how many of these lives still had objects that
-  // were not released.
+  // The number of the broker's processes that ended in order, and the number of these processes
+  // that ended with an error or with objects that were not released.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 

@@ -1,5 +1,5 @@
-// Runs in the conductor. A hostile server that takes over the pipe of a broker between two lives of
-// the broker.
+// Runs in the conductor. A hostile server that takes over the pipe of a broker between the end of
+// the broker's process and the start of its next process.
 #pragma once
 
 #include <windows.h>
@@ -34,7 +34,7 @@ class Impostor {
   OVERLAPPED overlapped_ = {};
 };
 
-// Waits until no process has a pipe of that name.
+// Waits until no process has a pipe with the name `pipeName`.
 void AwaitNoPipe(const std::wstring& pipeName);
 
 }  // namespace soak

@@ -39,7 +39,8 @@ bool Allows(const Call& call, const Phase& phase, int code) {
       return code == SL_CANNOT_CONNECT || code == SL_CANNOT_READ;
     case PhaseKind::kSlow:
       return code == kSlowStatus;
-    case PhaseKind::kSilent:  // one call waits for the answer, the others for a connection
+    // One call waits for the answer, all other calls wait for a connection.
+    case PhaseKind::kSilent:
       return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT;
     case PhaseKind::kClosing:
       return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
@@ -54,7 +55,7 @@ void Report(SharedState& state, const char* format, Arguments... arguments) {
   std::snprintf(state.report[index], sizeof(state.report[index]), format, arguments...);
 }
 
-// Writes the names of the phases from `began` to `ended`, for a report.
+// Writes the names of the phases between the moments `began` and `ended`, for a report.
 void Describe(const Timeline& timeline, long began, long ended, char (&text)[120]) {
   int length = 0;
   for (long moment = began; moment <= ended && length < 100; ++moment) {

@@ -10,7 +10,7 @@ namespace soak {
 struct Operation {
   const char* name;
   Layout answer;
-  bool searches = false;  // whether a status "not served" makes the call ask another broker
+  bool searches = false;  // true if the status "not served" makes the call ask another broker
 };
 
 struct Call {
@@ -19,9 +19,9 @@ struct Call {
   DWORD process;  // the process that the record names
 };
 
-// Counts a call that began and ended at these moments of its broker's timeline. Reports the call if
-// no phase between them allows its code. Returns true if the real broker answered with success, so
-// that the outputs of the call must be right.
+// Counts a call that began and ended at the moments `began` and `ended` of its broker's timeline.
+// Reports the call if no phase between these moments allows its code. Returns true if the real
+// broker answered with success, so that the outputs of the call must be right.
 bool Judge(SharedState& state, const Timeline& timeline, const Call& call, long began, long ended,
            int code);
 

@@ -15,7 +15,7 @@ std::vector<Nonsense> MakeNonsense() {
   const std::wstring many(1 << 20, L'x'), deep(100, L'['), deepEnd(100, L']');
   const std::vector<Value> other = {{'i', 77}};
   return {
-      // These are not a message, not JSON, or not an array.
+      // These texts are not a message, not JSON, or not an array.
       {"", {}},
       {"[", {}},
       {MessageOf(L"nonsense"), {}},
@@ -37,7 +37,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0.0]"), {{'?'}}},
       {MessageOf(L"[4294967296]"), {{'?'}}},
       {MessageOf(L"[[0]]"), {{'?'}}},
-      // These have a status, and text around it that a client ignores.
+      // These messages have a status, and text around it that a client ignores.
       {MessageOf(L"[77]"), other},
       {MessageOf(L"[77") + "]", other},
       {MessageOf(L"[77]]"), other},  // one character after the array is accepted
@@ -45,7 +45,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"/**/ [77, null]"), other},
       {MessageOf(L"[77," + deep + deepEnd + L"]"), other},
       {MessageOf(L"[77,\"" + many + many + L"\"]"), other},
-      // These say success, with values that fit only some calls.
+      // These answers report success, with values that fit only some calls.
       {MessageOf(L"[0]"), {{'i', 0}}},
       {MessageOf(L"[0,0]"), {{'i', 0}, {'i', 0}}},
       {MessageOf(L"[0,null]"), {{'i', 0}, {'?'}}},
@@ -59,7 +59,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
       {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
       {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
-      // These have counts that do not fit into memory.
+      // These answers have counts that do not fit into memory.
       {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
       {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
       {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},

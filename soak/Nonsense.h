@@ -1,5 +1,5 @@
-// Runs in the conductor and in the client. The answers of a hostile broker, and the code that each
-// call must return for them.
+// Runs in the conductor and in the client. Answers of a hostile broker (nonsense), and the code
+// that each call must return for them.
 #pragma once
 
 #include <string>
@@ -15,8 +15,9 @@ struct Value {
 };
 
 struct Nonsense {
-  std::string bytes;          // the bytes of the message
-  std::vector<Value> values;  // the array that a reader finds in it; empty if it finds none
+  std::string bytes;  // the bytes of the message
+  // The array that a reader finds in these bytes; empty if it finds no array.
+  std::vector<Value> values;
 };
 
 const std::vector<Nonsense>& AllNonsense();
@@ -24,12 +25,13 @@ const std::vector<Nonsense>& AllNonsense();
 // Returns the bytes of a message that consists of this text.
 std::string MessageOf(const std::wstring& text);
 
-// Describes the values of an answer after its status. The letters 'i', 'b' and 's' are types of
-// values, as above. '*' and '#' are counts: the values up to the next count, or up to the end,
-// occur that many times. For '#' the client first allocates a vector of that size.
+// Describes the values of an answer after its status. The letters 'i', 'b' and 's' are types as in
+// Value. '*' and '#' are counts: the values up to the next count, or up to the end, occur that many
+// times. For '#' the client first allocates a vector of that size.
 using Layout = const char*;
 
-// Returns the code of the call, or kBadAlloc or kLengthError for an exception.
+// Returns the code of a call that receives `nonsense`, or kBadAlloc or kLengthError for an
+// exception.
 int OutcomeOf(const Nonsense& nonsense, Layout layout);
 
 }  // namespace soak

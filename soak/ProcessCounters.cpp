@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-// The system exports this function, but MinGW does not declare it.
+// The system exports SetOaNoCache, but MinGW does not declare it.
 extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
 
 namespace soak {

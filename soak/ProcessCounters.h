@@ -21,11 +21,11 @@ ProcessCounters CountProcess();
 void SwitchOffTextCache();
 
 // Calls `round` again and again until the counters stay the same over several rounds, and returns
-// them. The counters grow at first, because the system allocates some resources on first use and
-// for each thread. Returns no value if they never stay the same.
+// the counters. The counters grow at first, because the system allocates some resources on first
+// use and for each thread. Returns no value if the counters never stay the same.
 std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round);
 
-// Makes a leak of each kind on purpose. Returns false if a counter does not see it.
+// Makes a leak of each kind on purpose. Returns false if a counter does not show its leak.
 bool CountersSeeLeaks();
 
 std::string ToText(const ProcessCounters& counters);

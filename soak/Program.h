@@ -12,7 +12,7 @@ namespace soak {
 class Program {
  public:
   Program(std::wstring commandLine, std::filesystem::path output);
-  ~Program();  // this kills the process if it still runs, and removes the output file
+  ~Program();  // kills the process if it still runs, and removes the output file
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 

@@ -19,7 +19,7 @@ class Progress {
   void SetEnd(ULONGLONG tick) { end_ = tick; }
   void Hide();
 
-  // These are the sums over all phases.
+  // These functions return sums over all phases.
   long long Calls() const;
   std::string Codes() const;
 

@@ -1,5 +1,5 @@
-// Runs in the conductor and in the client. The scene of a broker. Every text in it contains the
-// broker's letter, so that a caller notices an answer that was meant for another caller.
+// Runs in the conductor and in the client. The scene of a broker. Every text in the scene contains
+// the broker's letter, so that a caller notices an answer that was meant for another caller.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 namespace soak {
 
 constexpr int kElements = 6;
-constexpr int kPage = 0;      // the parent of all others; has no states and no items
+constexpr int kPage = 0;      // the parent of all other elements; has no states and no items
 constexpr int kUnknown = -1;  // an element that the scene does not have
 
 inline std::wstring Letter(int broker) {

@@ -21,18 +21,19 @@ constexpr int kBadAlloc = 120;
 constexpr int kLengthError = 121;
 constexpr int kCodes = 142;
 
-// A broker's current life as the clients know it. A window handle fits into 32 bits, so both values
-// can change in one atomic step.
+// The broker's current process and window, as the clients know them. A window handle fits into 32
+// bits, so both values can change in one atomic step.
 struct Life {
   DWORD process, window;
 };
 
 struct SharedState {
-  std::atomic<long> warm{0};   // 1 after every fault has happened once
-  std::atomic<long> ready{0};  // clients that have finished their warm-up
+  std::atomic<long> warm{0};   // 1 when each kind of fault has happened at least once
+  std::atomic<long> ready{0};  // the number of clients that have finished their warm-up
   std::atomic<long> stop{0};
-  std::atomic<long> wantCalm{0};     // 1 while clients must not hold elements
-  std::atomic<long> calmThreads{0};  // threads that hold no elements because of wantCalm
+  std::atomic<long> wantCalm{0};  // 1 while clients must not hold elements
+  // The number of threads that hold no elements because of `wantCalm`.
+  std::atomic<long> calmThreads{0};
 
   struct Broker {
     std::atomic<Life> life{};
@@ -47,7 +48,8 @@ struct SharedState {
   // through several phases.
   std::atomic<long> codes[kPhaseKinds + 1][kCodes] = {};
   std::atomic<long long> wrong{0}, unexpected{0};
-  static constexpr long kReports = 10;  // only the first reports are kept
+  // The number of reports that are kept; later reports are dropped.
+  static constexpr long kReports = 10;
   std::atomic<long> reports{0};
   char report[kReports][200] = {};
 };

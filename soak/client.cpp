@@ -43,7 +43,8 @@ void MeetAtLocks() {
           } catch (const std::bad_alloc&) {
           }
         }
-        ::SysFreeString(std::exchange(element.objectId, nullptr));  // no broker knows this id
+        // Clears the id, because no broker knows it.
+        ::SysFreeString(std::exchange(element.objectId, nullptr));
       });
     }
     for (std::thread& thread : threads) thread.join();
@@ -90,7 +91,7 @@ int main(int count, char** arguments) {
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
   SwitchOffTextCache();
-  AllNonsense();  // this allocates the table before the counting begins
+  AllNonsense();  // allocates the table before the counting begins
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;

@@ -16,8 +16,8 @@ namespace {
 
 using namespace soak;
 
-// How often each fault happens, relative to the others. The last fault is rare, because it takes
-// long.
+// How often each fault happens, relative to the other faults. The last fault is rare, because it
+// takes long.
 constexpr int kWeights[kFaults] = {6, 6, 6, 10, 4, 4, 3, 1};
 
 std::wstring OwnProgram(const wchar_t* name) {

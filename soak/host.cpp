@@ -18,8 +18,8 @@
 
 namespace {
 
-constexpr int kWarmUpRounds = 4;          // the rounds of each kind of misuse
-constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a call that takes longer hangs
+constexpr int kWarmUpRounds = 4;          // the number of rounds of each kind of misuse
+constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a round that takes longer counts as hanging
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 
@@ -130,8 +130,8 @@ void Watch() {
   }
 }
 
-// Sending 64 MiB takes long. So only one in 60 of the clients that drew kHuge does it; the others
-// close at once.
+// Sending 64 MiB takes long. So only one in 60 of the clients that drew kHuge sends it; the other
+// clients close at once.
 Misuse DrawMisuse(std::minstd_rand& random) {
   const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
   return misuse == Misuse::kHuge && random() % 60 != 0 ? Misuse::kClosesAtOnce : misuse;
@@ -147,7 +147,8 @@ bool RunRound(Misuse misuse, std::minstd_rand& random) {
   if (opened != 0) return false;
   std::thread host(Serve);
   std::thread client([misuse, draw = static_cast<unsigned>(random())] { Misbehave(misuse, draw); });
-  // In microseconds. A cycle takes a few hundred, so UninitComm comes during it or after it.
+  // The delay is in microseconds. Serving a client takes a few hundred of them, so UninitComm is
+  // called while the client is served, or afterwards.
   const auto delay = random() % 4000;
   LARGE_INTEGER frequency, start, now;
   ::QueryPerformanceFrequency(&frequency);

@@ -1,8 +1,8 @@
 // Runs in the client. soak_shared_handles WINDOW ADDRESS SECONDS SEED: threads share a few handles
 // of the C interface. They use, free and replace them at random, so a handle is often freed by one
-// thread while another one uses it. The broker's summary tells whether every element was released.
-// The exit code is 0 if each call ended as it may, and the process holds at the end what it held
-// after the warm-up.
+// thread while another thread uses it. The broker's summary tells whether every element was
+// released. The exit code is 0 if each call returned a code that it may return, and the process
+// holds the same resources at the end as after the warm-up.
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -62,7 +62,7 @@ class Worker {
 
   int Random(int below) { return static_cast<int>(random_() % static_cast<unsigned>(below)); }
 
-  // Frees the handle that was in the place.
+  // Stores `handle` in `place`, and frees the handle that was there.
   static void Replace(std::atomic<std::uint64_t>& place, std::uint64_t handle, Free free) {
     if (const std::uint64_t old = place.exchange(handle); old != 0) Succeeded(free(old, nullptr));
   }
