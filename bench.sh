@@ -45,7 +45,7 @@ while [ $# -gt 0 ]; do
 done
 [ ${#chosen[@]} -gt 0 ] || chosen=("${groups[@]}")
 
-# The programs of each group, natively and under Wine.
+# The benchmark programs of each group: those that run natively, and those that run under Wine.
 declare -A native_programs=([text]=text [memory]=memory [growth]=growth)
 declare -A wine_programs=([text]=text [memory]=memory [roundtrip]='roundtrip stages' [log]=log [growth]=growth)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the fuzzers, which look for inputs that break the portable part.
+# Runs the fuzzers, which look for inputs that break the portable code (json/ and memory/).
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 

@@ -26,8 +26,8 @@ double SecondsOf(const Row& row, std::size_t times) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Returns how many operations of the row take about `seconds` seconds. Finding out also warms up
-// the caches.
+// Returns the number of operations of `row` that take about `seconds` seconds. Measuring this
+// number also warms up the caches.
 std::size_t BatchSize(const Row& row, double seconds) {
   SecondsOf(row, 1);
   for (std::size_t times = 1;; times *= 2) {

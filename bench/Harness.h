@@ -15,7 +15,8 @@ inline volatile std::size_t sink;
 struct Row {
   std::string name;
   std::function<void(std::size_t times)> run;
-  std::size_t elements = 1;  // the number of elements in one operation, to get the time for each
+  // The number of elements in one operation, to compute the time for each element.
+  std::size_t elements = 1;
 };
 
 // Makes a row whose operation is a call of `once`.
@@ -39,9 +40,9 @@ struct Table {
   std::string group;
   std::string title;
   std::vector<Row> rows;
-  std::size_t base = 0;  // the row that the others are compared with
+  std::size_t base = 0;  // the index of the row with which all other rows are compared
   Sampling sampling = Sampling::kBatches;
-  std::size_t calls = 0;  // for kCalls: how many calls each row makes
+  std::size_t calls = 0;  // the number of calls that each row makes, for kCalls only
 };
 
 // Times in seconds, for one operation or for one element.
@@ -54,7 +55,7 @@ Statistics Summarize(std::vector<double> samples);
 struct Grid {
   std::string group;
   std::string title;
-  std::vector<std::string> columns;  // the titles; the first one is for the names
+  std::vector<std::string> columns;  // the titles; the first column contains the names
   struct Line {
     std::string name;
     std::vector<double> values;
@@ -62,7 +63,7 @@ struct Grid {
   std::vector<Line> lines;
 };
 
-// Prints tables as text, and appends each to a file as a line with one JSON object.
+// Prints tables as text, and appends each table to a file as a line with one JSON object.
 class Report {
  public:
   // Reads the arguments `--quick` and `--json FILE`. Ends the program for any other argument.

@@ -11,7 +11,8 @@ struct HeapUse {
   std::size_t blocks;       // blocks in use
   std::size_t peak;         // the most bytes in use since ResetHeapPeak
   std::size_t allocations;  // the number of all allocations so far
-  std::size_t asked;        // the sum of their sizes, except for allocations that shrink a block
+  // The sum of the sizes of all allocations; a reallocation that shrinks a block does not count.
+  std::size_t asked;
 };
 HeapUse CurrentHeap();
 void ResetHeapPeak();

@@ -1,5 +1,5 @@
-// nlohmann::json. One document gets text that the platform has converted to UTF-8. The other gets
-// UTF-16, which the library converts itself.
+// nlohmann::json. One kind of document gets text that the platform has converted to UTF-8. The
+// other kind of document gets UTF-16, which the library converts itself.
 #pragma once
 
 #include <nlohmann/json.hpp>

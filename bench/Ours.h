@@ -1,5 +1,5 @@
-// The rows of this module. On Windows they use its archive. Natively there is no archive, so they
-// use the JSON library below it.
+// The benchmark rows of this module. On Windows they use the module's archive (JArchive). Native
+// programs have no archive, so they use the JSON library on which the archive is built.
 #pragma once
 
 #ifdef _WIN32

@@ -32,7 +32,7 @@ ResidentServer::ResidentServer(const wchar_t* host, unsigned instances, unsigned
     if (i == 1000) Fail("the server does not listen");
     ::Sleep(10);
   }
-  ::Sleep(200);  // until all instances of the pipe listen
+  ::Sleep(200);  // wait until all instances of the pipe listen
 }
 
 ResidentServer::~ResidentServer() {

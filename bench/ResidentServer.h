@@ -9,8 +9,8 @@ namespace bench {
 
 class ResidentServer {
  public:
-  // The server has `instances` instances of the pipe. After a client, an instance waits `pause`
-  // milliseconds before it listens again.
+  // The server has `instances` instances of the pipe. After an instance has served a client, it
+  // waits `pause` milliseconds before it listens again.
   ResidentServer(const wchar_t* host, unsigned instances, unsigned pause);
   ~ResidentServer();
   ResidentServer(const ResidentServer&) = delete;

@@ -1,5 +1,5 @@
-// simdjson, which only reads. Native programs only. The parsers are reused (static), as the
-// documentation of simdjson advises, so that they allocate nothing for a document.
+// simdjson, a library that only reads JSON. Native programs only. The parsers are reused (static),
+// as the documentation of simdjson advises, so that they allocate nothing for a document.
 #pragma once
 
 #include <simdjson.h>

@@ -69,7 +69,7 @@ inline std::size_t LengthOf(const HandedOut& text) { return text.size(); }
 inline const Unit* UnitsOf(const HandedOut& text) { return text.data(); }
 
 // The standard library's converter. It is faster than iconv for short texts, and as fast for long
-// ones.
+// texts.
 inline const std::codecvt_utf8_utf16<char16_t> facet;
 
 inline std::u16string ToUtf16(std::string_view utf8) {

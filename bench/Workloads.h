@@ -23,10 +23,10 @@ using Values = std::vector<Value>;
 struct Workload {
   std::string name;
   Values values;
-  std::vector<Kind> kinds;  // the kind of each value; readers receive them in advance
+  std::vector<Kind> kinds;  // the kind of each value; readers receive the kinds in advance
 };
 
-// Returns the text that a writer has made.
+// Returns a view of the text, for writers whose result is a string.
 inline TextView ViewOf(const Text& text) { return text; }
 
 Workload MakeRequest();

@@ -9,8 +9,8 @@ namespace {
 
 using namespace bench;
 
-// Parses in situ, in a text without unused capacity. Our converter makes that capacity, so it must
-// not count against RapidJSON.
+// Parses in situ, in a text without unused capacity. The benchmark's own converter makes the unused
+// capacity, so it must not count against RapidJSON.
 class TightInSituDocument : public RapidUtf8Document {
  public:
   explicit TightInSituDocument(TextView text) : utf8_(ToUtf8(text)) {

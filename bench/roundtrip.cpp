@@ -1,5 +1,5 @@
-// Measures an element call of the public interface to a running server. Compares it with the system
-// calls that it consists of, and with CallNamedPipeW, the system's own client in one call.
+// Measures an element call of the public interface to a running server. Compares the call with the
+// system calls that it consists of, and with CallNamedPipeW, the system's own client in one call.
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -194,7 +194,8 @@ void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<
   }
 }
 
-// Leaves CallNamedPipeW out, which fails if another client takes the instance that it waited for.
+// Leaves CallNamedPipeW out, because it fails if another client takes the instance for which it
+// waited.
 void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
   struct {
     const char* name;

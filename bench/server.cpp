@@ -21,7 +21,7 @@ std::wstring OneText(std::size_t units) {
   return L"[0,\"" + std::wstring(units - 6, L'v') + L"\"]";
 }
 
-// Returns items of 20 characters. The last one is longer, so that the answer has exactly `units`
+// Returns items of 20 characters. The last item is longer, so that the answer has exactly `units`
 // units.
 std::wstring Items(std::size_t units) {
   constexpr std::size_t kItem = 20;
@@ -84,5 +84,5 @@ int main() {
   const DWORD pause = std::stoul(arguments[4]);
   for (DWORD i = 0; i < instances; ++i) std::thread(Serve, arguments[2], instances, pause).detach();
   ::WaitForSingleObject(client, INFINITE);
-  ::ExitProcess(0);  // this also ends the threads that still serve
+  ::ExitProcess(0);  // also ends the threads that still serve
 }

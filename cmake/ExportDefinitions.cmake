@@ -1,7 +1,7 @@
 # cmake -DFROM=... -DLIBRARY=... -DNM=... -DTO=... -P: writes the export definition file of a module that is
 # built with GCC or Clang. Each element function in LIBRARY gets two names: the name that GCC gives it
 # (Itanium ABI), and the name that Microsoft's compiler gives it. GCC cannot produce the name of Microsoft's
-# compiler, so FROM must contain one for each function.
+# compiler, so FROM must contain the Microsoft name of each function.
 execute_process(COMMAND ${NM} --defined-only --extern-only ${LIBRARY}
   OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "_ZN17TesselSilverlight[0-9][^\r\n]*" symbols "${symbols}")

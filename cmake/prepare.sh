@@ -10,8 +10,8 @@ die() {
   exit 1
 }
 
-# The packages that the build needs. require_packages [PACKAGE...] installs these and the named packages,
-# as far as they are missing.
+# The packages that the build needs. require_packages [PACKAGE...] installs those of these packages and of the
+# named packages that are missing.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {
@@ -47,7 +47,7 @@ configure() {
   }
 }
 
-# build PRESET [TARGET...]: configures and builds all targets, or those that are named.
+# build PRESET [TARGET...]: configures and builds all targets, or only the named targets.
 build() {
   local preset=$1
   shift
@@ -64,8 +64,9 @@ prepare_wine() {
 # hold_wine PREFIX...: keeps wineserver, the services and the desktop of each prefix running until the
 # script ends, and then ends all programs in the prefix. There are two reasons:
 # - wineserver exits with the last program. Programs that have just started then exit with code 0.
-# - The first program in an idle prefix starts Wine's services, and the first one with a window starts the
-#   desktop. Both inherit the program's output, so a reader of that output would wait for them too.
+# - The first program in an idle prefix starts Wine's services, and the first program with a window starts the
+#   desktop. The services and the desktop inherit the program's output, so a reader of that output would wait
+#   for them, too.
 held=()
 hold_wine() {
   local prefix

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine, in a Wine prefix inside the build folder, which may be deleted at
-# any time. The first call makes the prefix. Windows in it need no X server. --server ARGUMENT... calls
+# Runs a Windows program under Wine, in a Wine prefix inside the build folder, which may be deleted at any
+# time. The first call makes the prefix. Windows in this prefix need no X server. --server ARGUMENT... calls
 # the prefix's wineserver instead.
 set -eu
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -13,8 +13,8 @@ export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,winedbg.exe='
 unset WINEARCH WINELOADER
 export LC_ALL=C.UTF-8
 
-# Switches address randomization off where the system allows it. With it, the kernel may place Wine's
-# heap at the fixed address of Wine's shared user data. Then about one start in several thousand ends
+# Switches address randomization off where the system allows it. With randomization, the kernel may place
+# Wine's heap at the fixed address of Wine's shared user data. Then about one start in several thousand ends
 # silently or fails with error 1359 of CreateProcess.
 wine=(wine)
 if setarch -R true 2>/dev/null; then wine=(setarch -R wine); fi

@@ -47,8 +47,8 @@ inline base::Utf16Text Utf16(std::uint32_t code) {
           static_cast<base::Utf16Unit>(0xDC00 + (code - 0x10000) % 1024)};
 }
 
-// Returns whether a well-formed code point of `length` bytes can begin with these bytes. Depending
-// on the missing bytes, its value is any from `low` to `high`.
+// Returns whether a well-formed code point of `length` bytes can begin with these bytes. `low` and
+// `high` are the smallest and the largest value that the missing bytes allow.
 inline bool CanBegin(std::string_view bytes, std::size_t length) {
   static constexpr std::uint32_t kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
   std::uint64_t low = static_cast<unsigned char>(bytes[0]) & (0x7F >> length), high = low;
@@ -64,8 +64,9 @@ inline bool CanBegin(std::string_view bytes, std::size_t length) {
   return low <= high && !surrogates_only;
 }
 
-// Returns the first code point of `bytes`, which must not be empty. If it is not valid, returns the
-// length of the longest part with which well-formed text can begin, which is at least one byte.
+// Returns the first code point of `bytes`, which must not be empty. If the code point is not valid,
+// returns the length of the longest prefix with which a well-formed code point can begin, and at
+// least one byte.
 inline base::CodePoint First(std::string_view bytes) {
   const auto lead = static_cast<unsigned char>(bytes[0]);
   if (lead < 0x80) return {lead, 1, true};

@@ -16,8 +16,8 @@ extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* block
 
 namespace {
 
-// The number of bytes that are allocated now, and its maximum. Counted only while `counting` is
-// true.
+// The number of bytes that are allocated now, and the maximum of this number. Counted only while
+// `counting` is true.
 bool counting = false;
 std::ptrdiff_t live = 0, most = 0;
 
@@ -60,8 +60,8 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
-// The first step of a list is 50 units long. Blanks before the text make this step end at another
-// place of each text.
+// The first step of a list is 50 units long. Blanks before the text make this step end at different
+// places of the text.
 template <class Text>
 void CheckSteps(Text text) {
   std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);
@@ -76,7 +76,7 @@ void CheckSteps(Text text) {
 template <class Text>
 std::unique_ptr<Document> Checked(Text text) {
   using Unit = typename Text::value_type;
-  // A block of the text's exact size, so that the sanitizer reports a read beyond it.
+  // A block of the text's exact size, so that the sanitizer reports a read beyond its end.
   const std::unique_ptr<Unit[]> exact(new Unit[text.size()]);
   std::copy(text.begin(), text.end(), exact.get());
   Require(hooks != 0, "allocations can be counted");
@@ -94,7 +94,7 @@ std::unique_ptr<Document> Checked(Text text) {
   const std::unique_ptr<Document> again = WrittenAndRead(*read);
   Require(again != nullptr, "what was written can be read");
   // The writer replaces noncharacters, so two keys may become equal when the values are written the
-  // first time. Later rounds must change nothing.
+  // first time. Writing and reading the result once more must change nothing.
   if (!HoldsNoncharacter(read->values))
     Require(SameDocument(read, again), "what was written reads the same");
   Require(SameDocument(again, WrittenAndRead(*again)), "what was written twice reads the same");

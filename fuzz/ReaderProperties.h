@@ -1,4 +1,4 @@
-// The properties that both readers must have for every text.
+// The properties that the readers of UTF-8 and of UTF-16 must have for every text.
 #pragma once
 
 #include <memory>

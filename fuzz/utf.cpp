@@ -1,4 +1,5 @@
-// Fuzzes the conversions between UTF-8 and UTF-16, and compares them with those of PlainUtf.h.
+// Fuzzes the conversions between UTF-8 and UTF-16, and compares them with the conversions of
+// PlainUtf.h.
 #include <memory>
 
 #include "fuzz/PlainUtf.h"

@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int kMaxDepth = 198;  // the outermost list, which is not counted, makes 199
+// With the outermost list, the depth is 199, the most that the reader accepts.
+constexpr int kMaxDepth = 198;
 constexpr std::size_t kMaxString = 6000;
 
 // Builds values from the input's bytes. Also builds the values that must result when they are
@@ -24,7 +25,7 @@ class Builder {
   base::ListValue values, expected;
   bool writable = true;
   base::ListText asText;
-  bool allAsText = true;  // asText holds all values unchanged
+  bool allAsText = true;  // `asText` contains all values unchanged
 
   void Build() {
     while (at_ != end_) AddValue(0);
