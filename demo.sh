@@ -20,7 +20,7 @@ broker=
 failures=0
 output=
 
-# Ends the broker as Ctrl-C does, or by force if it hangs. Returns its exit code.
+# Ends the broker as Ctrl-C does, or by force if the broker hangs. Returns the broker's exit code.
 stop_broker() {
   local pid=$broker i
   broker=

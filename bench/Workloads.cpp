@@ -96,7 +96,8 @@ Workload MakeInts(std::size_t count) {
 
 Workload MakeShortTexts(std::size_t count) {
   Builder builder("texts");
-  // All texts have the same length, so that the time per element does not depend on their number.
+  // All texts have the same length, so that the time per element does not depend on the number of
+  // texts.
   for (std::size_t i = 0; i < count; ++i)
     builder << Text(Widen("caption ") += ObjectId(1000 + i % 9000));
   return builder.Take();

@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kSteps = 7;
 using Samples = std::array<std::vector<double>, kSteps>;
 
-// Stores the time from each call of Mark to the next one.
+// Stores the time from each call of Mark to the next call of Mark.
 class Steps {
  public:
   explicit Steps(Samples& samples) : samples_(samples) {}
@@ -79,12 +79,12 @@ void BareSteps(const ResidentServer& server, const std::wstring& request, Sample
   steps.Mark();
   call.Connect();
   steps.Mark();
-  steps.Mark();  // this call has nothing to encode
+  steps.Mark();  // the bare system calls encode nothing
   call.Write();
   steps.Mark();
   call.Read();
   steps.Mark();
-  steps.Mark();  // this call has nothing to decode
+  steps.Mark();  // the bare system calls decode nothing
   call.Close();
   steps.Mark();
 }

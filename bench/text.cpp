@@ -46,7 +46,8 @@ class Rows {
     }));
   }
 
-  // Returns the time of the fastest other JSON library divided by our time.
+  // Returns the time of the fastest other JSON library, divided by the time of this module's
+  // library.
   double Measure(Report& report, const char* direction) {
     const auto results =
         report.Measure({"text", workload_.name + ": " + direction, std::move(rows_)});

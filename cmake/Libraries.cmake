@@ -1,4 +1,4 @@
-# Functions for the DLLs of this project.
+# CMake functions that help to build the DLLs of this project.
 enable_language(RC)
 
 # tessel_version_resource(VARIABLE NAME FILE DESCRIPTION) makes the source of a DLL's version resource and

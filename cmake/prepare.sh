@@ -92,7 +92,7 @@ release_wine() {
 in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null; }
 
 # ends_with_word PATTERN COMMAND...: runs the command and returns its exit code, or 1 if it prints no line
-# that matches. The exit code alone is not enough: it is 0 for a program whose wineserver was ended.
+# that matches PATTERN. The exit code alone is not enough: it is 0 for a program whose wineserver was ended.
 ends_with_word() (
   set -o pipefail
   { "${@:2}" | tee /dev/fd/4 4>&1 >&3 | grep -c "$1" >/dev/null; } 3>&1

@@ -24,7 +24,7 @@ wineserver() { "$(type -P wineserver || echo /usr/lib/wine/wineserver)" "$@"; }
 make_prefix() {
   "${wine[@]}" wineboot --init &&
     "${wine[@]}" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f || return 1
-  # The wineserver of the prefix reads the setting only when it starts, so restart it.
+  # The prefix's wineserver reads the setting above only when it starts, so restart it.
   wineserver -k || true
   wineserver -w || true
   # Wine makes Documents, Desktop and so on links into the user's home. Replace them with folders.

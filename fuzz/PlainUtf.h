@@ -1,5 +1,5 @@
 // A second implementation of UTF-8 and UTF-16, written for clarity and not for speed. The fuzzers
-// compare the conversions of json/ with it. It shares no code with them.
+// compare the conversions of json/ with this implementation. The two share no code.
 #pragma once
 
 #include <algorithm>

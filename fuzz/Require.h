@@ -17,7 +17,7 @@ inline void Require(bool holds, const char* property) {
 }
 
 // Makes UTF-16 units from bytes. An ASCII byte is one unit. 0xFF and the next two bytes make any
-// unit. Any other byte and the next one make a unit of 0x8000 or above. So bytes that were changed
+// unit. Any other byte and the next byte make a unit of 0x8000 or above. So bytes that were changed
 // at random still make text with all kinds of surrogates.
 inline base::Utf16Text UnitsOf(const std::uint8_t* data, std::size_t size) {
   base::Utf16Text text;

@@ -1,4 +1,5 @@
-// Runs a fuzzer once with every file of the given folders, which makes its seeds a test.
+// Runs a fuzzer once with every file of the given folders, so that the fuzzer's seeds become a
+// test.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -91,7 +91,8 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // This kind ends a list. If no list is open, it sometimes adds a value that JSON cannot hold.
+      // Bytes of this kind end a list. Where no list can end, the bytes from 200 on add a value
+      // that JSON cannot hold.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");

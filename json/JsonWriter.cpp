@@ -22,7 +22,7 @@ class Writer {
   Utf16View Text() const { return {text_.begin(), text_.size()}; }
 
  private:
-  // Each function writes the element at the position at_ and moves at_ to the next element.
+  // Each function writes the element at the position `at_` and moves `at_` to the next element.
   bool WriteValue();
   bool WriteMember();
   template <bool (Writer::*WriteItem)()>

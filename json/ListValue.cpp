@@ -23,7 +23,7 @@ char* CopyWellFormed(Utf16View text, char* to) {
 
 std::size_t Utf8Length(const StringView& text) {
   std::size_t length = text.ascii.size();
-  // A pair of surrogates becomes four bytes of UTF-8, so each one counts as two.
+  // A pair of surrogates becomes four bytes of UTF-8, so each surrogate counts as two bytes.
   for (const Utf16Unit unit : text.wide)
     length += IsAscii(unit) ? 1 : unit < 0x800 || IsSurrogate(unit) ? 2 : 3;
   return length;

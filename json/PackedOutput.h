@@ -58,7 +58,7 @@ class PackedOutput {
     MoveTo(packed::Put(to_, type, value));
   }
   // The caller writes the text of the next string to this place, at most `units` units of UTF-16.
-  // Then it calls PutString with the end of the text.
+  // Then the caller calls PutString with the end of the text.
   char* StringText([[maybe_unused]] std::size_t units) const {
     assert(units == 0 || values_.RoomAfter(to_) >= packed::kTextHead + units * sizeof(Utf16Unit));
     return to_ + packed::kTextHead;

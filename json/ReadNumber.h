@@ -13,7 +13,7 @@
 
 namespace base {
 
-// Reads integers of up to eight digits, several at a time, while each is followed by a comma.
+// Reads integers of up to eight digits, several at a time, as long as a comma follows each of them.
 // Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
 // Reads no integers if fewer units of text are left than one search reads.
 template <class Unit>

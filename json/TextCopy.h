@@ -75,7 +75,7 @@ inline unsigned WideStopBits(__m128i units) {
     if constexpr (kStop == Stop::kEscapes) {
       const __m128i even = _mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xFFFE)));
       more = _mm_or_si128(_mm_or_si128(more, atMost(0x1F)), equal(units, '<'));
-      more = _mm_or_si128(more, equal(even, 0x2028));  // U+2028 and U+2029
+      more = _mm_or_si128(more, equal(even, 0x2028));  // true for U+2028 and U+2029
     }
     stops |= static_cast<unsigned>(_mm_movemask_epi8(more));
   }

@@ -26,7 +26,7 @@ struct CodePoint {
 };
 
 // Decodes the first code point of [text, end), which must not be empty. An ill-formed part ends
-// before the first byte that no valid sequence could have there.
+// before the first byte that cannot continue a valid sequence.
 inline CodePoint Decode(const char* text, const char* end) {
   const auto lead = static_cast<unsigned char>(*text);
   if (lead < 0x80) return {lead, 1, true};

@@ -75,7 +75,8 @@ Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   return result;
 }
 
-// A format of one conversion for snprintf, such as "%-8.3f". The numbers replace '*'.
+// A format of one conversion for snprintf, such as "%-8.3f". Numbers replace each '*' of the
+// original format.
 struct RuntimeFormat {
   RuntimeFormat(const Conversion& conversion, const char* size) {
     char* end = text + std::snprintf(text, sizeof(text), "%%%s", conversion.flags);
@@ -164,7 +165,8 @@ class MessageWriter {
     char text[kLongestMessage + 1];
     const int length = _snprintf(text, sizeof(text), RuntimeFormat(conversion, size).text, value);
     // A negative length means that the text was too long and filled the whole buffer. The buffer is
-    // one byte longer than the longest message, so Append notices this and cuts the text.
+    // one byte longer than the longest message, so Append notices that the text is too long, and
+    // cuts it.
     out_.Append({text, length < 0 ? sizeof(text) : static_cast<std::size_t>(length)});
   }
 

@@ -16,8 +16,8 @@ int LevelFromText(const char* text) {
     int level;
   } kNames[] = {{"VERBOSE", kVerbose}, {"INFO", kInfo}, {"WARNING", kWarning}, {"ERROR", kError}};
   for (const auto& entry : kNames) {
-    // Does not use lstrcmpi, because its result depends on the language and ignores control
-    // characters.
+    // Does not use lstrcmpi, because lstrcmpi compares by the rules of a language and ignores
+    // control characters.
     if (::_stricmp(text, entry.name) == 0) return entry.level;
   }
   return kFatal;

@@ -32,8 +32,8 @@ inline LogLevels GetLogLevels() {
 }
 
 // Returns the level that the registry value TESSEL_LOG_LEVEL names. The user's value takes
-// precedence over the machine's. Returns kFatal if neither is set or the text names no level. Reads
-// the registry at most once every 3 seconds.
+// precedence over the machine's. Returns kFatal if neither value is set or the value's text names
+// no level. Reads the registry at most once every 3 seconds.
 inline int GetConfiguredLogLevel() { return static_cast<int>(GetLogLevels().configured); }
 
 // Returns the lowest level that the trace session records, or kFatal if there is no session.

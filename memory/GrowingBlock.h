@@ -19,7 +19,8 @@ class GrowingBlock {
   static_assert(std::is_trivially_copyable_v<Unit>);
 
  public:
-  GrowingBlock() {}  // not "= default", which would let GrowingBlock{} fill the object with zeros
+  // Not "= default", because GrowingBlock{} would then fill the object with zeros.
+  GrowingBlock() {}
   GrowingBlock(GrowingBlock&& other) noexcept : size_(other.size_) {  // `other` is empty afterwards
     if (other.IsSmall()) {
       std::copy_n(other.small_, size_, small_);

@@ -49,7 +49,7 @@ class Caller {
   const DWORD run_;
   std::minstd_rand random_;
   Life lives_[kBrokers] = {}, formerLives_[kBrokers] = {};
-  // The current step is about this broker, this element and this life of the broker.
+  // The broker, the element, and the broker's process and window that the current step uses.
   int broker_ = 0;
   int element_ = 0;
   Life life_ = {};

@@ -9,7 +9,7 @@ namespace soak {
 namespace {
 
 // A run has only tailored brokers. If such a broker answers "not served", a search finds no other
-// broker and cannot start one.
+// broker and cannot start another broker.
 int AfterSearch(const Call& call, int status) {
   return call.operation.searches && status == SL_NOT_SERVED ? SL_BROKER_NOT_STARTED : status;
 }

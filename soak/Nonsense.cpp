@@ -37,7 +37,8 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0.0]"), {{'?'}}},
       {MessageOf(L"[4294967296]"), {{'?'}}},
       {MessageOf(L"[[0]]"), {{'?'}}},
-      // These messages have a status, and text around it that a client ignores.
+      // These messages have an array with a status, and text around the array that a client
+      // ignores.
       {MessageOf(L"[77]"), other},
       {MessageOf(L"[77") + "]", other},
       {MessageOf(L"[77]]"), other},  // one character after the array is accepted

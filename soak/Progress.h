@@ -13,8 +13,8 @@ class Progress {
  public:
   explicit Progress(const SharedState& state) : state_(state) {}
 
-  // Shows a line that is updated every second until Hide is called. It says "warming up" until
-  // SetEnd is called.
+  // Shows a line that is updated every second until Hide is called. The line says "warming up"
+  // until SetEnd is called.
   void Show();
   void SetEnd(ULONGLONG tick) { end_ = tick; }
   void Hide();

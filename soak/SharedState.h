@@ -54,7 +54,8 @@ struct SharedState {
   char report[kReports][200] = {};
 };
 
-// Opens the shared state of the run with this number. The first process to open it creates it.
+// Opens the shared state of the run with this number. The first process that opens the state
+// creates it.
 class SharedMemory {
  public:
   explicit SharedMemory(DWORD run)

@@ -1,5 +1,5 @@
-// Runs in the conductor and in the client. The phases of a broker. The conductor enters each phase
-// before it begins, so that a client knows which phases a call ran through.
+// Runs in the conductor and in the client. The phases of a broker. The conductor records each phase
+// before the phase begins, so that a client knows which phases a call ran through.
 #pragma once
 
 #include <windows.h>

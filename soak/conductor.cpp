@@ -58,7 +58,7 @@ class Conductor {
     return true;
   }
 
-  // Resources are counted only after calls and failures of every kind have happened once.
+  // Resources are counted only after calls and failures of every kind have happened at least once.
   void WarmUp() {
     for (int fault = 0; fault < kFaults; ++fault)
       Disturb(*brokers_[fault % kBrokers], static_cast<Fault>(fault));

@@ -87,7 +87,7 @@ TEST_F(Channel, KeepsARequestUntilItIsReadOrAnsweredOrTheChannelReopens) {
 }
 
 TEST_F(Channel, ServesAgainAfterClientsThatFail) {
-  // One client disconnects before the server waits for it. The other sends nothing for 3 s.
+  // One client disconnects before the server waits for it. The other client sends nothing for 3 s.
   for (const bool silent : {false, true}) {
     EXPECT_EQ(Told(Open()), "0");
     RawClient client(kPipe);

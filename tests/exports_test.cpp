@@ -12,7 +12,7 @@
 
 namespace {
 
-// Reads the tables of the DLL, which is mapped as a module without running any of its code.
+// A DLL whose tables the tests read. The DLL is mapped as a module, and none of its code runs.
 struct Dll {
   const char* name;
   const char* list;     // a file that contains the names of the DLL's exports

@@ -38,7 +38,8 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   for (const auto& [name, scene, options] : kCases) {
     SceneBroker broker(scene, options);
     handles["WINDOW"] = broker.Fact("window");
-    // Replaces the number only after "process", because other numbers may be equal to it.
+    // Replaces the number only after "process", because other numbers may be equal to the process
+    // id.
     const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
     std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
     std::string expected, actual;

@@ -58,8 +58,8 @@ int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstr
   return 0;
 }
 
-// Plays the launcher. If the origin is a tailored one whose host begins with "serve", becomes the
-// broker: after 20 s if the host begins with "serve-late", else at once. For any other origin
+// Plays the launcher. If the origin is tailored and its host begins with "serve", becomes the
+// broker: after 20 s if the host begins with "serve-late", else at once. For any other origin,
 // exits.
 int Launch(const std::vector<std::wstring>& arguments) {
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));

@@ -1,5 +1,6 @@
 // Runs in the client and in the broker. Computes the name of a broker's pipe from the address of
-// the content. The client that opens the pipe and the host that creates it use the same functions.
+// the content. The client that opens the pipe and the host that creates the pipe use the same
+// functions.
 #pragma once
 
 #include <algorithm>

@@ -9,7 +9,7 @@ namespace wire {
 // A broker may also define other numbers. The client receives every status unchanged.
 enum Status : int {
   kSuccess = SL_SUCCESS,
-  kNotServed = SL_NOT_SERVED,  // a search continues with the next scheme
+  kNotServed = SL_NOT_SERVED,  // after this status a search asks the broker of the next scheme
 
   // Every broker should use these four numbers where they fit.
   kUnknownCommand = 100,

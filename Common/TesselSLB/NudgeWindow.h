@@ -4,7 +4,8 @@
 
 #include <windows.h>
 
-// Posts a mouse move to the window. Makes the top-level window that contains it one pixel smaller,
-// and then as large as before. Restores a minimised top-level window first. If `handleMaximised` is
-// true, restores a maximised top-level window and maximises it again, instead of changing its size.
+// Posts a mouse move to the window. Makes the top-level window that contains `window` one pixel
+// smaller, and then as large as before. Restores a minimised top-level window first. If
+// `handleMaximised` is true, restores a maximised top-level window and maximises it again, instead
+// of changing its size.
 void NudgeWindow(HWND window, bool handleMaximised);

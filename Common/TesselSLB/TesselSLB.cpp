@@ -16,8 +16,8 @@
 
 namespace {
 
-// The state from InitComm to UninitComm. The pending message is a part of it, so that a new channel
-// never returns a request of an old one.
+// The state from InitComm to UninitComm. The pending message is a member of this state, so that a
+// new channel never returns a request of an old channel.
 struct Channel {
   const std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
   std::uint32_t connectTimeout = 0;

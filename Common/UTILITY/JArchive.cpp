@@ -12,7 +12,8 @@ using Tessel::ArchiveException;
 
 namespace {
 
-// The code in json/ cannot log. It calls this hook with a condition that should hold but does not.
+// The code in json/ cannot log. Instead, it calls this hook with a condition that should hold but
+// does not.
 const struct CheckReporter {
   CheckReporter() {
     base::SetCheckFailedHook(
@@ -28,8 +29,8 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-// Constructs the ListText explicitly. The variant's default constructor would first fill it with
-// zeros.
+// Constructs the ListText explicitly. The variant's default constructor would first fill the object
+// with zeros.
 JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr DWORD kSmallAclSize = 64;  // enough for one entry with a short SID
+constexpr DWORD kSmallAclSize = 64;  // enough for an access list of one entry with a short SID
 
 struct LocalFreeDeleter {
   void operator()(void* memory) const { ::LocalFree(memory); }

@@ -17,7 +17,7 @@ struct LockedContent {
   const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
 
   std::shared_ptr<ContentObject> object;
-  std::unique_lock<Lock> guard;  // unlocks before `object` is freed
+  std::unique_lock<Lock> guard;  // declared after `object`, so it unlocks before `object` is freed
 };
 
 struct LockedElement {
@@ -25,7 +25,7 @@ struct LockedElement {
   const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
 
   std::shared_ptr<ElementObject> object;
-  std::unique_lock<Lock> guard;  // unlocks before `object` is freed
+  std::unique_lock<Lock> guard;  // declared after `object`, so it unlocks before `object` is freed
 };
 
 // One call of a function of the C interface. The functions of Frame throw Error.

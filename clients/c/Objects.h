@@ -41,8 +41,9 @@ class ElementObject {
 };
 
 struct ListEntry {
-  std::wstring text;                       // the text, or the element's id
-  std::shared_ptr<ElementObject> element;  // null after it was taken, and in a list of texts
+  std::wstring text;  // the text, or the element's id
+  // Null after the element was taken, or in a list of texts.
+  std::shared_ptr<ElementObject> element;
   long number = 0;
 };
 

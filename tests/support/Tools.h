@@ -28,7 +28,7 @@ inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine)
   return {process.Wait(), std::regex_replace(text, notice, "")};
 }
 
-// Expects this exit code, and an output that contains `output`.
+// Runs a tool. Expects this exit code, and an output that contains `output`.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
   EXPECT_THAT(ToolOutput(commandLine), testing::Pair(code, testing::HasSubstr(output)))
       << tessel::Narrow(commandLine);

@@ -17,8 +17,8 @@ std::uint32_t SecondsRoundedUp(std::uint32_t milliseconds) { return (millisecond
 
 }  // namespace
 
-// Uses a timer of the thread pool: reading a large tree makes many calls, and starting a thread
-// for each would take longer than the calls.
+// Uses a timer of the thread pool: reading a large tree makes many calls, and starting a thread for
+// each call would take longer than the calls.
 CallNotice::CallNotice(const std::string& what, std::uint32_t longestMilliseconds)
     : text_("tessel: waiting for the broker to " + what + " (at most " +
             std::to_string(SecondsRoundedUp(longestMilliseconds)) + " s)\n"),

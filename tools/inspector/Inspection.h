@@ -75,7 +75,7 @@ class Inspection {
   tessel::Content content_;
 };
 
-// Returns the text: element "ID". For messages.
+// Returns how messages name the element: element "ID".
 std::string NameOf(const tessel::Element& element);
 
 tessel::Search SearchFor(const SearchTexts& texts);

@@ -10,7 +10,7 @@ enum class ExitCode : int {
   kSuccess = 0,
   kNothingThere = 1,      // no element, more than one element, or no such ancestor
   kUsage = 2,             // wrong command line, or not exactly one window
-  kUnreachable = 3,       // no broker: not started, not connected, no answer
+  kUnreachable = 3,       // the broker was not started, not connected, or did not answer
   kRefused = 4,           // the broker answered with a status of its own
   kUnexpectedAnswer = 5,  // an answer that does not fit the request
 };

@@ -1,5 +1,5 @@
-// Part of tessel. The command that reads all elements. It reports them as text, indented by depth,
-// or as a scene file of version 1.
+// Part of tessel. The command that reads all elements. The command reports the elements as text,
+// indented by depth, or as a scene file of version 1.
 #include <algorithm>
 #include <map>
 
@@ -79,7 +79,7 @@ Json ReadSceneElement(Inspection& inspection, tessel::Element& element) {
 }
 
 // The search for the focus asks the tailored broker first. If the user named another broker, the
-// search might find other content or none, so the focus is left out.
+// search might find other content or none, so the report leaves the focus out.
 std::string ReadFocus(Inspection& inspection) {
   const SLUriScheme scheme = tools::SchemeFromName(inspection.Options().scheme);
   if (scheme != SL_NO_URI && scheme != SL_TAILORED_URI) return "";

@@ -17,9 +17,9 @@ class HostChannel {
   // Throws std::runtime_error if the channel cannot be opened.
   void Open(SLUriScheme scheme, const std::wstring& address);
 
-  // Runs until Stop is called. Passes each request to `answer`, writes the text that it returns,
-  // and then calls `sent` with true if the client received it. Throws std::runtime_error if the
-  // channel fails and cannot recover.
+  // Runs until Stop is called. Passes each request to `answer`, writes the text that `answer`
+  // returns, and then calls `sent` with true if the client received it. Throws std::runtime_error
+  // if the channel fails and cannot recover.
   void Serve(const std::function<std::wstring(const std::wstring&)>& answer,
              const std::function<void(bool)>& sent);
 
@@ -27,7 +27,7 @@ class HostChannel {
   bool Stop();
 
  private:
-  // Returns the code of ReadMessage. If it is 0, `request` holds the message.
+  // Returns the code of ReadMessage. If the code is 0, `request` holds the message.
   int Read(std::wstring& request);
 
   decltype(&InitComm) init_ = nullptr;

@@ -1,5 +1,5 @@
 // Part of SceneBroker. The notice windows: additional windows of the module. When a request has
-// changed the scene, they carry a notice to the thread of the scene's window.
+// changed the scene, these windows carry a notice to the thread of the scene's window.
 #pragma once
 
 #include <windows.h>

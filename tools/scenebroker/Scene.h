@@ -44,7 +44,7 @@ class Scene {
   const SceneElement* Find(const std::string& id) const;
   SceneElement* Find(const std::string& id);
 
-  // Returns the elements from the parent up to the root.
+  // Returns the ancestors of the element, from the parent up to the root.
   std::vector<const SceneElement*> Ancestors(const SceneElement& element) const;
 
   // Returns for each element how many levels below the element with this id it is, or 0 if it is

@@ -60,7 +60,8 @@ std::wstring DefaultModulePath() {
 }
 
 // The console calls its handler on a thread of its own and passes only the event, so the handler
-// finds the channel here. The mutex keeps the channel alive while the handler uses it.
+// finds the channel in `channelToStop`. The mutex keeps the channel alive while the handler uses
+// it.
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 

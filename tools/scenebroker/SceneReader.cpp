@@ -17,7 +17,7 @@ using tessel::Quoted;
 
 constexpr int kVersion = 1;
 
-// A value of the file and its path, for messages.
+// A value of the scene file, and the path of this value for error messages.
 struct Place {
   [[noreturn]] void Fail(const std::string& problemAndCure) const {
     throw SceneError((path.empty() ? "the scene" : path) + ": " + problemAndCure);

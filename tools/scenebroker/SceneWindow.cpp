@@ -80,7 +80,7 @@ HWND SceneWindow::Open(const std::wstring& title) {
 void SceneWindow::Run(const std::wstring& title, std::promise<HWND>& opened) {
   try {
     // After set_value the constructor may return, which destroys `title` and `opened`. Do not use
-    // them below.
+    // these two variables below.
     opened.set_value(Open(title));
   } catch (...) {
     opened.set_exception(std::current_exception());

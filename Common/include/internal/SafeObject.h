@@ -1,5 +1,5 @@
 // Runs in the client and in the broker. Owners of system handles. There are two types, because some
-// system functions return null for "no handle" and others return INVALID_HANDLE_VALUE.
+// system functions return null for "no handle" and other functions return INVALID_HANDLE_VALUE.
 #pragma once
 
 #include <windows.h>
@@ -33,7 +33,7 @@ class SafeObject {
   HANDLE Get() const noexcept { return handle_; }
   HANDLE Release() noexcept { return std::exchange(handle_, Kind::Empty()); }
 
-  // Closes the current handle and takes ownership of the new one. Keeps the thread's last error.
+  // Closes the current handle and takes ownership of `handle`. Keeps the thread's last error.
   void Reset(HANDLE handle = Kind::Empty()) noexcept {
     const HANDLE old = std::exchange(handle_, handle);
     if (old == Kind::Empty()) return;

@@ -52,7 +52,7 @@ class JArchive {
 
   JArchive& operator<<(std::int32_t value);
   JArchive& operator<<(bool value);
-  JArchive& operator<<(const wchar_t* text);  // throws ArchiveException for null
+  JArchive& operator<<(const wchar_t* text);  // throws ArchiveException if `text` is null
   JArchive& operator<<(const CComBSTR& text);
   JArchive& operator<<(const POINT& point);
 

@@ -87,7 +87,7 @@ inline bool Error::BrokerIsLost() const {
   return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
 }
 
-// Element
+// The functions of Element.
 
 inline Element::Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept
     : session_(std::move(session)), record_(std::move(record)) {}
@@ -221,7 +221,7 @@ inline void Element::Release() {
 
 inline void Element::Abandon() noexcept { Session::Forget(record_); }
 
-// Content
+// The functions of Content.
 
 inline Content::Content(HWND window, std::wstring_view address, SLUriScheme scheme)
     : session_(std::make_shared<Session>(detail::CheckedWindow(window, address),
@@ -270,7 +270,7 @@ inline std::optional<Element> Content::FindFirst(const Search& search) {
   return std::move(found.front());
 }
 
-// Waiting
+// The conditions and WaitUntil.
 
 inline auto IsThere(const Content& content, const Search& search) {
   return Condition(content, L"an element is there that matches " + detail::TextOf(search),
