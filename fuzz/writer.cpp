@@ -1,4 +1,5 @@
-// Fuzzes the writer with any values. Its text must always read back as the same values.
+// Fuzzes the writer with any values. The text that it writes must always read back as the same
+// values.
 #include <algorithm>
 #include <cmath>
 #include <cstring>

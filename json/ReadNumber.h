@@ -15,7 +15,7 @@ namespace base {
 
 // Reads integers of up to eight digits, several at a time, as long as a comma follows each of them.
 // Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
-// Reads no integers if fewer units of text are left than one search reads.
+// Reads no integers if fewer than kUnits + kMaxDigits units of text are left.
 template <class Unit>
 void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* at = in.at;

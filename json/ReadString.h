@@ -13,14 +13,15 @@ namespace base {
 constexpr char32_t kMaxCodePoint = 0x10FFFF;
 constexpr char32_t kNoCodePoint = kMaxCodePoint + 1;
 
-// Returns the value of a hexadecimal digit, or -1.
+// Returns the value of a hexadecimal digit, or -1 for any other character.
 inline int HexDigit(char32_t c) {
   if (IsDigit(c)) return static_cast<int>(c - '0');
   const char32_t lower = c | 0x20;
   return lower >= 'a' && lower <= 'f' ? static_cast<int>(lower - 'a' + 10) : -1;
 }
 
-// Reads `digits` hexadecimal digits and returns their value, or -1.
+// Reads `digits` hexadecimal digits and returns their value, or -1 if another character comes
+// first.
 template <class Unit>
 int ReadHex(TextInput<Unit>& in, int digits) {
   int value = 0;

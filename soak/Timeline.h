@@ -30,7 +30,7 @@ constexpr const char* kPhaseNames[kPhaseKinds] = {
 
 struct Phase {
   PhaseKind kind;
-  DWORD detail;  // the broker's process id, or the index of the nonsense
+  DWORD detail;  // the broker's process id, or the index in AllNonsense()
 };
 
 // The phases of one broker, in order. Only the conductor writes them. The object is in shared

@@ -24,8 +24,7 @@ int32_t Look(void* looks, int32_t* met, const wchar_t** seen) {
   return 0;
 }
 
-// Returns a valid argument of this type. For the types of handles and errors, returns `handle` or
-// `error`.
+// Returns `handle` or `error` if the type fits, otherwise a valid argument of this type.
 template <class Argument>
 Argument Given(Handle handle, tessel_error** error) {
   static std::uint64_t results[8];

@@ -28,9 +28,8 @@ std::string TextOf(const std::optional<std::wstring>& text) {
   return text ? tessel::Narrow(*text) : "none";
 }
 
-// Each row runs an action with the element "a", against a broker with the given answers. The result
-// of a row is the text that the action returns, or the code and the text of the Error that it
-// throws.
+// Each row runs an action with the element "a", against a broker with the given answers. A row's
+// result is the text that the action returns, or the code and the text of the Error that it throws.
 TEST(Client, MakesTheseCallsForTheseAnswers) {
   using Act = std::function<std::string(Content&, Element)>;
   const std::tuple<Texts, Act, std::string, std::string> kCases[] = {

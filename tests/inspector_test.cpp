@@ -38,8 +38,7 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   for (const auto& [name, scene, options] : kCases) {
     SceneBroker broker(scene, options);
     handles["WINDOW"] = broker.Fact("window");
-    // Replaces the number only after "process", because other numbers may be equal to the process
-    // id.
+    // Replaces the process id only after "process", because other numbers may be equal to it.
     const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
     std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
     std::string expected, actual;

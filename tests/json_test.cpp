@@ -16,8 +16,7 @@ namespace {
 using base::ListValue;
 using base::Utf16Text;
 
-// The standard library's conversions, with which the results are compared. They are used for
-// well-formed text only.
+// The standard library's conversions, to compare results with, for well-formed text only.
 std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
 std::string Written(const ListValue& list) {
@@ -229,8 +228,7 @@ TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   }
 }
 
-// Copies into memory of the text's exact size, so that the sanitizer reports a write beyond its
-// end.
+// Copies into memory of the exact size, so that the sanitizer reports a write beyond its end.
 template <class To, class From, class Copy>
 void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
   std::vector<To> to(from.size());

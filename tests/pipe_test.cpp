@@ -104,8 +104,7 @@ struct Pipe : testing::Test {
     Expect(script);
   }
   const LogCapture capture;
-  // The endpoint `s` is a server. `c` and `d` connect to `s`, `p` connects to the peer process, and
-  // `m` is never connected.
+  // `s` is a server. `c` and `d` connect to `s`, `p` to the peer process. `m` is never connected.
   std::map<char, Endpoint> ends;
 };
 

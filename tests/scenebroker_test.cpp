@@ -95,8 +95,7 @@ TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
   }
 }
 
-// Some clients release everything. Other clients ask for three elements and leave before the
-// answer.
+// Some clients release everything. Some ask for three elements and leave before the answer.
 TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
   SceneBroker broker(TESSEL_SCENES "/login.json");
   tessel::Content content(tools::HandleFromText(broker.Fact("window")),
@@ -109,8 +108,7 @@ TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
       (void)content.Focused();
     }
     RawClient client(tessel::Wide(broker.Fact("pipe")));
-    // The module never writes the space before "user", so the test finds this request in the
-    // output.
+    // The module never writes the space before "user", so this request is unique in the output.
     client.Send(tessel::Wide(broker.Request(R"([8,?, "user"])")));
     while (broker.ReadLine().find(", \"user\"] -> ") == std::string::npos)
       ASSERT_EQ(broker.Wait(0), STILL_ACTIVE);

@@ -74,8 +74,7 @@ TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   EXPECT_TRUE(AdditionalWindow_Destroy(3));
   const HWND window = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  // Another thread cannot destroy the window, so the window still exists. The module's table
-  // forgets the window anyway.
+  // Another thread cannot destroy the window, but the module's table forgets the window.
   std::thread([] { EXPECT_TRUE(AdditionalWindow_Destroy(3)); }).join();
   received.clear();
   const HWND next = AdditionalWindow_Create(3);

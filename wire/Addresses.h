@@ -76,7 +76,7 @@ inline std::wstring CleanedOrigin(std::wstring_view address, std::size_t longest
 
 }  // namespace detail
 
-// Returns an empty name if the scheme has no pipe.
+// Returns the pipe's name, or an empty name if the scheme has no pipe.
 inline std::wstring PipeName(unsigned long scheme, std::wstring_view address) {
   std::wstring name(detail::kPipeBaseName);
   switch (scheme) {

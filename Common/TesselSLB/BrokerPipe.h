@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-// Returns an empty name and logs an error if the scheme has no pipe.
+// Returns the pipe's name. Returns an empty name and logs an error if the scheme has no pipe.
 std::wstring GetBrokerPipeName(DWORD scheme, std::wstring_view address);
 
 // Returns true if the pipe exists or appears within `wait` milliseconds. Otherwise, and for an

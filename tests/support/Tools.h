@@ -41,8 +41,7 @@ struct SceneFile {
                                      (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
 };
 
-// A running SceneBroker and the facts that it printed. The constructor waits until the broker is
-// ready.
+// A running SceneBroker and the facts that it printed. The constructor waits for the line "ready".
 class SceneBroker : public ChildProcess {
  public:
   explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
@@ -66,8 +65,7 @@ class SceneBroker : public ChildProcess {
     return tessel::Narrow(client.Receive());
   }
 
-  // Returns a command line of the inspector, for this broker's window unless `command` names a
-  // window.
+  // Returns the inspector's command line. Adds this broker's window if `command` names no window.
   std::wstring InspectorLine(const std::string& command) const {
     const std::string window = " --window=" + Fact("window");
     return L"tessel.exe " + tessel::Wide(command) + L" --address" + Quoted(Fact("address")) +

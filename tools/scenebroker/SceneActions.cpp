@@ -1,4 +1,5 @@
-// Part of SceneBroker. The commands that change the scene. Their answers hold only a status.
+// Part of SceneBroker. The commands that change the scene. The answers of these commands hold only
+// a status.
 #include <algorithm>
 #include <utility>
 

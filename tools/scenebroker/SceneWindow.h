@@ -14,9 +14,9 @@
 
 class SceneWindow {
  public:
-  // Returns when all windows exist. Throws std::runtime_error if one cannot be created. When the
-  // user closes the window, it is hidden and `onClosed` is called on the window's thread. The
-  // handle stays valid until the destructor runs.
+  // Returns when all windows exist. Throws std::runtime_error if a window cannot be created. When
+  // the user closes the window, it is hidden and `onClosed` is called on the window's thread. The
+  // window's handle stays valid until the destructor runs.
   SceneWindow(const std::wstring& title, NoticeWindows& notices, std::function<void()> onClosed);
   ~SceneWindow();
   SceneWindow(const SceneWindow&) = delete;
