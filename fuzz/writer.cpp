@@ -92,8 +92,8 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // Bytes of this kind end a list. Where no list can end, the bytes from 200 on add a value
-      // that JSON cannot hold.
+      // Bytes of this kind end a list. Outside a list, the bytes from 200 on add a value that JSON
+      // cannot hold.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");

@@ -129,7 +129,7 @@ TEST(Arguments, OfNullAreRefused) {
   EXPECT_EQ(tessel_content_close(content, nullptr), 0);
 }
 
-// The check of the wait closes the content of the wait.
+// In the first wait, the check closes the handle of the content.
 TEST(Waits, KeepTheirContent) {
   int looks = 0;
   static tessel_content content;

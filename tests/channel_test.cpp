@@ -123,9 +123,8 @@ TEST_F(Channel, CannotServeThePipeOfAnotherProcess) {
 TEST_F(Channel, UninitEndsAReadThatIsAboutToWait) {
   for (const bool used : {true, false}) {
     EXPECT_EQ(Open(INFINITE), 0);  // replaces the channel of the previous round
-    // UninitComm connects to the pipe to end the wait of ReadMessage. A new pipe accepts the
-    // connection even before ReadMessage waits. A pipe that has served a client accepts it only
-    // during the wait.
+    // UninitComm connects to the pipe to end the wait of ReadMessage. A new pipe accepts this
+    // connection even before the wait, a used pipe accepts it only during the wait.
     if (used) ExpectService();
     LogCapture::pause = [](const char* line) {
       if (std::string(line).find("] Wait client to connect") == std::string::npos) return;

@@ -61,7 +61,7 @@ class HandleTable {
 
   struct Slot {
     AnyObject object;
-    std::uint32_t generation = 1;  // its low 24 bits are part of the handle
+    std::uint32_t generation = 1;  // the low 24 bits are part of the handle
   };
 
   // A handle has 32 bits of slot, 24 bits of generation and 8 bits of kind.
