@@ -1,4 +1,4 @@
-// A broker's host in C. Includes both headers for hosts, and calls functions of each kind.
+// A broker's host in C. Includes the two headers for hosts, and calls functions of each kind.
 #include <TesselHost.h>
 #include <TesselTrace.h>
 
