@@ -14,7 +14,7 @@ namespace {
 
 // A DLL whose tables the tests read. The DLL is mapped as a module, and none of its code runs.
 struct Dll {
-  const char* name;
+  const wchar_t* name;
   const char* list;     // a file that contains the names of the DLL's exports
   const char* pattern;  // the regular expression that finds these names in the file
 };
@@ -35,8 +35,7 @@ class Exports : public testing::TestWithParam<Dll> {
     return Headers().OptionalHeader.DataDirectory[index].VirtualAddress;
   }
 
-  const std::wstring path_ =
-      TestFolder() + std::wstring(GetParam().name, GetParam().name + strlen(GetParam().name));
+  const std::wstring path_ = TestFolder() + GetParam().name;
   const HMODULE module_ = ::LoadLibraryExW(path_.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
 };
 
@@ -105,8 +104,8 @@ TEST_P(Exports, CarriesItsVersion) {
 
 INSTANTIATE_TEST_SUITE_P(
     Dlls, Exports,
-    testing::Values(Dll{"TesselSLB_x64.dll", TESSEL_SOURCE "/tests/exports.txt", "(\\S+)"},
-                    Dll{"TesselSLB_c.dll", TESSEL_SOURCE "/clients/c/tesselslb.h",
+    testing::Values(Dll{L"TesselSLB_x64.dll", TESSEL_SOURCE "/tests/exports.txt", "(\\S+)"},
+                    Dll{L"TesselSLB_c.dll", TESSEL_SOURCE "/clients/c/tesselslb.h",
                         "TESSEL_C_API \\w+ (\\w+)\\("}));
 
 }  // namespace

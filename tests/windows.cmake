@@ -1,5 +1,5 @@
-# The suites that need Windows. The suite log changes the log level, so it runs in a Wine prefix of its
-# own. In the shared prefix every suite sets the level to VERBOSE.
+# The suites that need Windows. The suite named "log" changes the log level, so it runs in a Wine prefix of
+# its own. In the shared prefix every suite sets the level to VERBOSE.
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"

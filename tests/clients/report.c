@@ -14,14 +14,13 @@ _Static_assert(sizeof(tessel_error) == 56 && sizeof(tessel_search) == 32 &&
                    sizeof(tessel_rectangle) == 16,
                "layouts are part of the interface");
 
-static const wchar_t* NONE = L"none";
 static tessel_error* error;
 
 static const char* Narrow(const wchar_t* text) {
   static char buffers[8][600];
   static int next;
   char* const buffer = buffers[next++ % 8];
-  WideCharToMultiByte(65001, 0, text == NULL ? NONE : text, -1, buffer, 600, NULL, NULL);
+  WideCharToMultiByte(65001, 0, text == NULL ? L"none" : text, -1, buffer, 600, NULL, NULL);
   return buffer;
 }
 
@@ -40,17 +39,13 @@ static void MustFail(int32_t code) {
   tessel_error_free(error);
 }
 
-// Prints `label`, `text` in quotes (if it is not null) and `end`. Frees `text`.
-static void PrintText(const char* label, wchar_t* text, const char* end) {
-  printf(text == NULL ? "%s %s%s" : "%s \"%s\"%s", label, Narrow(text), end);
-  tessel_text_free(text);
-}
-
+// Prints the text in quotes, or "none".
 static void PrintAttribute(const char* label, tessel_element element, const wchar_t* name,
                            const char* end) {
   wchar_t* text;
   Must(tessel_element_attribute(element, name, &text, &error));
-  PrintText(label, text, end);
+  printf(text == NULL ? "%s %s%s" : "%s \"%s\"%s", label, Narrow(text), end);
+  tessel_text_free(text);
 }
 
 static void PrintRectangle(const char* label, tessel_rectangle r, const char* end) {
@@ -69,20 +64,11 @@ static void PrintId(const char* label, tessel_element element, const char* end) 
 static void PrintElement(tessel_element element) {
   wchar_t* id;
   tessel_place place;
-  tessel_element parent;
-  tessel_list items;
-  size_t count = 0;
   Must(tessel_element_id(element, &id, &error));
   Must(tessel_element_place(element, &place, &error));
-  Must(tessel_element_parent(element, &parent, &error));
-  Must(tessel_element_items(element, &items, &error));
-  PrintRectangle(Narrow(id), place.found, " ");
-  PrintId("parent ", parent, ", ");
-  PrintAttribute("type", element, L"type", ", items ");
-  if (items != 0) Must(tessel_list_size(items, &count, &error));
-  printf(items == 0 ? "none\n" : "%d\n", (int)count);
-  if (items != 0) Must(tessel_list_free(items, &error));
+  PrintRectangle(Narrow(id), place.found, "");
   tessel_text_free(id);
+  PrintAttribute("", element, L"type", "\n");
 }
 
 static void PrintList(const char* label, tessel_list list, int numbered) {
@@ -118,7 +104,7 @@ static void PrintPlace(tessel_element element) {
   wchar_t* texts[] = {own.text1,      own.text2,      own.text3,
                       relative.text1, relative.text2, relative.text3};
   for (int i = 0; i < 6; ++i) tessel_text_free(texts[i]);
-  Must(tessel_element_release(parent, &error));
+  PrintId("parent ", parent, ", ");
   Must(tessel_element_rectangle(element, &rectangle, &error));
   PrintRectangle("rectangle", rectangle, "\n");
 }
@@ -143,9 +129,12 @@ static void Drive(tessel_content content, tessel_element user, tessel_element li
 static void Fail(tessel_content content, tessel_element user) {
   const tessel_search nobody = {NULL, NULL, L"nobody", 0, 0}, same = {NULL, NULL, L"user", 0, 0};
   tessel_element none;
+  tessel_list items;
   Must(tessel_content_at(content, -1, -1, 0, &none, &error));
   PrintId("at ", none, ", ");
-  PrintAttribute("attribute", user, L"nope", "\n");
+  PrintAttribute("attribute", user, L"nope", ", ");
+  Must(tessel_element_items(user, &items, &error));
+  printf("items %s\n", items == 0 ? "none" : "some");
   MustFail(tessel_element_select(user, L"x", &error));
   MustFail(tessel_wait_until_there(content, &nobody, 0, 10, &none, &error));
   MustFail(tessel_wait_until_gone(content, &same, 0, 10, &error));
@@ -158,8 +147,8 @@ int main(void) {
   tessel_list elements;
   tessel_element user, list, element;
   size_t count;
-  Must(tessel_content_open_title(_wgetenv(L"TITLE"), _wgetenv(L"ADDRESS"), SL_NO_URI,
-                                 &content, &error));
+  Must(tessel_content_open_title(_wgetenv(L"TITLE"), _wgetenv(L"ADDRESS"), SL_NO_URI, &content,
+                                 &error));
   Must(tessel_content_find(content, &all, &elements, &error));
   Must(tessel_list_size(elements, &count, &error));
   for (size_t i = 0; i < count; ++i) {

@@ -27,10 +27,8 @@ std::string IdOf(const std::optional<Element>& element) {
 }
 
 void PrintElement(Element& element) {
-  const auto items = element.Items();
-  Print(Narrow(element.Id()) + ' ' + TextOf(element.Record().rect) + " parent " +
-        IdOf(element.Parent()) + ", type " + TextOf(element.Attribute(L"type")) + ", items " +
-        (items ? std::to_string(items->size()) : "none"));
+  Print(Narrow(element.Id()) + ' ' + TextOf(element.Record().rect) + ' ' +
+        TextOf(element.Attribute(L"type")));
 }
 
 void PrintPlace(Element& list) {
@@ -40,10 +38,11 @@ void PrintPlace(Element& list) {
     Print("ancestor " + Narrow(element.Id()) + ' ' + std::to_string(number));
   }
   for (const Element& link : list.Selector()) Print("selector " + Narrow(link.Id()));
-  const tessel::Identity own = list.Identify(), relative = list.Identify(*list.Parent());
+  const std::optional<Element> parent = list.Parent();
+  const tessel::Identity own = list.Identify(), relative = list.Identify(*parent);
   Print("identity " + Narrow(own.text1 + L'|' + own.text2 + L'|' + own.text3) + ' ' +
         std::to_string(own.number) + ' ' + std::to_string(relative.number));
-  Print("rectangle " + TextOf(list.Rectangle()));
+  Print("parent " + IdOf(parent) + ", rectangle " + TextOf(list.Rectangle()));
 }
 
 void PrintError(const tessel::Error& error) {
@@ -78,7 +77,8 @@ void Drive(Content& content, Element& user, Element& list) {
 
 void Fail(Content& content, Element& user) {
   using std::chrono::milliseconds;
-  Print("at " + IdOf(content.At({-1, -1})) + ", attribute " + TextOf(user.Attribute(L"nope")));
+  Print("at " + IdOf(content.At({-1, -1})) + ", attribute " + TextOf(user.Attribute(L"nope")) +
+        ", items " + (user.Items() ? "some" : "none"));
   ExpectError([&] { user.Select(L"x"); });
   ExpectError([&] { WaitUntil(tessel::IsThere(content, {.text3 = L"nobody"}), milliseconds(0)); });
   ExpectError([&] { WaitUntil(tessel::IsGone(content, {.text3 = L"user"}), milliseconds(0)); });

@@ -28,6 +28,6 @@ cd "$1/bin"  # Windows finds the DLLs in the current folder
 for program in "$1/bin/report_cpp.exe" "$1/bin/report_c.exe" "$work/report_msabi.exe"; do
   serve "$1/bin" "$root/tools/scenes/login.json"
   "$root/cmake/run-wine.sh" "$program" "$TITLE" "$ADDRESS" >"$work/report.txt" || fail "$program ended with $?"
-  stop_broker 26
+  stop_broker 19
   diff --strip-trailing-cr "$root/tests/clients/expected.txt" "$work/report.txt" || fail "$program"
 done

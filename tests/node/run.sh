@@ -58,7 +58,7 @@ serve "$build/bin" "$root/tools/scenes/login.json"
 node report.txt report.mjs "$title" "$address"
 tr -d '\r' <report.txt | diff - "$root/tests/clients/expected.txt" >&2 || fail "the report"
 node behaviour.txt --expose-gc behaviour.mjs "$title" "$address" "Z:$work/broker.txt"
-stop_broker 29
+stop_broker 22
 
 # A broker dies with 200 elements. The stand-in takes the place of the launcher, which writes four lines a
 # start.
