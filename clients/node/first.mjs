@@ -1,4 +1,4 @@
-// Finds an element of the sign-in form, reads its value and sets another one.
+// Finds an element of the sign-in form, reads its value, and sets another value.
 import { Content } from 'tesselslb';
 
 const content = await Content.open({

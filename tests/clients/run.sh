@@ -10,10 +10,6 @@ need llvm-dlltool llvm
 rm -rf "$work"
 mkdir -p "$work"
 
-import() {
-  printf '%s\n' "LIBRARY $1.dll" EXPORTS "${@:2}" >"$work/$1.def"
-  llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
-}
 import kernel32 WideCharToMultiByte
 import msvcrt printf _wgetenv exit
 clang --target=x86_64-pc-windows-msvc -std=c11 -O1 -ffreestanding -nostdinc \

@@ -10,11 +10,6 @@ need llvm-dlltool llvm
 rm -rf "$work"
 mkdir -p "$work"
 
-# import LIBRARY FUNCTION...: makes an import library for a DLL of Windows.
-import() {
-  printf '%s\n' "LIBRARY $1.dll" EXPORTS "${@:2}" >"$work/$1.def"
-  llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
-}
 import kernel32 GetProcessHeap HeapAlloc HeapFree
 import oleaut32 SysAllocString SysFreeString
 import msvcrt printf wcslen wcscpy _wgetenv _wcstoui64 exit memset

@@ -8,6 +8,12 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 # need PROGRAM PACKAGE: fails if the program of this package is missing.
 need() { command -v "$1" >/dev/null || fail "no $1: install $2"; }
 
+# import LIBRARY FUNCTION...: makes an import library for a DLL of Windows, for Microsoft's linkers.
+import() {
+  printf '%s\n' "LIBRARY $1.dll" EXPORTS "${@:2}" >"$work/$1.def"
+  llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
+}
+
 # start_broker FOLDER ADDRESS: starts the broker in that folder. ADDRESS replaces the address and the title
 # of the form, because two tests that run at the same time must not have windows with the same title.
 # The served scene begins with an extra root element, so that the form's root has position 1.
