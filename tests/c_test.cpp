@@ -111,7 +111,6 @@ TEST(Arguments, OfNullAreRefused) {
   EXPECT_EQ(tessel_content_open(::GetDesktopWindow(), L"", 5, &handle, nullptr),
             SL_INVALID_ARGUMENT);
   EXPECT_EQ(tessel_content_find(content, nullptr, &handle, nullptr), SL_INVALID_ARGUMENT);
-  EXPECT_EQ(tessel_content_find(content, &kAll, nullptr, nullptr), SL_INVALID_ARGUMENT);
   EXPECT_EQ(tessel_wait_until(content, L"", nullptr, nullptr, 0, 0, nullptr), SL_INVALID_ARGUMENT);
   EXPECT_EQ(tessel_version(nullptr, nullptr), SL_INVALID_ARGUMENT);
   EXPECT_EQ(tessel_content_close(content, nullptr), 0);

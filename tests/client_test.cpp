@@ -24,26 +24,11 @@ struct CallList : tessel::CallObserver {
   std::string text;
 };
 
-std::string TextOf(const std::optional<std::wstring>& text) {
-  return text ? tessel::Narrow(*text) : "none";
-}
-
 // Each row runs an action with the element "a", against a broker with the given answers. A row's
 // result is the text that the action returns, or the code and the text of the Error that it throws.
 TEST(Client, MakesTheseCallsForTheseAnswers) {
   using Act = std::function<std::string(Content&, Element)>;
   const std::tuple<Texts, Act, std::string, std::string> kCases[] = {
-      {{"[0,'']", "[0,true]"},
-       [](Content& c, Element) { return c.At({}) ? "some" : "none"; },
-       "none",
-       "GetElemFromPoint  0, ReleaseObj a 0"},
-      {{"[0,'v']", "[102]", "[0,true]"},
-       [](Content&, Element a) {
-         const std::string value = TextOf(a.Attribute(L"n"));
-         return value + ' ' + TextOf(a.Attribute(L"n"));
-       },
-       "v none",
-       "GetAttribute a 0, GetAttribute a 102, ReleaseObj a 0"},
       {{"[0,false]"},
        [](Content&, Element a) {
          EXPECT_THROW(a.Release(), Error);
@@ -70,7 +55,7 @@ TEST(Client, MakesTheseCallsForTheseAnswers) {
       {{"[0,'b']", "[0,'1','2','3',4]", "[0,true]", "[-99]", "[0,true]"},
        [](Content&, Element a) {
          EXPECT_EQ(a.Identify(*a.Parent()).text3, L"3");
-         return TextOf(a.Attribute(L"n"));
+         return a.Attribute(L"n") ? "some" : "none";
        },
        "-99 it refused",
        "GetParentElement a 0, GetIdInfo a 0, ReleaseObj b 0, GetAttribute a -99, ReleaseObj a 0"},
@@ -88,7 +73,7 @@ TEST(Client, MakesTheseCallsForTheseAnswers) {
        "scheme",
        "ReleaseObj a 0"},
       {{"[0,0]", "[0,2,'b',1,2,3,4,'c',1,2,3,4]", "[0,true]", "[0,true]", "[0,true]"},
-       [](Content& c, Element) { return TextOf(WaitUntil(IsThere(c, {}), 5s, 1ms).Id()); },
+       [](Content& c, Element) { return Narrow(WaitUntil(IsThere(c, {}), 5s, 1ms).Id().c_str()); },
        "b",
        "FindCollection  0, FindCollection  0, ReleaseObj c 0, ReleaseObj b 0, ReleaseObj a 0"},
       {{"[0,1,'b',1,2,3,4]", "[0,true]", "[0,0]", "[0,true]"},
@@ -153,7 +138,6 @@ TEST(Client, ReleasesWithoutACallWhileTheBrokerIsLost) {
 
 TEST(Client, StartsOneLauncherWhenItsBrokerIsKilled) {
   const std::wstring name = L"client-killed" + kProcess, address = L"http://" + name;
-  const auto begin = std::chrono::steady_clock::now();
   ScriptedBroker broker(SL_TAILORED_URI, address, {TwoHundredElements(), "[0]"});
   const StandIn launcher(L"sllauncher");
   {
@@ -163,7 +147,6 @@ TEST(Client, StartsOneLauncherWhenItsBrokerIsKilled) {
     broker.Wait();
   }
   EXPECT_EQ(launcher.Record(name).size(), 4u) << "four lines a start";
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, 60s);
 }
 
 TEST(Waits, StartABrokerOnlyForTheFirstLook) {

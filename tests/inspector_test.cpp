@@ -66,7 +66,6 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
        "tessel: waiting for the broker to find the element at 1,2 (at most 70 s)", L"[0,7]", 5,
        "-12 (SL_ARCHIVE_FAILURE)"},
       {"at 1,2", "", L"[4711]", 4, "4711 (the broker's own status)"},
-      {"at 1,2", "", L"[-99]", 4, "-99 (the broker's own status)"},
       {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // the injection finds no window
       {"find ,,", "", L"[0,2000000000]", 5, "cannot find: "},
   };

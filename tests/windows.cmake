@@ -27,10 +27,11 @@ add_dependencies(element_test test_parts)
 tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(search_test test_parts tessel)
 
-tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher)
+# A broker that dies must not cost minutes.
+tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(client_test test_parts)
 
-tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher)
+tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(c_test test_parts)
 
 foreach(tool scenebroker inspector)
