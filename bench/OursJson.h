@@ -1,5 +1,5 @@
-// Reads and writes with this module's JSON library alone, for native programs, which have no
-// archive.
+// Reads and writes with this module's JSON library alone, because native programs cannot use the
+// archive (JArchive).
 #pragma once
 
 #include <memory>

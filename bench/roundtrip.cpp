@@ -194,8 +194,7 @@ void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<
   }
 }
 
-// Leaves CallNamedPipeW out, because it fails if another client takes the instance for which it
-// waited.
+// Does not measure CallNamedPipeW: it fails if another client takes the free instance first.
 void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
   struct {
     const char* name;

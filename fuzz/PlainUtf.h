@@ -47,10 +47,10 @@ inline base::Utf16Text Utf16(std::uint32_t code) {
           static_cast<base::Utf16Unit>(0xDC00 + (code - 0x10000) % 1024)};
 }
 
-// Returns whether a well-formed code point of `length` bytes can begin with these bytes. `low` and
-// `high` are the smallest and the largest value that the missing bytes allow.
+// Returns whether `bytes` are the first bytes of some well-formed code point of `length` bytes.
 inline bool CanBegin(std::string_view bytes, std::size_t length) {
   static constexpr std::uint32_t kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
+  // The smallest and the largest code point that begins with `bytes`.
   std::uint64_t low = static_cast<unsigned char>(bytes[0]) & (0x7F >> length), high = low;
   for (std::size_t i = 1; i < length; ++i) {
     const unsigned byte = i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0;

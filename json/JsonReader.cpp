@@ -59,9 +59,9 @@ class DocumentReader {
     return in_.Accept(']');
   }
 
-  // Reads short integers with their commas, then one value and the gap after it. Returns false and
-  // restores the positions if the step ends before the next comma or closing bracket, or if the
-  // text is not valid.
+  // Reads short integers with their commas, then one value and the white space after it. Returns
+  // false and restores the positions if the text is not valid, or if the current step (the piece of
+  // text for which the output has room) ends before the next comma or closing bracket.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();

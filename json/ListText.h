@@ -12,8 +12,8 @@ class ListText {
  public:
   ListText() { text_.Finish(PutAscii(text_.Reserve(2), "[")); }
 
-  // Returns compact text, valid until the next append. The closing bracket is not part of the
-  // content, so an append that fails has nothing to undo.
+  // Returns the list as compact JSON text, valid until the next append. Writes the closing bracket
+  // after the content, where the next append overwrites it.
   Utf16View View() const {
     assert(text_.RoomAfter(text_.end()) > 0);
     *text_.end() = ']';
@@ -23,8 +23,8 @@ class ListText {
   void AppendInt(std::int32_t value) { text_.Finish(PutInt(Start(kMaxIntUnits), value)); }
   void AppendBool(bool value) { text_.Finish(PutAscii(Start(5), value ? "true" : "false")); }
 
-  // An unpaired surrogate becomes U+FFFD. Returns false and appends nothing if the text has a
-  // noncharacter, which a writer replaces, or is so long that a writer may refuse it.
+  // An unpaired surrogate becomes U+FFFD. Returns false and appends nothing in two cases that the
+  // JSON writer treats specially: the text contains a noncharacter, or it may be too long.
   bool AppendString(Utf16View text) {
     if (MayBeTooLong(text.size())) return false;
     const PutText put = PutString(text_, Start(0), text);

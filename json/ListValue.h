@@ -24,8 +24,8 @@ enum class ValueType : std::uint16_t {
   kDouble,
   kString,
   kBinary,
-  // Contains strings (the keys) and values in turn. The keys are sorted as their UTF-8 bytes are,
-  // and each key occurs once.
+  // Contains strings (the keys) and values in turn. The keys are sorted by their UTF-8 bytes, and
+  // each key occurs once.
   kDictionary,
   kList,
   // Used only inside a block:
@@ -161,7 +161,7 @@ class ListValue {
   void AppendString(Utf16View text);  // an unpaired surrogate becomes U+FFFD
   void AppendBinary(std::string_view bytes);
 
-  // Elements are identified by their offset in bytes.
+  // At() takes the offset of an element in bytes, which is less than ByteSize().
   std::size_t ByteSize() const { return block_.size(); }
   ValueView At(std::size_t start) const { return ValueView(block_.begin() + start); }
   const char* begin() const { return block_.begin(); }

@@ -46,10 +46,10 @@ class PackedOutput {
   bool HasRoom(std::size_t units) const { return values_.RoomAfter(to_) >= MostPacked(units); }
   // Makes room for the values of `units` more units of text. May move the values written so far.
   void MakeRoom(std::size_t units) { to_ = values_.ReserveAfter(to_, MostPacked(units)); }
-  // Makes room for the values of `units` more units of text and for about `more` bytes of later
-  // values.
-  void MakeRoom(std::size_t units, std::size_t more) {
-    to_ = values_.ReserveEstimateAfter(to_, MostPacked(units) + more);
+  // Makes room for the values of the next `units` units of text, and for about `extraBytes` more,
+  // so that the text after them needs no new block.
+  void MakeRoom(std::size_t units, std::size_t extraBytes) {
+    to_ = values_.ReserveEstimateAfter(to_, MostPacked(units) + extraBytes);
   }
 
   void PutType(ValueType type) { MoveTo(packed::PutType(to_, type)); }

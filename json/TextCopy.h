@@ -60,9 +60,9 @@ inline unsigned StopBits(__m128i bytes) {
   return static_cast<unsigned>(_mm_movemask_epi8(stops));
 }
 
-// Returns two bits for each of 8 units. The bits are set if a copy of text without surrogates stops
-// at this unit. The copy also stops at units above the surrogates: these units are rare, and this
-// saves a comparison.
+// Returns a mask with two bits for each of 8 units. Both bits are set if the copy must stop at the
+// unit. It stops at every unit from U+D800 on, not only at surrogates: one comparison is then
+// enough, and units above the surrogates are rare.
 template <Stop kStop>
 inline unsigned WideStopBits(__m128i units) {
   const auto equal = [](__m128i a, short b) { return _mm_cmpeq_epi16(a, _mm_set1_epi16(b)); };

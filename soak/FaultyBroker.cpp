@@ -84,7 +84,7 @@ void FaultyBroker::Kill() {
 }
 
 // Waits until no client holds an element, because the broker's summary must show that all elements
-// were released. Clients still make calls that receive no element.
+// were released. Meanwhile clients make only calls that return no element.
 void FaultyBroker::AwaitCalm() {
   state_.wantCalm = 1;
   for (int i = 0; i < 6000 && state_.calmThreads < kClients * kThreads; ++i) ::Sleep(10);

@@ -48,7 +48,8 @@ void Serve() {
   do {
     auto size = static_cast<unsigned long>(buffer.size());
     code = ReadMessage(buffer.data(), &size);
-    // At any moment the client may leave or be disconnected, and the channel may be closed.
+    // All these codes are allowed, because at any moment the client may leave or be disconnected,
+    // and the channel may be closed.
     Judge("ReadMessage", code,
           {SL_CHANNEL_SUCCESS, SL_CHANNEL_NOT_INITIALIZED, SL_CHANNEL_BUFFER_TOO_SMALL,
            SL_CHANNEL_CLOSED, SL_CHANNEL_CANNOT_READ});

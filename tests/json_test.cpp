@@ -80,10 +80,9 @@ TEST(JsonReader, AcceptsAndRefuses) {
   }
 }
 
-// Empty strings are the elements that need the most memory for their length. The texts have many
-// lengths, so that a step of the reader or a block of memory ends at every position in an element,
-// and the text's length leaves every remainder when it is divided by kDensestUnits. A text whose
-// last string has no end must be refused.
+// Empty strings need the most memory for their length in text. The texts have many lengths, so that
+// the steps of the reader and the blocks of memory end at every position in an element. A text
+// whose last string has no closing quote must be refused.
 TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
   for (std::string text : {"[\"\"", "[0,\"\"", "[0,0,\"\""}) {
     for (std::size_t count = 1; count < 400; ++count, text += ",\"\"") {

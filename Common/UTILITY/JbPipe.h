@@ -72,8 +72,8 @@ class IJbPipe {
   // If `pump` is true, a read that waits lets the windows of its thread receive sent messages.
   virtual void SetPumpMessages(bool pump) = 0;
   // Server only. Wakes a thread that waits in WaitClientToConnect, by connecting to the pipe.
-  // `timeout` limits this attempt. After Shutdown, these functions throw PipeShutdownException
-  // until Close is called: CreateServerPipe, WaitClientToConnect and all reads and writes.
+  // `timeout` limits this attempt. After Shutdown and until Close, CreateServerPipe,
+  // WaitClientToConnect and all reads and writes throw PipeShutdownException.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;
 };

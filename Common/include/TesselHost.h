@@ -54,7 +54,8 @@ extern "C" {
 //
 // Call UninitComm before you call InitComm again. Otherwise nothing wakes a thread that is still in
 // ReadMessage or WriteMessage, and InitComm for the same pipe name returns -4 until this thread
-// returns from its call. A later UninitComm closes only the newer channel.
+// returns from its call. If InitComm creates another channel, a later UninitComm closes only that
+// one, and the old call still goes on.
 //
 // After -3 an earlier channel stays open. Any other result closes the earlier channel. After -4
 // there is a channel that cannot be used: ReadMessage, WriteMessage and UninitComm return -3. The
@@ -79,9 +80,9 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 
 // Sends the answer, waits until the client has read it, and disconnects the client. Disconnects the
-// client even if the answer cannot be sent. Sending takes 3 s at most. A client that reads only a
-// part of the answer makes the call wait without limit. No other function ends this wait; it ends
-// when the client reads the rest of the answer or disconnects.
+// client even if the answer cannot be sent. Writing the answer into the pipe takes 3 s at most.
+// Then the call waits, without limit, until the client has read all of it or disconnects. No other
+// function ends this wait.
 // Result: 0, -1, -3, -5, -7.
 TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 

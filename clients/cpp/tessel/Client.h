@@ -18,15 +18,15 @@
 // releases the element. An Element releases itself, by one request, when it is destroyed.
 //
 // Failures: "not found" is not a failure. The function then returns std::nullopt or an empty list.
-// Every other failure throws Error. Exhausted memory passes as std::bad_alloc.
+// Every other failure throws Error. If memory is exhausted, std::bad_alloc is thrown.
 //
 // A lost broker: after SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9)
 // the content counts as lost (Error::BrokerIsLost), because each further request to a broker that
 // has ended or hangs can take a minute. Which of the three codes comes depends on timing. While the
 // content is lost, releasing elements sends nothing. If the broker only hangs, it keeps these
 // objects. Other functions still send their requests, and the next answer of the broker ends this
-// state. A broker that was started again does not know the old elements, and if the window has
-// gone, the Content never works again: make a new Content.
+// state. A broker that was started again does not know the old elements: find them again. If the
+// window has gone, the Content never works again: make a new one.
 //
 // Texts are UTF-16 without U+0000. A text that holds U+0000 is refused with -5, because messages to
 // the broker cannot carry it. Narrow() and Wide() of tessel/Text.h convert from and to UTF-8.
@@ -100,9 +100,9 @@ struct Identity {
   int number = 0;
 };
 
-// A check for a Condition: a function that looks at the content and returns a bool or an optional
-// value, which is true if the condition is met. Otherwise the function stores in `seen` what it
-// found.
+// A check for a Condition: a function that looks at the content and returns true, or a
+// std::optional that has a value, if the condition is met. If not, the function stores in `seen`
+// what it found.
 template <class Look>
 concept IsLook = requires(Look look, std::wstring& seen) {
   static_cast<bool>(look(seen));
@@ -111,14 +111,15 @@ concept IsLook = requires(Look look, std::wstring& seen) {
 struct Ancestor;
 
 // One element of the content. It can be moved and not copied: store it with std::move, and loop
-// over elements with auto&. It may outlive its Content. Functions that call are not const.
+// over elements with auto&. It may outlive its Content. Functions that send a request are not
+// const.
 //
 // After Release(), Abandon() or a move the Element names no element. Its Id() is empty, and all
-// functions that call, Release() too, throw Error with -13 and send nothing.
+// functions that send a request, Release() too, throw Error with -13 and send nothing.
 class Element {
  public:
   Element(Element&& other) noexcept;
-  Element& operator=(Element&& other) noexcept;  // lets go of the element that it had
+  Element& operator=(Element&& other) noexcept;  // releases the element that it had
   ~Element();                                    // releases the element; ignores failures
 
   [[nodiscard]] std::wstring Id() const;
@@ -157,10 +158,10 @@ class Element {
   void Select(std::wstring_view item);
 
   // Releases the element now, by one request, and never again. Sends nothing while the content is
-  // lost. Lets go of the element even if it throws.
+  // lost. Afterwards the Element names no element, even if Release() throws.
   void Release();
 
-  // Lets go of the element and sends nothing. The broker keeps its object until it ends.
+  // Gives the element up and sends nothing. The broker keeps its object until it ends.
   void Abandon() noexcept;
 
  private:
@@ -192,10 +193,10 @@ class CallObserver {
 // The content of one window at one address. Copies refer to the same content.
 class Content {
  public:
-  // Send nothing. Throw Error with -5 if the address is empty, if there is no such window, or if
-  // not exactly one top-level window has exactly this title. The title is looked up only now. Only
-  // the scheme, the host and the port of the address select the broker. Spell them as the broker
-  // does in its output.
+  // The constructors send nothing. They throw Error with -5 if the address is empty, if there is no
+  // such window, or if not exactly one top-level window has exactly this title. The title is looked
+  // up only now. Only the scheme, the host and the port of the address select the broker. Spell
+  // them exactly as the broker prints them.
   //
   // `scheme` selects the broker: SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI or SL_FILE_URI (see
   // TesselCodes.h). With SL_NO_URI the functions of this class search for the broker. The search
@@ -205,7 +206,7 @@ class Content {
   Content(HWND window, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
   Content(std::wstring_view title, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
 
-  Content(const Content&) = default;  // moving copies too
+  Content(const Content&) = default;  // there is no move constructor, so a move copies
   Content& operator=(const Content&) = default;
 
   HWND Window() const;
@@ -216,7 +217,8 @@ class Content {
   [[nodiscard]] std::optional<Element> At(POINT point, int option = 0);
 
   // Returns the element that has the focus. This function always searches, beginning with the
-  // tailored broker. So it refuses a Content with any other scheme (-5).
+  // tailored broker. So it works only for a Content with SL_NO_URI or SL_TAILORED_URI (-5 for
+  // others).
   [[nodiscard]] std::optional<Element> Focused();
 
   // Return all matching elements, or the first one of them. FindFirst asks for all matching
@@ -272,9 +274,9 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 //
 // Only the first check may start or inject a broker. Later checks use the scheme that was found,
 // and throw -7 without a request if that broker has ended. (A check that calls Focused(), or
-// another Content, can still start or inject a broker.) Each Error that a check throws ends the
-// wait, also a positive status. Attribute() and Items() return nothing instead of throwing a
-// status.
+// another Content, can still start or inject a broker.) Every Error that a check throws ends the
+// wait, even if its code is a positive status. Attribute() and Items() do not throw for a positive
+// status; they return nothing.
 //
 // After the time-out it throws Error with the code kTimedOut. Its meaning says what was waited for,
 // how long, and what was seen last. A check that has begun is not interrupted. So a broker that

@@ -92,7 +92,7 @@ class Session : public std::enable_shared_from_this<Session> {
       try {
         Release(record);
       } catch (...) {
-        // The broker keeps its object, because a destructor must not end the client.
+        // Ignored, because a destructor must not throw. The broker keeps the object.
       }
     }
     Forget(record);
@@ -168,8 +168,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return {detail::TextOf(texts[0]), detail::TextOf(texts[1]), detail::TextOf(texts[2]), number};
   }
 
-  // While this object exists, calls of this thread for this session start no broker. Does nothing
-  // for the first look of a wait.
+  // One check of WaitUntil. While this object exists, calls of this thread for this session start
+  // no broker. The first check of a wait is exempt.
   class Look {
    public:
     Look(const Session& session, bool isFirst)
@@ -253,7 +253,8 @@ class Session : public std::enable_shared_from_this<Session> {
     }
   }
 
-  // Looks for the pipe of the broker. A search asks the tailored broker first.
+  // Returns true if the pipe of the broker exists. For SL_NO_URI this is the pipe of the tailored
+  // broker, because a search asks that broker first.
   bool BrokerRuns(DWORD usedScheme) const {
     return PipeExists(usedScheme == SL_NO_URI ? DWORD{SL_TAILORED_URI} : usedScheme);
   }
