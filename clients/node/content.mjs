@@ -24,24 +24,24 @@ export class Content {
 
   async at(x, y, option = 0) {
     const numbers = [check.integer('x', x), check.integer('y', y), check.integer('option', option)];
-    return elementFrom(this.#handle, 'content_at', ...numbers);
+    return await elementFrom(this.#handle, 'content_at', ...numbers);
   }
 
   async focused() {
-    return elementFrom(this.#handle, 'content_focused');
+    return await elementFrom(this.#handle, 'content_focused');
   }
 
   async find(search = {}) {
-    return elementsFrom(this.#handle, 'content_find', check.search(search));
+    return await elementsFrom(this.#handle, 'content_find', check.search(search));
   }
 
   async findFirst(search = {}) {
-    return elementFrom(this.#handle, 'content_find_first', check.search(search));
+    return await elementFrom(this.#handle, 'content_find_first', check.search(search));
   }
 
   async waitUntilThere(search, times) {
     const args = [check.search(search), ...check.times(times)];
-    return elementFrom(this.#handle, 'wait_until_there', ...args);
+    return await elementFrom(this.#handle, 'wait_until_there', ...args);
   }
 
   async waitUntilGone(search, times) {

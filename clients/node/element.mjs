@@ -19,30 +19,30 @@ export class Element {
   }
 
   async parent() {
-    return elementFrom(this.#handle, 'element_parent');
+    return await elementFrom(this.#handle, 'element_parent');
   }
 
   async ancestors() {
-    return entriesFrom(this.#handle, 'element_ancestors', (list, index) => ({
+    return await entriesFrom(this.#handle, 'element_ancestors', (list, index) => ({
       element: take(this.#handle.queue, list, index),
       number: callNow('list_number', list, index, [null])[0],
     }));
   }
 
   async selector() {
-    return elementsFrom(this.#handle, 'element_selector');
+    return await elementsFrom(this.#handle, 'element_selector');
   }
 
   async find(search = {}) {
-    return elementsFrom(this.#handle, 'element_find', check.search(search));
+    return await elementsFrom(this.#handle, 'element_find', check.search(search));
   }
 
   async identify(ancestor) {
-    return this.#handle.run('element_identify', this.#valueOf(ancestor), {});
+    return await this.#handle.run('element_identify', this.#valueOf(ancestor), {});
   }
 
   async rectangle() {
-    return this.#handle.run('element_rectangle', {});
+    return await this.#handle.run('element_rectangle', {});
   }
 
   async attribute(name) {
@@ -51,7 +51,7 @@ export class Element {
   }
 
   async items() {
-    return entriesFrom(this.#handle, 'element_items',
+    return await entriesFrom(this.#handle, 'element_items',
                        (list, index) => callNow('list_text', list, index, [null])[0]);
   }
 
@@ -113,8 +113,8 @@ export function elementFrom(handle, name, ...args) {
   });
 }
 
-export function elementsFrom(handle, name, ...args) {
-  return entriesFrom(handle, name, (list, index) => take(handle.queue, list, index), ...args);
+export async function elementsFrom(handle, name, ...args) {
+  return await entriesFrom(handle, name, (list, index) => take(handle.queue, list, index), ...args);
 }
 
 // Returns null if there is no list.

@@ -5,10 +5,16 @@ export class Queue {
   #last = Promise.resolve();
 
   run(task) {
-    const result = this.#last.then(task);
+    const result = this.#runAfter(this.#last, task);
     const ignore = () => {};
     this.#last = result.then(ignore, ignore);  // does not keep the result alive
     return result;
+  }
+
+  // Awaits, so that the stack of an error shows the callers.
+  async #runAfter(last, task) {
+    await last;
+    return await task();
   }
 }
 

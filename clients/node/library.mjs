@@ -133,16 +133,32 @@ function declareFunctions(koffi, types) {
   };
 }
 
+// koffi refuses a call when 256 calls run or wait for a thread. Further calls wait here.
+const MOST_CALLS = 200;
+let running = 0;
+const waiting = [];
+
 // Calls a function on another thread. Resolves to the last argument: an array or an object that
 // receives the result.
-export function call(name, ...args) {
+export async function call(name, ...args) {
+  if (running < MOST_CALLS) running += 1;
+  else await new Promise((resolve) => waiting.push(resolve));
   const error = [null];
+  try {
+    const code = await startCall(name, [...args, error]);
+    if (code !== 0) throw loaded.takeError(error[0]);  // here, so that its stack shows the callers
+    return args.at(-1);
+  } finally {
+    const next = waiting.shift();
+    if (next) next();
+    else running -= 1;
+  }
+}
+
+function startCall(name, args) {
   return new Promise((resolve, reject) => {
-    loaded.functions[name].async(...args, error, (failure, code) => {
-      if (failure) reject(failure);
-      else if (code !== 0) reject(loaded.takeError(error[0]));
-      else resolve(args.at(-1));
-    });
+    const settle = (failure, code) => (failure ? reject(failure) : resolve(code));
+    loaded.functions[name].async(...args, settle);
   });
 }
 

@@ -248,7 +248,10 @@ class Condition {
   Condition(const Content& content, std::wstring what, LookFunction look)
       : session_(content.session_), what_(std::move(what)), look_(std::move(look)) {}
   Condition(const Element& element, std::wstring what, LookFunction look)
-      : session_(element.session_), what_(std::move(what)), look_(std::move(look)) {}
+      : session_(element.session_),
+        elementId_(element.Id()),
+        what_(std::move(what)),
+        look_(std::move(look)) {}
 
   const std::wstring& What() const { return what_; }
   auto Look(std::wstring& seen) { return look_(seen); }
@@ -259,6 +262,7 @@ class Condition {
                         std::chrono::milliseconds interval);
 
   std::shared_ptr<Session> session_;
+  std::wstring elementId_;  // empty if the condition is about the content
   std::wstring what_;
   LookFunction look_;
 };

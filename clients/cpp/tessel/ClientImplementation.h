@@ -30,12 +30,13 @@ auto ValueOf(Met met) {
 }
 
 inline Error TimedOut(const std::wstring& what, std::chrono::milliseconds timeout,
-                      const std::wstring& seen, const std::wstring& address) {
+                      const std::wstring& seen, const std::wstring& elementId,
+                      const std::wstring& address) {
   return {kTimedOut,
           "waited " + std::to_string(timeout.count()) + " ms until " + Narrow(what) +
               "; seen last: " + Narrow(seen),
           DescribeResult(kTimedOut).cure,
-          {"WaitUntil", L"", address}};
+          {"WaitUntil", elementId, address}};
 }
 
 inline HWND CheckedWindow(HWND window, std::wstring_view address) {
@@ -317,7 +318,8 @@ auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
     }
     const auto left = timeout - std::chrono::floor<milliseconds>(Clock::now() - begin);
     if (left <= milliseconds::zero()) {
-      throw detail::TimedOut(condition.What(), timeout, seen, condition.session_->address);
+      throw detail::TimedOut(condition.What(), timeout, seen, condition.elementId_,
+                             condition.session_->address);
     }
     const milliseconds pause = (std::min)({left, interval, kLongestSleep});
     ::Sleep(static_cast<DWORD>((std::max)(pause, milliseconds::zero()).count()));
