@@ -12,8 +12,9 @@
 
 namespace base {
 
-// Finds the ends of several numbers at once. Has one bit for each of 32 units. The bit is set in
-// `digits` if the unit is a digit, and in `commas` if it is a comma.
+// Marks the digits and the commas in 32 units of text, so that the ends of several numbers are
+// found at once. The lowest bit stands for the first unit. A bit is set in `digits` if its unit is
+// a digit, and in `commas` if its unit is a comma.
 struct NumberBits {
   static constexpr int kUnits = 32;
   static constexpr int kMaxDigits = 8;
@@ -47,13 +48,13 @@ inline NumberBits FindNumbers(const Unit* text) {
 }
 
 // Returns the value of the first `count` digits of a text. `count` is 1 to 8. Always reads eight
-// units.
+// units, so eight units must be readable.
 template <class Unit>
 inline std::int32_t ReadShortNumber(const Unit* text, int count) {
   const __m128i values = _mm_sub_epi16(LoadHalfAsUnits(text), _mm_set1_epi16('0'));
   const __m128i bytes = _mm_packus_epi16(values, values);
   auto digits = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)) << (8 * (8 - count));
-  // Combine neighbouring digits to numbers of two digits, then of four, then of eight.
+  // Combine neighbouring digits into numbers of two digits, then of four, then of eight.
   digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
   digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
   return static_cast<std::int32_t>(digits * 10000 + (digits >> 32));
@@ -66,8 +67,8 @@ constexpr auto kDigitPairs = [] {
   return pairs;
 }();
 
-// Writes a number below 10000 without its leading zeros. Always writes four units, but returns the
-// end of the number.
+// Writes a number below 10000 as four digits, without the first `leadingZeros` digits. Always
+// writes four units, but returns the end of the number, which may come earlier.
 inline Utf16Unit* PutFourDigits(std::uint32_t number, Utf16Unit* to, int leadingZeros) {
   std::uint64_t units = kDigitPairs[number / 100] | std::uint64_t{kDigitPairs[number % 100]} << 32;
   units >>= 16 * leadingZeros;

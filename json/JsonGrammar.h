@@ -17,6 +17,9 @@ constexpr int kMaxDepth = 199;
 // must have made room in `out` for the values of the whole text. The functions return false if the
 // text does not follow the rule or ends too early. The positions in `in` and `out` are then
 // undefined. `depth` is the number of open brackets.
+//
+// In the rules, `gap` is white space and comments, or nothing. `short-integer` is an integer of at
+// most eight digits. ReadString.h has the rule for `string`, ReadNumber.h the rule for `number`.
 template <class Unit>
 class JsonGrammar {
  public:

@@ -11,8 +11,8 @@ namespace base {
 
 namespace {
 
-// Returns true if a number outside the range of doubles is too small, false if it is too large.
-// std::from_chars returns the same error for both.
+// Takes a number outside the range of doubles. Returns true if the number is too close to zero,
+// false if it is too large. std::from_chars returns the same error for both.
 bool IsTiny(std::string_view number) {
   const std::size_t exponent_at = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, exponent_at);

@@ -7,7 +7,7 @@
 namespace base {
 
 // `number` must follow the grammar of JSON. Returns a zero of the same sign if the number is too
-// small for a double, and nothing if it is too large.
+// close to zero for a double, and nothing if it is too large.
 std::optional<double> ParseDouble(std::string_view number);
 
 }  // namespace base

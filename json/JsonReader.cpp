@@ -10,13 +10,13 @@ namespace base {
 
 namespace {
 
-// After n units of text, the reader estimates the space that at most 512 * n further units will
-// need.
+// When n units of text are read, the reader estimates the space for the values in the rest of the
+// text. The estimate covers at most 512 * n further units.
 constexpr std::size_t kMaxEstimate = 512;
 
-// Reads a complete text. Reserving enough room for any text of its length would cost more than
-// reading it. So the elements of the outer list are read in steps, and each step has enough room
-// for any text of the step's length.
+// Reads a complete text. To reserve enough room for any text of its length would cost more than to
+// read the text. So the reader divides the text of the outer list into pieces, called steps. Before
+// each step it reserves enough room for any text of the step's length.
 template <class Unit>
 class DocumentReader {
  public:
@@ -60,8 +60,9 @@ class DocumentReader {
   }
 
   // Reads short integers with their commas, then one value and the white space after it. Returns
-  // false and restores the positions if the text is not valid, or if the current step (the piece of
-  // text for which the output has room) ends before the next comma or closing bracket.
+  // false and restores the positions in the text and in the output if the text is not valid, or if
+  // the current step (the piece of text for which the output has room) ends before the next comma
+  // or closing bracket.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();
@@ -74,8 +75,9 @@ class DocumentReader {
     return false;
   }
 
-  // Starts a step at the current place. If a whole step was too short for one element, the new step
-  // is the rest of the text. Returns false if the previous step already was the rest of the text.
+  // Starts a step at the current position in the text. If a whole step was too short for one
+  // element, the new step is the rest of the text. Returns false if the previous step already
+  // reached the end of the text.
   bool StartStep() {
     if (in_.end == limit_) return false;
     const std::size_t rest = limit_ - in_.at;
@@ -86,7 +88,7 @@ class DocumentReader {
     return true;
   }
 
-  // Sets the end of the step. The output has room for the values of the whole step.
+  // Ends the step where the room in the output ends, or at the end of the text if that is earlier.
   void EndStepWithRoom() {
     in_.end = in_.at + std::min<std::size_t>(limit_ - in_.at, out_.UnitsWithRoom());
   }
@@ -101,13 +103,14 @@ class DocumentReader {
                                     static_cast<double>(units));
   }
 
-  // The text may contain one more unit after the value if that unit is one byte in UTF-8.
+  // Returns true if no text is left. One last unit is ignored if it is a byte, or an ASCII unit of
+  // UTF-16.
   bool IsAtEnd() const {
     return in_.Left() == 0 || (in_.Left() == 1 && (sizeof(Unit) == 1 || IsAscii(*in_.at)));
   }
 
   const Unit* const start_;
-  const Unit* const limit_;  // the end of the text; in_.end is the end of the step
+  const Unit* const limit_;  // the end of the text; `in_.end` is the end of the step
   std::size_t step_;         // the length of a step, in units of text
   ListValue& values_;
   TextInput<Unit> in_;

@@ -7,7 +7,8 @@ namespace base {
 namespace {
 
 constexpr std::size_t kMaxEscape = 6;
-// The most units of a string that are written after one test for room.
+// A string is written in pieces of at most this number of units, with one test for room before each
+// piece.
 constexpr std::size_t kPiece = 512;
 
 bool IsNoncharacter(char32_t code) {
@@ -54,7 +55,7 @@ PutText PutPiece(const Unit* text, const Unit* end, Utf16Unit* to) {
 
 template <class Unit>
 PutText PutAnyString(TextBlock& block, Utf16Unit* end, std::basic_string_view<Unit> text) {
-  // Reserve memory for a long text at once, as if it had no escapes.
+  // Reserve memory for a long text at once. This assumes that most of the text needs no escapes.
   end = block.ReserveAfter(end, 2 + text.size() + std::min(text.size(), kPiece) * kMaxEscape);
   PutText put = {end, true};
   *put.end++ = '"';

@@ -19,7 +19,8 @@ inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {
   return std::copy(text.begin(), text.end(), to);
 }
 
-// The length of "-2147483648". PutNumber writes at least four units, even for a shorter number.
+// The room in units that PutInt needs for any number: the length of "-2147483648". It is also
+// enough for short numbers, for which PutNumber writes four units.
 constexpr std::size_t kMaxIntUnits = 11;
 inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   auto magnitude = static_cast<std::uint32_t>(value);
@@ -31,7 +32,7 @@ inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
 }
 
 // A writer refuses strings with more than this number of bytes in UTF-8. One UTF-16 unit becomes at
-// most three bytes.
+// most three bytes, so a string of few units needs no exact count.
 constexpr std::size_t kMaxStringBytes = 2147483647;
 inline bool MayBeTooLong(std::size_t units) { return units > kMaxStringBytes / 3; }
 
@@ -39,8 +40,8 @@ struct PutText {
   Utf16Unit* end;
   bool exact;  // false if a noncharacter was replaced by U+FFFD
 };
-// Writes a string with its quotes at `end`, which may be after the finished content of the block.
-// An unpaired surrogate becomes U+FFFD.
+// Writes a string with its quotes at `end`, which may be after the end that was passed to the last
+// Finish. Makes room for the string. An unpaired surrogate becomes U+FFFD.
 PutText PutString(TextBlock& block, Utf16Unit* end, Utf16View text);
 PutText PutString(TextBlock& block, Utf16Unit* end, std::string_view ascii);
 

@@ -22,7 +22,9 @@ class Writer {
   Utf16View Text() const { return {text_.begin(), text_.size()}; }
 
  private:
-  // Each function writes the element at the position `at_` and moves `at_` to the next element.
+  // The functions return false if a value has no JSON form. WriteValue writes the element at `at_`,
+  // WriteMember the key and the value there, WriteItems all elements or members up to the end of
+  // the list. These three move `at_` past the elements that they write.
   bool WriteValue();
   bool WriteMember();
   template <bool (Writer::*WriteItem)()>

@@ -1,5 +1,5 @@
-// Runs in the client and in the broker. A JSON list that is stored as text, so that a finished list
-// is its own JSON text.
+// Runs in the client and in the broker. A JSON list that is stored as JSON text, so that a finished
+// list needs no conversion before it is sent.
 #pragma once
 
 #include <cassert>
@@ -23,8 +23,8 @@ class ListText {
   void AppendInt(std::int32_t value) { text_.Finish(PutInt(Start(kMaxIntUnits), value)); }
   void AppendBool(bool value) { text_.Finish(PutAscii(Start(5), value ? "true" : "false")); }
 
-  // An unpaired surrogate becomes U+FFFD. Returns false and appends nothing in two cases that the
-  // JSON writer treats specially: the text contains a noncharacter, or it may be too long.
+  // An unpaired surrogate becomes U+FFFD. Returns false and appends nothing if the text contains a
+  // noncharacter or may be too long. WriteJson in JsonWriter.h handles these two cases.
   bool AppendString(Utf16View text) {
     if (MayBeTooLong(text.size())) return false;
     const PutText put = PutString(text_, Start(0), text);
@@ -33,8 +33,8 @@ class ListText {
   }
 
  private:
-  // Returns the place of the next element, with room for at least `units` units and the closing
-  // bracket.
+  // Writes a comma if the list has elements. Returns the place of the next element, with room for
+  // at least `units` units and the closing bracket.
   Utf16Unit* Start(std::size_t units) {
     Utf16Unit* const end = text_.Reserve(units + 2);
     *end = ',';

@@ -1,6 +1,6 @@
 // Runs in the client and in the broker. A JSON list in one block of memory. Its elements follow one
-// another, each as a type and its content. An int takes six bytes. A list uses at most one
-// allocated block.
+// another, each as a type and its content. An int takes six bytes: two for the type, four for the
+// number. A list uses at most one allocated block.
 #pragma once
 
 #include <algorithm>
@@ -28,7 +28,7 @@ enum class ValueType : std::uint16_t {
   // each key occurs once.
   kDictionary,
   kList,
-  // Used only inside a block:
+  // Not types of JSON values, used only in the memory block of a list:
   kEnd,        // the end of a nested list or dictionary
   kWideString  // a string that is not ASCII, in UTF-16
 };
@@ -38,7 +38,7 @@ enum class ValueType : std::uint16_t {
 namespace packed {
 
 constexpr std::size_t kTypeSize = sizeof(ValueType);
-// The type of a text and its length in bytes.
+// The size of the head of a text: its type and its length in bytes.
 constexpr std::size_t kTextHead = kTypeSize + sizeof(std::size_t);
 
 using Flag = std::uint16_t;
@@ -77,8 +77,8 @@ struct StringView {
   Utf16View wide;
 };
 
-// Refers to one element in a list. Valid until the list changes. For a nested list or dictionary,
-// the view covers only the type at the start; the elements inside follow as elements of their own.
+// Refers to one element in a list. Valid until the list changes. Of a nested list or dictionary,
+// the view covers only the type. The nested elements come next in the block, and after them kEnd.
 class ValueView {
  public:
   explicit ValueView(const char* at) : at_(at) {}
@@ -185,7 +185,7 @@ class ListValue {
     Finish(packed::Put(Reserve(packed::kTypeSize + sizeof(T)), type, value));
   }
 
-  // Most answers fit into the object itself and need no allocation.
+  // Most answers fit into these 216 bytes of the object itself and need no allocation.
   GrowingBlock<char, 216> block_;
 };
 

@@ -16,7 +16,8 @@ template <class A, class B>
 int Compare(std::basic_string_view<A> a, std::basic_string_view<B> b) {
   const auto rank = [](auto unit) {
     const auto code = static_cast<char32_t>(unit);
-    // Rank surrogates above all other units, because the code points of their pairs are greater.
+    // Rank surrogates above all other units, because a pair of surrogates stands for a code point
+    // above 0xFFFF.
     return code >= 0xE000 ? code - 0x800 : code >= 0xD800 ? code + 0x2000 : code;
   };
   const std::size_t shared = std::min(a.size(), b.size());

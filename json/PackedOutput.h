@@ -9,13 +9,13 @@
 
 namespace base {
 
-// Empty strings need the most bytes for the length of their text: `"",` is three units and becomes
-// the head of a string, ten bytes. An int and its comma are two units and become six bytes. A
-// bracket is one unit and becomes two bytes.
+// Of all values, empty strings need the most bytes for the length of their text: `"",` is three
+// units and becomes the head of a string (its type and length), ten bytes. An int and its comma are
+// two units and become six bytes. A bracket is one unit and becomes two bytes.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// Room for the last string of a text. This string may have no comma, or the text may end inside the
-// string, after its opening quote and one unit.
+// Additional room for the last string of a text, which may have less than three units of text: it
+// may have no comma, or the text may end inside the string, after its opening quote and one unit.
 constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
 // Returns the greatest number of bytes that the values of a text of `units` units can need.
@@ -23,8 +23,8 @@ constexpr std::size_t MostPacked(std::size_t units) {
   return units / kDensestUnits * kDensestBytes + kExtraBytes;
 }
 
-// The inverse of MostPacked: returns the greatest length of a text whose values always fit into
-// `room` bytes. `room` must be enough for an empty text.
+// Returns the greatest n for which the values of every text of n units fit into `room` bytes, which
+// means MostPacked(n) <= room. `room` must be at least MostPacked(0).
 constexpr std::size_t UnitsThatFit(std::size_t room) {
   assert(room >= kExtraBytes);
   return (room - kExtraBytes) / kDensestBytes * kDensestUnits + kDensestUnits - 1;

@@ -15,7 +15,8 @@ namespace base {
 
 // Reads integers of up to eight digits, several at a time, as long as a comma follows each of them.
 // Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
-// Reads no integers if fewer than kUnits + kMaxDigits units of text are left.
+// Stops when fewer than kUnits + kMaxDigits units (32 + 8) of text are left, because it looks at 32
+// units at once and ReadShortNumber always reads eight.
 template <class Unit>
 void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* at = in.at;
@@ -55,8 +56,8 @@ bool AcceptFraction(TextInput<Unit>& in) {
 }
 
 // number = [ '-' ] digits fraction
-// No digit may follow a leading zero. The number becomes an integer if it has no fraction and fits
-// into 32 bits, else a double.
+// No digit may follow a leading zero. The number becomes an integer if it has no fraction (and no
+// exponent) and fits into 32 bits, else a double.
 template <class Unit>
 bool ReadNumber(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* const start = in.at;

@@ -34,7 +34,8 @@ int ReadHex(TextInput<Unit>& in, int digits) {
 }
 
 // Reads the digits of an escape "\xHH" or "\uHHHH". Returns the code point, or kNoCodePoint if the
-// escape is wrong. After the escape of a high surrogate, the escape of a low surrogate must follow.
+// escape is wrong. After the escape of a high surrogate, also reads the escape of a low surrogate,
+// which must follow.
 template <class Unit>
 char32_t ReadHexEscape(TextInput<Unit>& in, int digits) {
   const int code = ReadHex(in, digits);
@@ -62,7 +63,7 @@ char32_t ReadEscape(TextInput<Unit>& in) {
 }
 
 // Copies up to the next quote or backslash. Returns false if the text ends first, is ill-formed, or
-// cannot be stored in units of type To.
+// cannot be stored in units of type To (char holds only ASCII).
 template <class Unit, class To>
 bool ReadPlainText(TextInput<Unit>& in, To*& to) {
   for (;;) {
@@ -96,6 +97,7 @@ To* ReadStringText(TextInput<Unit>& in, To* to) {
 }
 
 // string = '"' { unit | escape } '"'
+// A `unit` is a byte of UTF-8 or a unit of UTF-16, except for quotes and backslashes.
 template <class Unit>
 bool ReadString(TextInput<Unit>& in, PackedOutput& out) {
   if (!in.Accept('"')) return false;

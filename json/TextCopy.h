@@ -15,13 +15,14 @@
 
 namespace base {
 
-// Where a copy of text stops. Each value also includes the stops of the values before it.
+// Where a copy of text stops. A copy with one of the later values also stops where a copy with an
+// earlier value stops.
 enum class Stop {
   // A copy of ASCII stops at a unit that is not ASCII. Any other copy stops at a surrogate and at a
   // unit above the surrogates.
   kLimits,
   kStringEnds,  // a copy stops at a quote or a backslash
-  kEscapes      // a copy stops at a unit that the writer escapes
+  kEscapes      // a copy stops at a unit that the JSON writer escapes
 };
 
 template <Stop kStop, class Unit>
@@ -151,7 +152,7 @@ inline const Utf16Unit* CopyWide(const Utf16Unit* from, const Utf16Unit* end, Ut
     to += copied;
     if (stops != 0) return from;
   }
-  // Four to seven units are left: copy them as two overlapping halves.
+  // Four to seven units are left: copy the first four and the last four, which may overlap.
   if (const auto left = end - from; left >= 4) {
     const __m128i first = LoadHalf(from), last = LoadHalf(end - 4);
     if (WideStopBits<kStop>(_mm_unpacklo_epi64(first, last)) == 0) {

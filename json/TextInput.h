@@ -20,7 +20,7 @@ struct TextInput {
   Unit Peek() const { return at != end ? *at : Unit{}; }
 
   // The following functions move past the text that their names and arguments describe. They return
-  // false if this text does not come next.
+  // false if this text does not come next. AcceptWord may then have moved past a part of the word.
   bool Accept(char c) {
     if (Peek() != static_cast<Unit>(c)) return false;
     ++at;

@@ -25,8 +25,9 @@ struct CodePoint {
   bool valid;
 };
 
-// Decodes the first code point of [text, end), which must not be empty. An ill-formed part ends
-// before the first byte that cannot continue a valid sequence.
+// Decodes the first code point of the UTF-8 text [text, end), which must not be empty. An
+// ill-formed part has at least one byte and ends before the first byte that cannot continue a valid
+// sequence.
 inline CodePoint Decode(const char* text, const char* end) {
   const auto lead = static_cast<unsigned char>(*text);
   if (lead < 0x80) return {lead, 1, true};
