@@ -48,13 +48,13 @@ class GrowingBlock {
   Unit* ReserveAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, FastCapacity(end));
   }
-  // Does the same as ReserveAfter, for a caller that knows how much content will follow. The block
-  // grows just enough for `units` units, or by a quarter if that is more.
+  // Does the same as ReserveAfter, for a caller that has estimated how much content will follow. If
+  // the block must grow, it grows just enough for `units` units, or by a quarter if that is more.
   Unit* ReserveEstimateAfter(Unit* end, std::size_t units) {
     return RoomAfter(end) >= units ? end : Grow(end, units, capacity_ + capacity_ / 4);
   }
 
-  // Returns whether content may end at `end`.
+  // Returns whether `end` lies within the capacity.
   bool Holds(const Unit* end) const { return begin_ <= end && end <= begin_ + capacity_; }
   std::size_t RoomAfter(const Unit* end) const {
     assert(Holds(end));

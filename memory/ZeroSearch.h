@@ -11,7 +11,8 @@
 
 namespace base {
 
-// Returns sizeof(Unit) bits for each unit of the vector. The bits are set if the unit is zero.
+// Returns one bit for each of the 16 bytes in `units`. All bits of a unit are set if the unit is
+// zero, otherwise none.
 template <class Unit>
 inline unsigned ZeroBits(__m128i units) {
   const __m128i zero = _mm_setzero_si128();
