@@ -1,5 +1,5 @@
 // A second implementation of UTF-8 and UTF-16, written for clarity and not for speed. The fuzzers
-// compare the conversions of json/ with this implementation. The two share no code.
+// compare the conversions of json/ with this implementation. The two implementations share no code.
 #pragma once
 
 #include <algorithm>
@@ -47,10 +47,11 @@ inline base::Utf16Text Utf16(std::uint32_t code) {
           static_cast<base::Utf16Unit>(0xDC00 + (code - 0x10000) % 1024)};
 }
 
-// Returns whether `bytes` are the first bytes of some well-formed code point of `length` bytes.
+// Returns whether some code point has a well-formed UTF-8 form of `length` bytes that begins with
+// `bytes`.
 inline bool CanBegin(std::string_view bytes, std::size_t length) {
   static constexpr std::uint32_t kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
-  // The smallest and the largest code point that begins with `bytes`.
+  // The smallest and the largest code point whose UTF-8 form begins with `bytes`.
   std::uint64_t low = static_cast<unsigned char>(bytes[0]) & (0x7F >> length), high = low;
   for (std::size_t i = 1; i < length; ++i) {
     const unsigned byte = i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0;
@@ -65,8 +66,8 @@ inline bool CanBegin(std::string_view bytes, std::size_t length) {
 }
 
 // Returns the first code point of `bytes`, which must not be empty. If the code point is not valid,
-// returns the length of the longest prefix with which a well-formed code point can begin, and at
-// least one byte.
+// `length` of the result is the length of the longest prefix with which the UTF-8 form of some code
+// point begins, and at least 1.
 inline base::CodePoint First(std::string_view bytes) {
   const auto lead = static_cast<unsigned char>(bytes[0]);
   if (lead < 0x80) return {lead, 1, true};

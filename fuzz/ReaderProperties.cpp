@@ -60,8 +60,9 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
-// The first step of a list is 50 units long. Blanks before the text make this step end at different
-// places of the text.
+// The reader reads a list in steps: pieces of text whose values fit into the reserved memory.
+// Blanks after the first element make the first step (62 units) end at different places of the
+// text.
 template <class Text>
 void CheckSteps(Text text) {
   std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);
@@ -85,7 +86,8 @@ std::unique_ptr<Document> Checked(Text text) {
   std::unique_ptr<Document> read = Read(Text(exact.get(), text.size()));
   counting = false;
   Require(most > 0, "allocations are counted");
-  // The constant part is small, so that even a short text fails if reading takes too much memory.
+  // The constant 4096 is small, so that the check also fails for a short text whose reading takes
+  // too much memory.
   const auto allowed = static_cast<std::ptrdiff_t>(40 * text.size() * sizeof(Unit) + 4096);
   Require(most <= allowed, "reading takes at most 40 times the text");
   if (!text.empty() && text.front() == '[') CheckSteps(text);

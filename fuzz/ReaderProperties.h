@@ -1,4 +1,4 @@
-// The properties that the readers of UTF-8 and of UTF-16 must have for every text.
+// Checks the properties that the JSON readers for UTF-8 and for UTF-16 must have with every text.
 #pragma once
 
 #include <memory>
@@ -22,8 +22,8 @@ std::unique_ptr<Document> Read(Text text, std::size_t step = base::kReadStep) {
   return document;
 }
 
-// Reads the text. Checks the memory that reading takes, and that the values stay the same when they
-// are written and read again.
+// Reads the text. Checks that reading does not take too much memory, and that the values stay the
+// same when they are written and read again. Returns null if the text is refused.
 std::unique_ptr<Document> ReadChecked(std::string_view utf8);
 std::unique_ptr<Document> ReadChecked(base::Utf16View text);
 

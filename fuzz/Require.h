@@ -16,9 +16,9 @@ inline void Require(bool holds, const char* property) {
   std::abort();
 }
 
-// Makes UTF-16 units from bytes. An ASCII byte is one unit. 0xFF and the next two bytes make any
-// unit. Any other byte and the next byte make a unit of 0x8000 or above. So bytes that were changed
-// at random still make text with all kinds of surrogates.
+// Makes UTF-16 units from bytes. An ASCII byte becomes one unit. After the byte 0xFF, the next two
+// bytes become one unit of any value. Any other byte and the next byte become one unit of 0x8000 or
+// above. So bytes that the fuzzer changes at random still make text with all kinds of surrogates.
 inline base::Utf16Text UnitsOf(const std::uint8_t* data, std::size_t size) {
   base::Utf16Text text;
   for (std::size_t i = 0; i < size; ++i) {

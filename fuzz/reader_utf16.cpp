@@ -1,4 +1,4 @@
-// Fuzzes the reader with UTF-16 text.
+// Fuzzes the JSON reader with UTF-16 text.
 #include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
 

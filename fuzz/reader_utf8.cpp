@@ -1,4 +1,4 @@
-// Fuzzes the reader with any bytes.
+// Fuzzes the JSON reader for UTF-8 with any bytes.
 #include "fuzz/ReaderProperties.h"
 #include "fuzz/Require.h"
 

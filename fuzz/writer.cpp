@@ -1,5 +1,5 @@
-// Fuzzes the writer with any values. The text that it writes must always read back as the same
-// values.
+// Fuzzes the JSON writer with any values. The reader must read the same values from the text that
+// the writer writes, except that noncharacters become U+FFFD.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -13,12 +13,12 @@
 
 namespace {
 
-// With the outermost list, the depth is 199, the most that the reader accepts.
+// The depth of nested values. With the outermost list it is 199, the most that the reader accepts.
 constexpr int kMaxDepth = 198;
 constexpr std::size_t kMaxString = 6000;
 
-// Builds values from the input's bytes. Also builds the values that must result when they are
-// written and read again.
+// Builds `values` from the input's bytes. Also builds `expected`, the values that must result when
+// `values` are written and read again.
 class Builder {
  public:
   Builder(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
@@ -92,8 +92,8 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // Bytes of this kind end a list. Outside a list, the bytes from 200 on add a value that JSON
-      // cannot hold.
+      // A byte with remainder 8 after division by 9 ends a list, see case 6. Elsewhere, such a byte
+      // of 200 or more adds a binary value, which JSON cannot hold.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");
@@ -126,7 +126,8 @@ void Builder::AddString(std::size_t size, std::size_t times) {
   expected.AppendString(plain::ToUtf16(codes));
 }
 
-// Keys are ASCII only. Otherwise replaced characters could make two keys equal.
+// Keys are ASCII only. Otherwise two keys could become equal, because the writer replaces
+// noncharacters with U+FFFD.
 void Builder::AddKey(const std::string& key) {
   const base::Utf16Text text(key.begin(), key.end());
   values.AppendString(text);
