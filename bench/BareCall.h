@@ -1,5 +1,5 @@
-// Makes the system calls of one element call to a running broker, in the same order, and nothing
-// else. It decodes nothing and logs nothing.
+// Makes the same system calls, in the same order, that the module (the DLL) makes for one element
+// call to a running broker, and nothing else. Decodes nothing and logs nothing.
 #pragma once
 
 #include <windows.h>

@@ -26,8 +26,8 @@ double SecondsOf(const Row& row, std::size_t times) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Returns the number of operations of `row` that take about `seconds` seconds. Measuring this
-// number also warms up the caches.
+// Returns the number of operations of `row` that together take about `seconds` seconds. To find
+// this number, runs the row many times, which also fills the processor's caches.
 std::size_t BatchSize(const Row& row, double seconds) {
   SecondsOf(row, 1);
   for (std::size_t times = 1;; times *= 2) {
@@ -49,7 +49,8 @@ std::string Duration(double seconds) {
   return Format("%.2f ms", seconds * 1e3);
 }
 
-// Titles and names contain no characters that JSON must escape, except for quotes and backslashes.
+// Returns `text` as a JSON string. Escapes only quotes and backslashes, because titles and names
+// contain no other characters that must be escaped.
 std::string Quoted(const std::string& text) {
   std::string quoted = "\"";
   for (const char c : text) {

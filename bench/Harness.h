@@ -1,5 +1,6 @@
-// Measures the rows of a table side by side. In every round each row runs one batch, so that other
-// load on the machine affects all rows in the same way.
+// Measures operations, which are the rows of a table, and compares their times. Every round runs
+// one batch of each row, a number of repeated operations. So other load on the machine affects all
+// rows in the same way.
 #pragma once
 
 #include <cstddef>
@@ -9,13 +10,13 @@
 
 namespace bench {
 
-// The batches store their results here, so that the compiler cannot remove the computation.
+// The measured operations store their results here, so that the compiler cannot remove them.
 inline volatile std::size_t sink;
 
 struct Row {
   std::string name;
   std::function<void(std::size_t times)> run;
-  // The number of elements in one operation, to compute the time for each element.
+  // One operation handles this number of elements. The table shows the time for one element.
   std::size_t elements = 1;
 };
 
@@ -30,7 +31,8 @@ Row MakeRow(std::string name, Once once, std::size_t elements = 1) {
 }
 
 enum class Sampling {
-  // A sample is the mean time of a batch. A batch runs long enough to be measured with the clock.
+  // A sample is the mean time of the operations in a batch. A batch takes some milliseconds, long
+  // enough to be measured with the clock.
   kBatches,
   // A sample is the time of one call. The table also shows the 99th percentile.
   kCalls,

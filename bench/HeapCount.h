@@ -11,7 +11,8 @@ struct HeapUse {
   std::size_t blocks;       // blocks in use
   std::size_t peak;         // the most bytes in use since ResetHeapPeak
   std::size_t allocations;  // the number of all allocations so far
-  // The sum of the sizes of all allocations; a reallocation that shrinks a block does not count.
+  // The sum of the requested sizes of all allocations. A reallocation counts only if the new size
+  // does not fit into the old block.
   std::size_t asked;
 };
 HeapUse CurrentHeap();

@@ -1,5 +1,5 @@
-// nlohmann::json. One kind of document gets text that the platform has converted to UTF-8. The
-// other kind of document gets UTF-16, which the library converts itself.
+// Reads and writes with the library nlohmann::json. NlohmannDocument converts the text to UTF-8
+// with the platform's converter. NlohmannUtf16Document leaves this conversion to the library.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -1,5 +1,6 @@
-// The benchmark rows of this module. On Windows they use the module's archive (JArchive). Native
-// programs have no archive, so they use the JSON library on which the archive is built.
+// Reads and writes with this project's own code. On Windows, this is the archive (JArchive), which
+// element calls use. Native programs have no archive, so they use the JSON library on which the
+// archive is built.
 #pragma once
 
 #ifdef _WIN32

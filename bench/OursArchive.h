@@ -1,4 +1,4 @@
-// Reads and writes with this module's archive, as element calls do. Windows only.
+// Reads and writes with this project's archive (JArchive), as element calls do. Windows only.
 #pragma once
 
 #include "Workloads.h"

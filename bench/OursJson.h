@@ -1,4 +1,4 @@
-// Reads and writes with this module's JSON library alone, because native programs cannot use the
+// Reads and writes with this project's JSON library alone, because native programs cannot use the
 // archive (JArchive).
 #pragma once
 
@@ -32,7 +32,8 @@ class OursDocument {
   std::size_t next_ = 0;
 };
 
-// Returns the text of a list without a copy. An archive stores its values in such a list, too.
+// Returns the text of a list without a copy. An archive (JArchive) stores the values of a request
+// in a ListText, too.
 inline TextView ViewOf(const std::shared_ptr<base::ListText>& list) { return list->View(); }
 
 inline std::shared_ptr<base::ListText> WriteOurs(const Values& values) {

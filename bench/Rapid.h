@@ -1,5 +1,5 @@
-// RapidJSON, used in three ways: with UTF-8 text from the platform's converters, with the same text
-// parsed in situ, and with UTF-16 throughout.
+// Reads and writes with RapidJSON, used in three ways: with text that the platform's converter has
+// converted to UTF-8, with the same UTF-8 text parsed in situ, and with UTF-16 throughout.
 #pragma once
 
 // Switches on RapidJSON's fast code, which is off by default.
@@ -16,7 +16,8 @@ using Utf16 = rapidjson::UTF16<Unit>;
 
 class RapidUtf16Document {
  public:
-  // This version of RapidJSON takes a length only for UTF-8. The texts here end with a zero.
+  // In this version of RapidJSON, Parse takes a length only for UTF-8. For UTF-16 it needs the zero
+  // that ends every text here.
   explicit RapidUtf16Document(TextView text) { document_.Parse(text.data()); }
   std::int32_t Int() { return document_[next_++].GetInt(); }
   HandedOut String() {
@@ -48,7 +49,7 @@ class RapidUtf8Document {
   rapidjson::SizeType next_ = 0;
 };
 
-// Parses in situ: the strings of the document stay in the converted text.
+// Parses in situ: the strings of the document are not copied but stay in the text, `utf8_`.
 class RapidInSituDocument : public RapidUtf8Document {
  public:
   explicit RapidInSituDocument(TextView text) : utf8_(ToUtf8(text)) {
@@ -64,7 +65,8 @@ inline TextView ViewOf(const RapidUtf16Buffer& buffer) {
   return {buffer.GetString(), buffer.GetSize() / sizeof(Unit)};
 }
 
-// Returns RapidJSON's own buffer, because a program could send its text without a copy.
+// Returns RapidJSON's own buffer and not a copy, because a program could send the text directly
+// from the buffer.
 inline RapidUtf16Buffer WriteRapidUtf16(const Values& values) {
   RapidUtf16Buffer buffer;
   rapidjson::Writer<RapidUtf16Buffer, Utf16, Utf16> writer(buffer);

@@ -1,4 +1,5 @@
-// Reads a document as element calls do: each value once, in order, with a known kind.
+// Reads a document as element calls do: each value once and in order. The kind of each value, an
+// int or a text, is known before.
 #pragma once
 
 #include "Harness.h"

@@ -10,7 +10,7 @@ namespace bench {
 class ResidentServer {
  public:
   // The server has `instances` instances of the pipe. After an instance has served a client, it
-  // waits `pause` milliseconds before it listens again.
+  // waits `pause` milliseconds before it listens again. `host` becomes a part of the address.
   ResidentServer(const wchar_t* host, unsigned instances, unsigned pause);
   ~ResidentServer();
   ResidentServer(const ResidentServer&) = delete;

@@ -1,5 +1,6 @@
-// simdjson, a library that only reads JSON. Native programs only. The parsers are reused (static),
-// as the documentation of simdjson advises, so that they allocate nothing for a document.
+// Reads with simdjson, a library that only reads JSON. Native programs only. The parsers are static
+// and thus reused, as the documentation of simdjson advises, so they need no new memory for each
+// document.
 #pragma once
 
 #include <simdjson.h>
@@ -8,7 +9,8 @@
 
 namespace bench {
 
-// simdjson has two interfaces. Both have an iterator over the values of an array.
+// The common part of the two classes below, which use the two interfaces of simdjson. Iterator is
+// the interface's iterator over the values of an array.
 template <class Iterator>
 class SimdjsonReader {
  public:

@@ -1,5 +1,5 @@
-// The platform's type for UTF-16 text, its converters, and the type in which a program gets a text
-// that was read: a BSTR on Windows, otherwise a string.
+// The platform's type for UTF-16 text, and its converters between UTF-8 and UTF-16. Also HandedOut,
+// the type of a text that a reader returns to the program: a BSTR on Windows, otherwise a string.
 #pragma once
 
 #include <cstddef>
@@ -68,8 +68,8 @@ using HandedOut = std::u16string;
 inline std::size_t LengthOf(const HandedOut& text) { return text.size(); }
 inline const Unit* UnitsOf(const HandedOut& text) { return text.data(); }
 
-// The standard library's converter. It is faster than iconv for short texts, and as fast for long
-// texts.
+// The standard library's converter. It is faster than iconv for short texts, and as fast as iconv
+// for long texts.
 inline const std::codecvt_utf8_utf16<char16_t> facet;
 
 inline std::u16string ToUtf16(std::string_view utf8) {

@@ -54,7 +54,7 @@ Workload MakeTexts() {
   // scripts.
   static constexpr struct {
     std::uint16_t first;  // the first letter of the writing system
-    int every;            // one of `every` characters belongs to this writing system
+    int every;            // one of `every` characters is a letter of this writing system
   } kScripts[] = {{0x00E0, 6}, {0x0430, 1}, {0x4E2D, 1}};
   static constexpr std::uint16_t kEscaped[] = {'"', '\\', '\n', '\t', 1};
   for (std::size_t i = 0; i < 10000; ++i) {

@@ -1,4 +1,4 @@
-// The values that the programs write to message text and read from it.
+// The values that the benchmarks write as the text of messages and read from this text.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Reads answers of 10 to 1,000,000 elements. Time and memory per element should not depend on the
-// number of elements.
+// Measures how long it takes to read answers of 10 to 1,000,000 elements, and how much memory. Time
+// and memory per element should not depend on the number of elements.
 #include <algorithm>
 
 #include "Harness.h"

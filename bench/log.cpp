@@ -1,5 +1,5 @@
-// Measures a log line whose level is disabled. Compares its time with the least that such a check
-// needs: reading the tick count once and two atomic values.
+// Measures a log line that is not written, because its level is disabled. Compares its time with
+// the least that the check of the level needs: to read the tick count and two atomic values.
 #include <windows.h>
 
 #include <atomic>

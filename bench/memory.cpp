@@ -1,5 +1,5 @@
-// Shows how much heap a loaded message uses, and how many bytes loading it allocates, compared with
-// RapidJSON's documents.
+// Shows how much heap memory a message uses after it is read, and how many bytes are requested
+// while it is read. Compares both with RapidJSON's documents.
 #include "Harness.h"
 #include "HeapCount.h"
 #include "Ours.h"
@@ -9,8 +9,9 @@ namespace {
 
 using namespace bench;
 
-// Parses in situ, in a text without unused capacity. The benchmark's own converter makes the unused
-// capacity, so it must not count against RapidJSON.
+// Parses in situ: the strings of the document stay in `utf8_`, so `utf8_` counts as memory of the
+// document. Its unused capacity comes from the benchmark's own converter and must not count against
+// RapidJSON, so it is freed.
 class TightInSituDocument : public RapidUtf8Document {
  public:
   explicit TightInSituDocument(TextView text) : utf8_(ToUtf8(text)) {

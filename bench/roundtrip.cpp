@@ -1,5 +1,6 @@
 // Measures an element call of the public interface to a running server. Compares the call with the
-// system calls that it consists of, and with CallNamedPipeW, the system's own client in one call.
+// system calls that it consists of, and with CallNamedPipeW, the system function that connects,
+// writes, reads and closes in one call.
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -36,7 +37,8 @@ class Element {
     record_.uriScheme = SL_TAILORED_URI;
     record_.sourceUri = server.Address().c_str();
   }
-  // Clears the id, because the server has no objects to release.
+  // Frees and clears the id, so that the destructor of `record_` does not ask the server to release
+  // an object. The server has no objects.
   ~Element() { ::SysFreeString(std::exchange(record_.objectId, nullptr)); }
 
   // ReadAttribute and ReadItems return the number of UTF-16 units that they received.
@@ -194,7 +196,8 @@ void TimeThreads(const ResidentServer& server, void (Ways::*way)(), std::vector<
   }
 }
 
-// Does not measure CallNamedPipeW: it fails if another client takes the free instance first.
+// Measures 8 threads whose calls share one instance of the pipe. Leaves out CallNamedPipeW, because
+// it fails if another client takes the free instance first.
 void MeasureOneInstance(Report& report, const wchar_t* host, unsigned pause, const char* title) {
   struct {
     const char* name;

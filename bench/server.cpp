@@ -1,5 +1,5 @@
-// The server for the measurements of calls. It sends fixed answers. It can serve many instances of
-// the pipe, so that one instance always listens.
+// The server for the benchmarks of calls. It sends fixed answers. It can serve many instances of
+// the pipe, so that one instance always listens while other instances answer.
 //
 // bench_server CLIENT-PROCESS PIPE INSTANCES PAUSE: an instance waits PAUSE milliseconds before it
 // listens again. The server ends when the client's process ends.

@@ -1,5 +1,5 @@
-// Shows how the time of an element call is spent: the module's steps, compared with the system
-// calls of each step.
+// Shows how the time of an element call is spent: the time of each of the module's steps, such as
+// connect or write, compared with the time of the bare system calls of this step.
 #include <array>
 #include <chrono>
 #include <memory>
@@ -22,7 +22,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kSteps = 7;
 using Samples = std::array<std::vector<double>, kSteps>;
 
-// Stores the time from each call of Mark to the next call of Mark.
+// Stores the times of the steps of one call. Mark ends a step and starts the next step. The first
+// step starts with the construction.
 class Steps {
  public:
   explicit Steps(Samples& samples) : samples_(samples) {}

@@ -1,4 +1,5 @@
-// Measures reading values from message text and writing them, compared with other JSON libraries.
+// Measures how long it takes to read values from the text of a message, and to write values as
+// text. Compares this project's library with other JSON libraries.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -46,8 +47,8 @@ class Rows {
     }));
   }
 
-  // Returns the time of the fastest other JSON library, divided by the time of this module's
-  // library.
+  // Measures the rows. Returns the time of the fastest other JSON library, divided by the time of
+  // this project's library. The first row must be the row of this project's library.
   double Measure(Report& report, const char* direction) {
     const auto results =
         report.Measure({"text", workload_.name + ": " + direction, std::move(rows_)});
