@@ -1,5 +1,5 @@
-// Runs in the client and in the broker. A classic event-tracing provider. Trace sessions switch it
-// on and off. It writes events while it is switched on.
+// Runs in the client and in the broker. A classic event-tracing provider. Trace sessions switch the
+// provider on and off. It writes events while it is switched on.
 #pragma once
 
 #include <windows.h>

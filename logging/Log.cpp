@@ -15,7 +15,7 @@ namespace {
 
 // Enough for the longest message, with 3 bytes of UTF-8 for each unit, and a stack dump.
 constexpr std::size_t kLineCapacity = std::size_t{24} * 1024;
-constexpr std::size_t kDebuggerCapacity = 8192;
+constexpr std::size_t kDebuggerCapacity = 8192;  // longer lines are cut in the debugger output
 
 #define WIDEN_LITERAL(text) L##text
 #define WIDEN(text) WIDEN_LITERAL(text)

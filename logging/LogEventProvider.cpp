@@ -49,8 +49,8 @@ MofEvent MakeEvent(UCHAR type, UCHAR level, std::initializer_list<MOF_FIELD> fie
 
 std::atomic<const LogEventProvider*> currentProvider{nullptr};
 
-// Makes the provider available from its construction to its destruction. EnsureEventProvider keeps
-// it in a local static variable, which is destroyed when the module is unloaded.
+// Makes its provider available through GetEventProvider while this object exists. The only object
+// is a static variable in EnsureEventProvider, which is destroyed when the module is unloaded.
 struct ProviderLifetime {
   ProviderLifetime() {
     provider.Register();
@@ -86,7 +86,7 @@ void LogEventProvider::WriteLine(const LogLine& line) const {
 
 void LogEventProvider::OnEventsEnabled(UCHAR sessionLevel) {
   // A trace session that changes its level calls this function again. Keep the level that the first
-  // call saved. That level is restored when the session ends.
+  // call saved, because OnEventsDisabled restores this level when the session ends.
   if (!savedTraceLevel_) savedTraceLevel_ = GetTraceLevel();
   SetTraceLevel(sessionLevel < 2 ? kFatal : 4 - sessionLevel);
 }

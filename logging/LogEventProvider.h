@@ -37,7 +37,7 @@ class LogEventProvider final : public base::win::EtwTraceProvider {
 // The first call in the process registers the provider. Unloading the module unregisters it.
 void EnsureEventProvider();
 
-// Returns null before the registration, and after the module has started to unload.
+// Returns null before the provider is registered, and after the module has started to unload.
 const LogEventProvider* GetEventProvider();
 
 }  // namespace logging

@@ -75,8 +75,8 @@ Conversion ReadConversion(const char*& format, std::va_list& arguments) {
   return result;
 }
 
-// A format of one conversion for snprintf, such as "%-8.3f". Numbers replace each '*' of the
-// original format.
+// A format for snprintf that contains only one conversion, such as "%-8.3f". Numbers replace each
+// '*' of the original format.
 struct RuntimeFormat {
   RuntimeFormat(const Conversion& conversion, const char* size) {
     char* end = text + std::snprintf(text, sizeof(text), "%%%s", conversion.flags);

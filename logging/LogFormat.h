@@ -9,7 +9,7 @@
 
 namespace logging {
 
-inline constexpr std::size_t kLongestMessage = 4095;  // in bytes, or in units for a wide message
+inline constexpr std::size_t kLongestMessage = 4095;  // in bytes; for a wide format, in units
 
 // Returns the length of the longest prefix of `text` that has at most `limit` bytes and ends with a
 // complete UTF-8 sequence.
@@ -26,7 +26,7 @@ class TextBuffer {
   void AppendWide(std::wstring_view text);
   void AppendFormat(const char* format, ...);
 
-  // AppendMessage appends at most kLongestMessage bytes or units.
+  // Appends at most kLongestMessage bytes (narrow format) or UTF-16 units (wide format).
   void AppendMessage(const char* format, std::va_list arguments);
   void AppendMessage(const wchar_t* format, std::va_list arguments);
 

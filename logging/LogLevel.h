@@ -21,8 +21,8 @@ struct LogLevels {
 };
 extern constinit std::atomic<LogLevels> logLevels;
 
-// Reads the level from the registry. The first call in the process also registers the event
-// provider.
+// Reads the level from the registry, stores it in logLevels and returns the new levels. The first
+// call in the process also registers the event provider.
 LogLevels EnsureProviderAndReadLevel(std::uint64_t now);
 
 inline LogLevels GetLogLevels() {
@@ -41,8 +41,8 @@ inline int GetTraceLevel() { return static_cast<int>(logLevels.load().trace); }
 void SetTraceLevel(int level);
 
 // Returns whether a line of this level goes to the debugger output or to a trace session. This
-// function is inline, because it is the whole cost of a line that is not logged, and an archive
-// logs a line for each value.
+// function is inline, because it is the whole cost of a line that is not logged. There are many
+// such lines: an archive (JArchive) logs one line for each value.
 inline bool IsLogged(int level) {
   const LogLevels levels = GetLogLevels();
   return level >= levels.configured || level >= levels.trace;

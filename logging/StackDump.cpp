@@ -27,9 +27,9 @@ ProcessHandle DuplicateOwnProcess() {
 }
 
 // Loads the symbols of this process and frees them again. The system keeps one set of symbols for
-// each handle. This class has a handle of its own, because the host may already use the symbols
-// of GetCurrentProcess(). It also holds a lock, because only one thread at a time may call the
-// symbol functions.
+// each process handle. This class has a process handle of its own, because the host may already use
+// the symbols of the handle GetCurrentProcess(). It also holds a lock, because only one thread at a
+// time may call the symbol functions.
 class Symbols {
  public:
   Symbols() {

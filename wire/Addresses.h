@@ -67,6 +67,8 @@ inline bool IsPlainLetterOrDigit(wchar_t unit) {
   return (low >= '0' && low <= '9') || (low >= 'A' && low <= 'Z') || (low >= 'a' && low <= 'z');
 }
 
+// Returns the origin of the address, cut to `longest` units. Replaces all units except letters and
+// digits by '_'.
 inline std::wstring CleanedOrigin(std::wstring_view address, std::size_t longest) {
   std::wstring origin(GetUriOrigin(address).value_or(L"").substr(0, longest));
   std::replace_if(
@@ -76,7 +78,8 @@ inline std::wstring CleanedOrigin(std::wstring_view address, std::size_t longest
 
 }  // namespace detail
 
-// Returns the pipe's name, or an empty name if the scheme has no pipe.
+// Returns the pipe's name, or an empty name if the scheme has no pipe. Only the tailored scheme
+// uses the address.
 inline std::wstring PipeName(unsigned long scheme, std::wstring_view address) {
   std::wstring name(detail::kPipeBaseName);
   switch (scheme) {

@@ -6,7 +6,7 @@
 
 namespace wire {
 
-// A broker may also define other numbers. The client receives every status unchanged.
+// A broker may also use other numbers. The client receives every status unchanged.
 enum Status : int {
   kSuccess = SL_SUCCESS,
   kNotServed = SL_NOT_SERVED,  // after this status a search asks the broker of the next scheme

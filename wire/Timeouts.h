@@ -16,8 +16,9 @@ inline constexpr std::uint32_t kPauseAfterLaunchMilliseconds = 1000;
 inline constexpr std::uint32_t kLongestRoundTripMilliseconds =
     kLaunchedPipeTimeoutMilliseconds + kPauseAfterLaunchMilliseconds + 3 * kPipeTimeoutMilliseconds;
 
-// A client first waits for the injections of other clients. Then it starts its injector, pauses,
-// and waits for the injector in rounds.
+// To inject a broker, a client first waits for the injections of other clients. Then it starts its
+// injector, pauses, and waits for the injector to end. This wait is divided into rounds, because
+// the client nudges the window before each round (posts a mouse move and resizes the window).
 inline constexpr std::uint32_t kInjectionMutexTimeoutMilliseconds = 30000;
 inline constexpr std::uint32_t kPauseAfterInjectorStartMilliseconds = 150;
 inline constexpr std::uint32_t kInjectorRoundMilliseconds = 1000;

@@ -23,23 +23,24 @@ void BuildObjectRequest(wire::Command command, const SLElemData& record, JArchiv
 void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& request);
 
 // The three functions below send a request. They return 0, an SLResult or a status that the broker
-// defines. After 0 the caller reads the results from `answer`, whose cursor is after the status.
-// The functions throw ArchiveException if the request cannot be written as text or the answer does
-// not begin with a status.
+// defines. After 0 the caller reads the results from `answer`: the first read returns the value
+// after the status. The functions throw ArchiveException if the request cannot be written as text
+// or the answer does not begin with a status.
 
 // Sends the request to the broker of this scheme. If the broker's pipe does not exist, starts the
 // broker first.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
-// Sends the request to the broker of the tailored scheme. If the result is SL_NOT_SERVED, sends it
-// to the broker of the address's own scheme. On success `scheme` receives the scheme of the broker
-// that answered.
+// Sends the request to the broker of the tailored scheme. If the result is SL_NOT_SERVED, sends the
+// request to the broker of the scheme that the address begins with. On success `scheme` receives
+// the scheme of the broker that answered.
 int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
                                  std::wstring_view address);
 
-// Sends the request to the broker of `scheme`. For SL_NO_URI, calls SendMessageToBrokerAnyScheme
-// instead. If the result is SL_NOT_SERVED, injects a broker into the window's process and calls
-// SendMessageToBrokerAnyScheme once more.
+// If `scheme` is not SL_NO_URI, sends the request to the broker of `scheme` and never injects a
+// broker. If `scheme` is SL_NO_URI, calls SendMessageToBrokerAnyScheme. If this call returns
+// SL_NOT_SERVED, injects a broker into the window's process and calls SendMessageToBrokerAnyScheme
+// once more.
 int DispatchToBroker(DWORD& scheme, const JArchive& request, JArchive& answer, HWND window,
                      std::wstring_view address);

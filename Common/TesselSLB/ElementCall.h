@@ -1,6 +1,6 @@
-// Runs in the client. The steps that all element exports share: check the record, build the
-// request, send it, read the answer, and turn failures into log lines and result codes. The log
-// lines name the source file and line of the export.
+// Runs in the client. The code that all exported element functions share: check the record, build
+// the request, send it, read the answer, and turn failures into log lines and result codes. The log
+// lines name the source file and line of the exported function.
 #pragma once
 
 #include "TesselSLB/BrokerRoundTrip.h"
@@ -47,7 +47,7 @@ inline void NoArguments(JArchive& /*request*/) {}
 inline void NoResults(JArchive& /*answer*/) {}
 
 // Sends one request and reads its answer. If `scheme` is SL_NO_URI, finds the scheme of the broker
-// that answers, and stores it in `scheme`.
+// that answers, and stores the found scheme in `scheme`. Logs a failure with `prefix` and `site`.
 template <class WriteRequest, class ReadAnswer>
 int CallBroker(DWORD& scheme, const SLElemData& record, WriteRequest writeRequest,
                ReadAnswer readAnswer, const char* prefix, const CallSite& site) {

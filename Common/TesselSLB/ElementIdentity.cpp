@@ -9,8 +9,8 @@ namespace {
 
 using Records = std::vector<SLElemData, HeapAllocator<SLElemData>>;
 
-// Reads a count and then each record. Releases the old records before it reads the first new
-// record. If the answer ends early, the records that were not read stay empty.
+// Reads the number of records and then each record. Releases the old records before it reads the
+// first new record. If the answer ends early, the records that were not read stay empty.
 template <class ReadRecord>
 void ReadRecords(JArchive& answer, Records& records, ReadRecord readRecord) {
   std::int32_t count = 0;

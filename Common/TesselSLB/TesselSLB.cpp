@@ -1,5 +1,6 @@
-// Runs in the client and in the broker. The exports with C linkage: the log for callers, and, for
-// the program that hosts the broker, the server's end of the pipe and the additional windows.
+// Runs in the client and in the broker. The exported functions with C linkage. DTrace writes a
+// caller's text to the log. The other functions are for the program that hosts the broker: the
+// server's end of the pipe, and the additional windows.
 #include <windows.h>
 
 #include <array>
@@ -16,7 +17,8 @@
 
 namespace {
 
-// The state from InitComm to UninitComm. The pending message is a member of this state, so that a
+// The state from InitComm to UninitComm. `pendingMessage` is a request that has arrived, but that
+// ReadMessage has not yet returned to the host. Each channel has its own pending message, so that a
 // new channel never returns a request of an old channel.
 struct Channel {
   const std::shared_ptr<IJbPipe> pipe = std::make_shared<CJbPipe>();
@@ -24,8 +26,8 @@ struct Channel {
   std::wstring pendingMessage;
 };
 
-// Each call copies this pointer before it uses the channel. So another thread may call UninitComm
-// at any moment.
+// Each call copies this pointer before it uses the channel. The copy keeps the channel alive, so
+// another thread may call UninitComm at any moment.
 std::atomic<std::shared_ptr<Channel>> currentChannel;
 
 std::wstring SourceText(const wchar_t* source) {

@@ -12,8 +12,8 @@ using Tessel::ArchiveException;
 
 namespace {
 
-// The code in json/ cannot log. Instead, it calls this hook with a condition that should hold but
-// does not.
+// The code in json/ cannot log. When a condition that should hold does not hold, this code calls
+// the hook with the text of the condition, and the hook writes the log line.
 const struct CheckReporter {
   CheckReporter() {
     base::SetCheckFailedHook(
@@ -29,8 +29,8 @@ base::StringView StringOf(base::ValueView element) {
 
 }  // namespace
 
-// Constructs the ListText explicitly. The variant's default constructor would first fill the object
-// with zeros.
+// Constructs the ListText explicitly, to save time: the variant's default constructor would first
+// fill the object with zeros.
 JArchive::JArchive() : content_(std::make_shared<Content>(std::in_place_type<base::ListText>)) {}
 
 std::wstring JArchive::toString() const {
@@ -105,7 +105,7 @@ JArchive& JArchive::operator>>(bool& value) {
 }
 
 JArchive& JArchive::operator>>(std::string& utf8) {
-  // Current() may throw an exception. Then `utf8` must be unchanged, so clear it only afterwards.
+  // If Current() throws an exception, `utf8` must stay unchanged. So clear `utf8` only after it.
   const base::ValueView current = Current();
   utf8.clear();
   utf8 = base::ToUtf8(StringOf(current));

@@ -37,11 +37,13 @@ struct PipeMessage {
 // Time-outs are in milliseconds. Functions return true on success, and false if a system call
 // fails. The failure is logged, except in DisconnectClient, in DuplicatePipeHandle, and when a
 // write fails at once. Misuse throws PipeException. Only one thread at a time may use an endpoint,
-// but a second thread may call Shutdown.
+// but a second thread may call Shutdown. Parameters with the name `serverProcessId` matter only
+// after SetAppendProcessId(true), the default.
 class IJbPipe {
  public:
-  // Server only. Creates the pipe. If the pipe's name is already in use, tries again until the
-  // time-out.
+  // Server only. Creates the pipe. While the system returns ERROR_PIPE_BUSY (the pipe already has
+  // as many instances as it allows), tries again until the time-out. If `firstInstance` is true,
+  // fails if the pipe already exists.
   virtual bool CreateServerPipe(std::uint32_t retryTimeout, bool firstInstance) = 0;
   // Server only. Waits until a client connects. A time-out of INFINITE waits without limit.
   // `timedOut` may be null. Otherwise `*timedOut` receives 1 if no client connected in time, else
@@ -59,8 +61,10 @@ class IJbPipe {
   // Duplicates the pipe's handle into the process `processId`. Returns null on failure.
   virtual HANDLE DuplicatePipeHandle(std::uint32_t processId) = 0;
   virtual void Close() = 0;
+  // Returns true if the pipe exists or appears within the time-out.
   virtual bool ServerPipeExists(std::uint32_t serverProcessId, std::int32_t timeout) = 0;
   virtual void SetPipeName(const std::wstring& baseName) = 0;
+  // If `append` is true, the pipe's name is the base name followed by the server's process id.
   virtual void SetAppendProcessId(bool append) = 0;
   virtual bool ReadString(std::wstring& text) = 0;
   virtual bool WriteString(std::wstring_view text) = 0;
@@ -72,7 +76,7 @@ class IJbPipe {
   // If `pump` is true, a read that waits lets the windows of its thread receive sent messages.
   virtual void SetPumpMessages(bool pump) = 0;
   // Server only. Wakes a thread that waits in WaitClientToConnect, by connecting to the pipe.
-  // `timeout` limits this attempt. After Shutdown and until Close, CreateServerPipe,
+  // `timeout` limits the attempt to connect. After Shutdown and until Close, CreateServerPipe,
   // WaitClientToConnect and all reads and writes throw PipeShutdownException.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;

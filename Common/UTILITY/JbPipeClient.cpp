@@ -71,7 +71,8 @@ bool CJbPipe::ConnectToServerPipe(std::uint32_t serverProcessId) {
   return true;
 }
 
-// Returns the error of the last attempt, or ERROR_SUCCESS.
+// Opens the pipe. Returns ERROR_SUCCESS, or the error of the last attempt. Makes no further attempt
+// if access is denied or there is no such pipe.
 DWORD CJbPipe::OpenPipe(const std::wstring& name) {
   DWORD error = ERROR_SUCCESS;
   const auto isDecided = [&] {

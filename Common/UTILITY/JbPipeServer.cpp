@@ -77,8 +77,8 @@ bool CJbPipe::StartWait(OVERLAPPED& overlapped) {
     case ERROR_PIPE_LISTENING:
       return true;
     case ERROR_IO_PENDING:
-      // Shutdown ends this wait by connecting to the pipe. If Shutdown ran before ConnectNamedPipe,
-      // nothing would end the wait. So cancel the wait here.
+      // Shutdown connects to the pipe to end this wait. If Shutdown has tried to connect before
+      // ConnectNamedPipe, nothing would end the wait. So cancel the wait here.
       if (!shutDown_) return true;
       CancelWait(overlapped);
       return false;

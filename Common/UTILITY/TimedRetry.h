@@ -14,7 +14,8 @@ class TimedRetry {
   static constexpr HRESULT kTimedOut = static_cast<HRESULT>(0x80040226);
   static constexpr DWORD kPauseMilliseconds = 50;  // the pause between two attempts
 
-  // The time-out starts at construction. Without `cancelled` the retry cannot be cancelled.
+  // The time-out starts at construction. Run calls `cancelled` after each failed attempt, and stops
+  // if it returns true. An empty `cancelled` is never called.
   explicit TimedRetry(std::int32_t timeoutMilliseconds, std::function<bool()> cancelled = {})
       : timeout_(timeoutMilliseconds), cancelled_(std::move(cancelled)) {}
 

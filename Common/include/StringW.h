@@ -1,7 +1,7 @@
 // Runs in the client and in the broker. A shared UTF-16 string with the layout of ATL's class: one
-// pointer to the first unit. A header before the first unit names the manager that allocated the
-// buffer. Only this manager frees the buffer, so programs and DLLs that were built separately can
-// exchange strings. Several threads may use copies of one string at the same time.
+// pointer to the first UTF-16 unit. A header before the first unit names the manager that allocated
+// the buffer. Only this manager frees the buffer, so programs and DLLs that were built separately
+// can exchange strings. Several threads may use copies of one string at the same time.
 #pragma once
 
 #include <windows.h>
@@ -30,9 +30,9 @@ struct StringHeader {
   wchar_t* Text() noexcept { return reinterpret_cast<wchar_t*>(this + 1); }
 
   StringManager* manager;
-  int length;    // the number of UTF-16 units, without the terminator
-  int capacity;  // the greatest length that fits into the buffer
-  long references;
+  int length;       // the number of UTF-16 units, without the terminator
+  int capacity;     // the greatest length that fits into the buffer
+  long references;  // the number of strings that share the buffer; negative if it may not be shared
 };
 static_assert(sizeof(StringHeader) == 24);
 
@@ -71,7 +71,8 @@ class HeapStringManager final : public StringManager {
  private:
   HeapStringManager() noexcept { nil_.header = {this, 0, 0, 1}; }
 
-  // Returns 0 if the arguments are out of range.
+  // Returns the size of the header, the units and the terminator in bytes. Returns 0 if the
+  // arguments are out of range.
   static SIZE_T SizeOf(int units, int unitSize) noexcept {
     if (units < 0 || units == INT_MAX || unitSize <= 0) return 0;
     return sizeof(StringHeader) + (static_cast<SIZE_T>(units) + 1) * unitSize;
@@ -93,7 +94,8 @@ class CStringW {
   // release.
   ~CStringW() { Release(text_); }
 
-  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): equal pointers include self-assignment
+  // The comparison of the pointers also detects self-assignment.
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
   CStringW& operator=(const CStringW& other) {
     if (text_ == other.text_) return *this;
     StringHeader* source = HeaderOf(other.text_);

@@ -1,7 +1,8 @@
 // Used by the client and by the broker's host. TESSELSLB_API marks the functions that
-// TesselSLB_x64.dll exports. Microsoft's compiler exports them from this module and imports them
-// into a client. For other compilers the macro is empty: the export definition file exports the
-// functions, and a client's linker finds them through the import library.
+// TesselSLB_x64.dll exports. For Microsoft's compiler the macro exports the functions when the DLL
+// is built, and imports them when a client is built. For other compilers the macro is empty: the
+// DLL's export definition file exports the functions, and a client's linker finds them through the
+// import library.
 #pragma once
 
 #if defined(_MSC_VER) && defined(TESSELSLB_BUILD)
@@ -12,7 +13,8 @@
 #define TESSELSLB_API
 #endif
 
-// These macros set the size and the signedness of an enumeration in C++. C11 cannot set them.
+// In C++ these macros give an enumeration a fixed size and signedness. In C they are empty, because
+// C11 has no syntax for this.
 #ifdef __cplusplus
 #define TESSELSLB_AS_INT : int
 #define TESSELSLB_AS_ULONG : unsigned long

@@ -1,6 +1,6 @@
 // Runs in the broker's process. Functions for the program that hosts the broker: the server's end
-// of the pipe, and windows that bring work to the thread that created them. C11 and C++17. "The
-// module" is TesselSLB_x64.dll.
+// of the pipe, and hidden windows through which any thread can pass work to the thread that created
+// the window. For C11 and C++17. "The module" is TesselSLB_x64.dll.
 //
 // Calls: call InitComm once. For each request call ReadMessage, and then WriteMessage exactly once.
 // After a failed ReadMessage call no WriteMessage. Finally call UninitComm.
@@ -25,17 +25,19 @@ enum SLChannelResult TESSELSLB_AS_INT {
   SL_CHANNEL_SUCCESS = 0,
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
-  // InitComm: invalid scheme. Other functions: a call out of order, or UninitComm has closed the
-  // channel.
+  // InitComm: the scheme is invalid. Other functions: the call is not allowed at this moment,
+  // UninitComm has closed the channel during the call, or InitComm has returned -4.
   SL_CHANNEL_CLOSED = -3,
-  // Another host uses the pipe's name, or a call that uses a closed channel of this name has not
-  // returned yet.
+  // Another host uses the pipe's name, or a ReadMessage or WriteMessage of an earlier channel with
+  // this name is still running.
   SL_CHANNEL_NOT_CREATED = -4,
   SL_CHANNEL_INVALID_ARGUMENT = -5,
-  // After -6, -7 or -15 the host calls ReadMessage again.
-  SL_CHANNEL_CANNOT_READ = -6,   // the client left or sent nothing for 3 s, or the wait failed
-  SL_CHANNEL_CANNOT_WRITE = -7,  // the client left or did not read for 3 s, or the text is empty
-  SL_CHANNEL_NO_CLIENT = -15,    // no client connected in time
+  // The client left, the client sent nothing for 3 s, or the wait for a client failed. After -6, -7
+  // or -15 the host calls ReadMessage again.
+  SL_CHANNEL_CANNOT_READ = -6,
+  // The client left, the client did not read for 3 s, or the answer is empty.
+  SL_CHANNEL_CANNOT_WRITE = -7,
+  SL_CHANNEL_NO_CLIENT = -15,  // no client connected in time
 };
 
 #ifdef __cplusplus
@@ -46,20 +48,21 @@ extern "C" {
 // also from the address.
 //
 // scheme          an SLUriScheme value of TesselCodes.h.
-// connectTimeout  how long each ReadMessage waits for a client, in milliseconds. 0xFFFFFFFF is
-//                 without limit.
+// connectTimeout  how long each ReadMessage waits for a client, in milliseconds. 0xFFFFFFFF means
+//                 no limit.
 // source          the address of the content. Null means an empty address. A value below 0x10000 is
-//                 the id of a string in the module's resources. The module has none so far, so such
-//                 a value means an empty address, too.
+//                 the id of a string in the module's resources. The module has no such strings so
+//                 far, so such a value means an empty address, too.
 //
-// Call UninitComm before you call InitComm again. Otherwise nothing wakes a thread that is still in
-// ReadMessage or WriteMessage, and InitComm for the same pipe name returns -4 until this thread
-// returns from its call. If InitComm creates another channel, a later UninitComm closes only that
-// one, and the old call still goes on.
+// Call UninitComm before you call InitComm again, because only UninitComm wakes a thread that waits
+// for a client in ReadMessage. If you call InitComm first, this thread stays in its call:
+// - With the same pipe name, InitComm returns -4 until the thread has returned.
+// - With a different pipe name, InitComm succeeds. UninitComm then closes only the new channel, and
+//   the thread still stays in its old call.
 //
-// After -3 an earlier channel stays open. Any other result closes the earlier channel. After -4
-// there is a channel that cannot be used: ReadMessage, WriteMessage and UninitComm return -3. The
-// next InitComm replaces it.
+// If the result is -3, an earlier channel stays open. Any other result closes the earlier channel.
+// After -4 the channel exists only formally: ReadMessage, WriteMessage and UninitComm return -3
+// until the next InitComm.
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
@@ -71,18 +74,19 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 //         out: after -2, the size that the request needs. All other results, success included,
 //         leave `*size` unchanged.
 //
-// After -2 the next call returns the same request at once. Exception: an empty request is lost, and
-// the next call returns -3. So pass a buffer of at least one unit.
+// After -2 the next call returns the same request at once. Exception: if the request is empty, a
+// call with `*size` 0 returns -2 and loses the request, and the next call returns -3. A buffer of
+// at least one unit avoids this.
 //
-// ReadMessage takes up to `connectTimeout`, and then 3 s for a client that sends nothing. A request
-// may arrive in parts, and the 3 s apply to each part.
+// ReadMessage waits up to `connectTimeout` for a client, and then up to 3 s for the request. A
+// request may arrive in parts, and the 3 s apply to each part.
 // Result: 0, -1, -2, -3, -5, -6, -15.
 TESSELSLB_API int __stdcall ReadMessage(wchar_t* buffer, unsigned long* size);
 
 // Sends the answer, waits until the client has read it, and disconnects the client. Disconnects the
 // client even if the answer cannot be sent. Writing the answer into the pipe takes 3 s at most.
-// Then the call waits, without limit, until the client has read all of it or disconnects. No other
-// function ends this wait.
+// Then the call waits, without limit, until the client has read the whole answer or disconnects. No
+// other function ends this wait.
 // Result: 0, -1, -3, -5, -7.
 TESSELSLB_API int __stdcall WriteMessage(const wchar_t* message);
 
@@ -99,7 +103,7 @@ TESSELSLB_API int __stdcall UninitComm(void);
 // Destroy all windows before you unload the module. Do not load the module again after that: its
 // window class stays registered, so no window could be created.
 //
-// A failure returns null or FALSE and is logged, except when the system refuses a post. Only
+// A failure returns null or FALSE. It is also logged, unless the system refused a post. Only
 // std::bad_alloc may leave the functions.
 
 // Handles each message of a window, even the messages of its destruction. Only the lower 32 bits of

@@ -25,11 +25,11 @@
 // Search: GetElemFromPoint and FindCollection search for the broker if `uriScheme` is SL_NO_URI.
 // GetFocusedElement always searches. A search asks the tailored broker, and then the broker of the
 // scheme that the address begins with: http:, https: or file:, in small letters. It asks the second
-// broker only if the first one returns SL_NOT_SERVED. So a tailored broker that cannot be started
-// ends the search with SL_BROKER_NOT_STARTED. If the last result is SL_NOT_SERVED, the search runs
-// the injector and asks once more. Only one injection runs at a time in a logon session: an
-// injection waits up to 30 s for the injections of other clients, and about 10 s for its own
-// injector. A search takes about 320 s at most.
+// broker only if the tailored broker returns SL_NOT_SERVED. So a tailored broker that cannot be
+// started ends the search with SL_BROKER_NOT_STARTED. If the last result is SL_NOT_SERVED, the
+// search runs the injector and asks both brokers once more. Only one injection runs at a time in a
+// logon session: an injection waits up to 30 s for the injections of other clients, and about 10 s
+// for its own injector. A search takes about 320 s at most.
 //
 // Results: each function returns SL_SUCCESS or one of the results that its comment names.
 // - Round-trip codes: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE,
@@ -37,21 +37,22 @@
 // - Search codes: the round-trip codes, and the codes of an injection: SL_FAILURE,
 //   SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED, and SL_INVALID_ARGUMENT (no such window). The
 //   window is checked only when a broker is injected. If no broker is injected, a call with a
-//   window that does not exist returns SL_BROKER_NOT_STARTED or what the broker answers.
-// A status is a number that the broker chooses, and is returned unchanged. SL_NOT_SERVED means that
-// the broker does not show the content. Brokers should use 100 for an unknown command, 101 for an
-// unknown element, 102 for something that the element does not support or have, and 103 for a
-// broken request. A broker may also answer with a number that is another SL_ code. The client
-// cannot tell such a status from the module's own code.
+//   window that does not exist returns SL_BROKER_NOT_STARTED or the status of the broker.
+// A status is a number that the broker chooses. The functions return it unchanged. A broker that
+// does not show the content answers with the status SL_NOT_SERVED. Brokers should use 100 for an
+// unknown command, 101 for an unknown element, 102 for something that the element does not support
+// or have, and 103 for a broken request. A broker may also choose a number that is another SL_
+// code. The client cannot tell such a status from the module's own code.
 //
-// Output arguments change only on success, unless the function says otherwise.
+// Output arguments change only on success, unless the function's comment says otherwise.
 //
 // If the broker ends during a call, the result is SL_CANNOT_READ or SL_CANNOT_CONNECT. The next
 // call starts a new broker. If the new broker cannot be started, for example because the launcher
 // is missing, the call returns SL_BROKER_NOT_STARTED. A new broker does not know the old objects
-// and answers with a status, usually 101. So after one of these three codes, free `objectId` and
-// set it to null in all records of this broker (the last two lines of the example at ReleaseObj).
-// Otherwise each record's destruction tries to start a broker, and may wait 16 s or longer.
+// and answers with a status, usually 101. So after SL_CANNOT_READ, SL_CANNOT_CONNECT or
+// SL_BROKER_NOT_STARTED, free `objectId` and set it to null in all records of this broker (the last
+// two lines of the example at ReleaseObj). Otherwise the destruction of each record tries to start
+// a broker, and may wait 16 s or longer.
 //
 // Threads: any number of threads may call at the same time, each with its own records and vectors.
 // No function is bound to a thread.
@@ -65,8 +66,10 @@
 // - std::bad_alloc or std::length_error: memory is exhausted, or an answer announces too many
 //   elements.
 // - ATL's exception with E_OUTOFMEMORY: memory for a text is exhausted.
-// - ATL's exception with E_FAIL or E_INVALIDARG: a path does not fit its buffer.
-// - std::system_error: the security of the injection mutex cannot be set up.
+// - ATL's exception with E_FAIL or E_INVALIDARG: the module's folder has such a long path that the
+//   path of slinject.exe or SLBroker.xap in this folder does not fit into MAX_PATH characters.
+// - std::system_error: the security of the mutex that allows only one injection at a time cannot be
+//   set up.
 // A client can catch these exceptions only if the same compiler built the client and the DLL. In
 // any other client they end the process.
 #pragma once
@@ -96,7 +99,7 @@ namespace TesselSilverlight {
 //         out: `processId` is set to the window's process if it was 0, even if the call then fails.
 //         `uriScheme` is set if a search succeeded.
 // pt      the point.
-// option  the broker defines its meaning.
+// option  a number for the broker, which defines its meaning.
 // found   out: the element, with the window, process, scheme and address of `window`. Its `rect`
 //         does not change. If there is no element, the result is SL_SUCCESS and `objectId` is
 //         empty. Pass a new record: an element that the record already names is not released and
@@ -121,9 +124,9 @@ TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 // search1, search2, search3
 //         the texts, which are not changed. Null counts as an empty text.
 // found   out: a new record for each element, `rect` included. The old records are released, one
-//         call each. An answer begins with the number of elements. If it then ends too early
-//         (SL_ARCHIVE_FAILURE), the vector still has that many records, and the records that were
-//         not read are empty.
+//         call each. An answer begins with the number of elements. If the answer then ends too
+//         early (SL_ARCHIVE_FAILURE), the vector still has this number of records, and the records
+//         that were not read are empty.
 // Result: the search codes, or SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
@@ -143,8 +146,10 @@ TESSELSLB_API int GetParentElement(const SLElemData& child, SLElemData& parent);
 // Returns the ancestors of an element, with a number for each. The broker defines their order, the
 // meaning of the numbers, and whether the element itself is included.
 //
-// ancestors  out: as `found` of FindCollection, but `rect` is empty. Must not contain `elem`.
-// numbers    out: the numbers are appended. After SL_ARCHIVE_FAILURE the numbers read so far stay.
+// ancestors  out: as `found` of FindCollection, but `rect` is empty. The vector must not contain
+//            `elem`.
+// numbers    out: the numbers are appended. After SL_ARCHIVE_FAILURE the vector also contains the
+//            numbers that were read before the failure.
 // Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
                                   std::vector<SLElemData, HeapAllocator<SLElemData>>& ancestors,
@@ -177,14 +182,15 @@ TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, 
 // Result: E_NOTIMPL, SL_INVALID_OBJECT.
 TESSELSLB_API int GetElementValue(const SLElemData& elem, CComBSTR& value);
 
-// Returns the rectangle of an element. After SL_ARCHIVE_FAILURE the sides of `rect` that were read
-// are set.
+// Returns the rectangle of an element. After SL_ARCHIVE_FAILURE, `rect` contains the sides that
+// were read before the failure; the other sides are unchanged.
 // Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 
 // Returns a named attribute as text.
 //
-// name   is not changed. A literal needs a cast: const_cast<wchar_t*>(L"text").
+// name   the attribute's name. The function does not change it. A string literal needs a cast:
+//        const_cast<wchar_t*>(L"text").
 // value  out: a BSTR that the client frees. Free an old BSTR before the call, because its pointer
 //        is overwritten.
 // Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name,
@@ -192,8 +198,9 @@ TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 // exists.
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
-// Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE the
-// items read so far stay. The broker defines the meaning of `flag`; only 0 or not 0 counts.
+// Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE,
+// `items` also contains the texts that were read before the failure. The broker defines the meaning
+// of `flag`. The broker learns only whether `flag` is 0.
 // Result: the round-trip codes, or SL_INVALID_OBJECT. Any positive status means that the element
 // has no items or no longer exists.
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
@@ -214,7 +221,7 @@ TESSELSLB_API int SetValue(const SLElemData& elem, const CComBSTR& text);
 // Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int SetFocus(const SLElemData& elem);
 
-// Checks (not 0) or unchecks (0) the element.
+// Unchecks the element if `check` is 0, otherwise checks it.
 // Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int CheckElem(const SLElemData& elem, int check);
 
@@ -241,9 +248,9 @@ TESSELSLB_API int ReleaseObj(SLElemData& obj);
 }  // namespace TesselSilverlight
 
 // Names an element, or only a window and the address of its content. The record owns the broker's
-// object: destroying a valid record, or assigning to it, calls ReleaseObj, which may block like any
-// call. Destroying a vector of n valid records makes n calls. Records can be moved but not copied.
-// Moving takes the object out of the source without a call.
+// object: destroying a valid record, or assigning to it, calls ReleaseObj. This call may block like
+// any other call. Destroying a vector of n valid records makes n calls. Records can be moved but
+// not copied. A move takes the object out of the source record without a call.
 struct SLElemData {
   SLElemData() = default;
   SLElemData(const SLElemData&) = delete;

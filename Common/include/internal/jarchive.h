@@ -1,6 +1,7 @@
 // Runs in the client and in the broker. A message between client and broker: a list of simple
-// values, sent as one JSON array. The sender appends the values, and the receiver reads them in the
-// same order. Both sides must know the order of the types, because each read expects one type.
+// values, sent as one JSON array. The sender appends the values with <<, and the receiver reads
+// them with >> in the same order. Both sides must know the order of the types, because each read
+// expects one type.
 #pragma once
 
 #include <cstdint>
@@ -30,12 +31,12 @@ class ArchiveException {
 
 }  // namespace Tessel
 
-// Copies of an archive share the values, but each copy has its own cursor. Only one thread at a
-// time may use an archive and its copies.
+// Copies of an archive share the values, but each copy has its own cursor: the position of the next
+// value to read. Only one thread at a time may use an archive and its copies.
 class JArchive {
  public:
   JArchive();
-  // There is no move constructor, so a move copies: a moved-from archive must stay usable.
+  // There is no move constructor, so a move makes a copy. Thus a moved-from archive stays usable.
   JArchive(const JArchive&) = default;
   JArchive& operator=(const JArchive&) = default;
 
@@ -47,7 +48,8 @@ class JArchive {
   std::wstring_view toString(std::wstring& buffer) const;
 
   // Replaces the content by the elements of a JSON array and sets the cursor to the first element.
-  // If the text is not a JSON array, throws ArchiveException and leaves the archive unchanged.
+  // Copies of the archive keep the old content. If the text is not a JSON array, throws
+  // ArchiveException and leaves the archive unchanged.
   void fromString(std::wstring_view text);
 
   JArchive& operator<<(std::int32_t value);
@@ -69,7 +71,7 @@ class JArchive {
   JArchive& operator>>(std::string& utf8);
   JArchive& operator>>(CComBSTR& text);
 
-  // Reads a count and then this number of elements, and appends them to the vector.
+  // Reads the number of elements and then each element, and appends the elements to the vector.
   template <class T, class Allocator>
   JArchive& operator>>(std::vector<T, Allocator>& elements) {
     LOG_INFO_W(L"Archive: read vector");
@@ -84,8 +86,9 @@ class JArchive {
   }
 
  private:
-  // A request is only written, so the content starts as text. The text is converted to values on
-  // the first read, or when a string cannot be stored exactly as text.
+  // The content starts as JSON text, because the sender of a request never reads its values. The
+  // text is converted to values on the first read, or when a string cannot be stored exactly as
+  // text.
   using Content = std::variant<base::ListText, base::ListValue>;
 
   base::ListValue& Values() const;
