@@ -1,15 +1,15 @@
-// Runs in the client. Makes exceptions work on a stack that the caller has made itself, as some
-// foreign function interfaces do.
+// Runs in the client. Makes C++ exceptions work if the caller runs a function on a stack that the
+// caller has allocated. Some libraries that call C functions from other languages do so.
 #pragma once
 
 namespace tessel::c {
 
 // Hides the thread's list of exception handlers if its first entry is not on the current stack.
 //
-// Wine keeps this list, and takes each entry below the current stack pointer for a function that
-// has returned. On a stack above the thread's own one, this is true for the outermost handler, and
-// that one ends the process before our `catch` is found (seen with Wine 8). Windows has no such
-// list in 64-bit programs.
+// Wine keeps this list. If an entry lies below the current stack pointer, Wine assumes that the
+// function of the entry has returned. If the caller's stack lies above the stack of the thread,
+// this is wrong for the outermost handler of the thread. This handler then ends the process before
+// our `catch` is found (seen with Wine 8). Windows has no such list in 64-bit programs.
 class HandlersOfOtherStacks {
  public:
   HandlersOfOtherStacks();

@@ -1,5 +1,5 @@
-// Runs in the client. The frame of every function of the C interface: checks the arguments, finds
-// and locks the objects, and turns exceptions into codes.
+// Runs in the client. The code that all functions of the C interface share: checks the arguments,
+// finds and locks the objects, and turns exceptions into codes.
 #pragma once
 
 #include <exception>
@@ -40,6 +40,7 @@ class Frame {
     return *result = Result{};
   }
 
+  // These functions return an argument in its C++ form. They throw Error if it is not valid.
   std::wstring_view Given(const wchar_t* text) const;
   Search Given(const tessel_search* search) const;
   SLUriScheme GivenScheme(std::int32_t scheme) const;
@@ -91,12 +92,12 @@ std::int32_t Run(const char* function, tessel_error** error, Body body) noexcept
   }
 }
 
-// Returns a copy that the caller of the C interface frees with tessel_text_free.
+// Returns a copy of the text, which the caller of the C interface frees with tessel_text_free.
 wchar_t* CopyOf(std::wstring_view text);
 
 tessel_rectangle RectangleOf(const RECT& rect);
 
-// These functions return a new handle, or 0 if there is no element.
+// These functions return a new handle. For an empty optional the first function returns 0.
 tessel_element HandleOf(std::optional<Element> element, const std::shared_ptr<Lock>& lock);
 tessel_list HandleOf(std::vector<Element> elements, const std::shared_ptr<Lock>& lock);
 tessel_list HandleOf(std::vector<Ancestor> ancestors, const std::shared_ptr<Lock>& lock);

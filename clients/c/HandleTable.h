@@ -1,6 +1,6 @@
-// Runs in the client. The handles of the C interface. A handle is a number made of a kind, a
-// generation and a slot. Each slot gets a new generation when it is used again, so an old handle
-// names no object.
+// Runs in the client. The handles of the C interface. A handle is a number that consists of the
+// kind of its object, the index of a slot in the table, and the generation of this slot. The
+// generation of a slot changes when its object is removed, so an old handle names no object.
 #pragma once
 
 #include <cstdint>

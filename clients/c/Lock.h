@@ -1,5 +1,5 @@
-// Runs in the client. A lock that its thread may take again. The runtime's own mutexes are not
-// used, because those of MinGW keep some memory when they are destroyed.
+// Runs in the client. A lock that a thread may take again while it holds the lock. It replaces
+// std::recursive_mutex, because a mutex of MinGW does not free all its memory when it is destroyed.
 #pragma once
 
 #include <windows.h>

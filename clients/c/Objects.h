@@ -13,9 +13,9 @@
 
 namespace tessel::c {
 
-// A content shares its lock with its elements, so calls of one content run one after another. The
-// check of tessel_wait_until may make calls, too, because it runs on the thread that holds the
-// lock.
+// A content shares its lock with its elements, so calls for one content run one after another. A
+// thread can take the lock again while it holds it. tessel_element_identify needs this: it locks
+// both elements, and they may have the same lock.
 struct ContentObject {
   explicit ContentObject(Content opened) : content(std::move(opened)) {}
 
@@ -23,8 +23,8 @@ struct ContentObject {
   const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
 };
 
-// The destructor releases the element. It runs on the thread that frees the handle, or on the
-// thread that ends the last call with this object.
+// The destructor releases the element. It runs on the thread that frees the handle. If another
+// thread still uses the object then, the destructor runs on that thread when its call ends.
 class ElementObject {
  public:
   ElementObject(Element owned, std::shared_ptr<Lock> contentLock)
@@ -42,9 +42,9 @@ class ElementObject {
 
 struct ListEntry {
   std::wstring text;  // the text, or the element's id
-  // Null after the element was taken, or in a list of texts.
+  // Null in a list of texts, and after tessel_list_take has taken the element.
   std::shared_ptr<ElementObject> element;
-  long number = 0;
+  long number = 0;  // the number of an ancestor; 0 in other lists
 };
 
 struct ListObject {

@@ -1,5 +1,6 @@
 // Runs in the client. The functions of the C interface that wait for a condition. A wait holds the
-// content's lock only while it looks, so that other threads can call in between.
+// content's lock only during each check, so that other threads can make calls between two checks.
+// tessel_wait_until never holds the lock itself, because the functions that its check calls do.
 #include "clients/c/Frame.h"
 
 using namespace tessel::c;
@@ -7,7 +8,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-// Returns the condition with the lock held during each look.
+// Returns a condition with the same check, which holds the lock while the check runs.
 template <class Place, class Look>
 auto Locked(const Place& place, tessel::Condition<Look> condition, std::shared_ptr<Lock> lock) {
   std::wstring what = condition.What();

@@ -1,4 +1,5 @@
-// Checks the arguments of callers. koffi would take a number for an address in memory.
+// Checks the arguments that programs pass. Without these checks koffi, the package that calls the DLL,
+// would use a number as a pointer.
 import { inspect } from 'node:util';
 
 export const SCHEMES = [undefined, 'http', 'https', 'file', 'tailored'];
@@ -43,7 +44,7 @@ export function search(value) {
   };
 }
 
-// Returns the time-out and the interval.
+// Returns an array of the time-out and the interval, in milliseconds.
 export function times(value) {
   const { timeout, interval = 250 } = members('times', value, ['timeout', 'interval']);
   return [integer('timeout', timeout, UINT32), integer('interval', interval, UINT32)];

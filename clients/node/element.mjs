@@ -6,7 +6,7 @@ import { call, callNow } from './library.mjs';
 export class Element {
   #handle;
 
-  // Is called by a task of the queue, so no other thread uses the content.
+  // Runs as part of a task of the queue. So no other thread uses the content, and callNow need not wait.
   constructor(handle) {
     this.#handle = handle;
     handle.freeWhenForgotten(this, 'element_release');
@@ -88,7 +88,8 @@ export class Element {
     await this.#handle.free('element_abandon');
   }
 
-  // Two contents have two queues, so one call must not use elements of both.
+  // Returns the ancestor's handle, or 0 if there is no ancestor. Refuses an element of another content,
+  // because the queue of this content does not order the calls for that element.
   #valueOf(ancestor) {
     if (ancestor === undefined) return 0;
     if (ancestor instanceof Element && ancestor.#handle.queue === this.#handle.queue) {
@@ -104,7 +105,9 @@ if (Symbol.asyncDispose) {
   };
 }
 
-// Each of these calls a function about a handle that returns one element, or a list.
+// Each of the next functions calls a function of the C interface with the handle as first argument.
+// elementFrom is for functions that return one element. elementsFrom is for functions that return a
+// list of elements, and entriesFrom is for functions that return a list of any kind.
 
 export function elementFrom(handle, name, ...args) {
   return handle.queue.run(async () => {
@@ -117,7 +120,8 @@ export async function elementsFrom(handle, name, ...args) {
   return await entriesFrom(handle, name, (list, index) => take(handle.queue, list, index), ...args);
 }
 
-// Returns null if there is no list.
+// Calls `read` for each index, and resolves to the array of its results. Resolves to null if the
+// function returns no list.
 function entriesFrom(handle, name, read, ...args) {
   return handle.queue.run(async () => {
     const [list] = await call(name, handle.value, ...args, [null]);

@@ -1,13 +1,13 @@
 import { call } from './library.mjs';
 
-// Runs tasks one after another, in the order of the calls of run().
+// Runs tasks one after another, in the order in which run() received them.
 export class Queue {
   #last = Promise.resolve();
 
   run(task) {
     const result = this.#runAfter(this.#last, task);
     const ignore = () => {};
-    this.#last = result.then(ignore, ignore);  // does not keep the result alive
+    this.#last = result.then(ignore, ignore);  // without the result, so that it can be freed
     return result;
   }
 
@@ -27,18 +27,19 @@ export class Handle {
     this.value = value;
   }
 
-  // Calls a function about this handle. Resolves to the last argument.
+  // Calls the function `name` of the C interface, with this handle as first argument. Resolves to the
+  // last argument, which receives the result.
   run(name, ...args) {
     return this.queue.run(() => call(name, this.value, ...args));
   }
 
-  // Calls the function once the owner has been forgotten. The registry keeps this handle alive, so the
-  // handle must not refer to the owner.
+  // Calls the function `name` after the garbage collector has freed `owner`. The registry keeps this
+  // handle alive until then. So the handle must not refer to `owner`, or `owner` would never be freed.
   freeWhenForgotten(owner, name) {
     forgotten.register(owner, () => this.run(name), this);
   }
 
-  // Frees the handle by a function.
+  // Frees the handle now, by the function `name`.
   free(name) {
     forgotten.unregister(this);
     return this.run(name);

@@ -2,32 +2,34 @@
 // Finds, reads and drives the elements of Silverlight content in the windows of other programs.
 // This file is the manual. README.md shows how to begin.
 //
-// How it works: content runs inside a window, and a program that is called the broker answers for it.
-// Each function of Content and Element sends a request to the broker and waits for the answer, unless
-// its comment says that it sends nothing. If no broker runs yet, the function starts or injects one,
-// which can take minutes. A function takes at most 54 s with a broker that runs, 70 s if it starts a
-// broker, and 320 s if it searches and injects a broker.
+// How it works: Silverlight content runs inside a window. A program that is called the broker answers
+// requests about the content. Each function of Content and Element sends a request to the broker and
+// waits for the answer, unless its comment says that it sends nothing. If no broker runs yet, the
+// function starts a broker, or injects one into the process of the window. A function takes at most
+// 54 s with a broker that runs, 70 s if it starts a broker, and 320 s if it searches for a broker and
+// injects one.
 //
-// Promises: each function runs on another thread, so it never blocks the event loop. Functions of one
-// content and its elements run one after another, in the order in which the program called them. This
-// includes waits: a function that you call after a wait runs after it. Different contents do not wait
-// for each other.
+// Promises: each function returns a promise and runs on another thread, so it never blocks the event
+// loop. Functions of one content and its elements run one after another, in the order in which the
+// program called them. A wait counts as one function: what you call after waitUntilThere() runs only
+// after this wait has ended. Functions of different contents do not wait for each other.
 //
 // Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
-// invalid argument rejects the promise with a TypeError. All other failures reject it with a
-// TesselError, except for the failures that Content.open lists.
+// invalid argument rejects the promise with a TypeError. All other failures reject the promise with a
+// TesselError, except for the failures that the comment of Content.open describes.
 //
-// Elements: the broker keeps an object for each element that it hands out, until the program
-// releases the element. So release each element. Elements that the program forgets are released after
-// the garbage collector has found them. That can be late, and at the end of the program it does not
-// happen.
+// Elements: for each element that it sends to the program, the broker keeps an object until the
+// program releases the element. So release each element. If the program forgets an element, it is
+// released after the garbage collector has found it. That can be late. At the end of the program,
+// forgotten elements are not released.
 //
-// Lost broker: after the codes -6, -7 and -9 the content counts as lost, because each further request
-// to a broker that has ended or hangs can take a minute. While the content is lost, releasing elements
-// sends nothing. Other functions still send their requests, and the next answer of the broker ends
-// this state. A broker that was started again does not know the old elements: find them again.
+// Lost broker: the codes -6, -7 and -9 mean that the broker has ended or hangs, or that no broker could
+// be started. After one of them the content counts as lost. While the content is lost, releasing an
+// element sends nothing, because each further request could take a minute. All other functions still
+// send their requests. When the broker answers one of them, the content is no longer lost. A broker
+// that was started again does not know the old elements: find them again.
 
-/** A rectangle in the broker's coordinates, like all points. */
+/** A rectangle in the coordinates of the broker. All points use these coordinates too. */
 export interface Rectangle {
   left: number;
   top: number;
@@ -35,36 +37,45 @@ export interface Rectangle {
   bottom: number;
 }
 
-/** Selects the broker. "tailored" is a broker for one site alone: one scheme and host. */
+/**
+ * Names the kind of broker. 'tailored' means a broker for one site alone: for one scheme and host.
+ * Each of the others means the broker for all addresses that begin with this scheme.
+ */
 export type Scheme = 'http' | 'https' | 'file' | 'tailored';
 
-/** Names the content of a window. */
+/** Says which content to open, and how to find its broker. */
 export interface Place {
-  /** The exact title of a top-level window, or a window handle. */
+  /** The exact title of a top-level window (a string), or a window handle (a number or a bigint). */
   window: string | bigint | number;
-  /** The address of the content. */
+  /**
+   * The address of the content. Only its scheme, host and port are used to find the broker (of a file
+   * address: the part before the sixth slash). Write this part exactly as SceneBroker prints it when
+   * it starts.
+   */
   address: string;
   /**
-   * Without a scheme, the functions of the content search for the broker. The search tries the
-   * tailored broker first, and then the broker for the scheme of the address. If neither shows the
-   * content, a broker is injected into the process of the window.
+   * The kind of broker. If it is missing, the functions of the content search for the broker. The
+   * search tries the tailored broker first, and then the broker for the scheme of the address. If
+   * neither broker shows the content, the search injects a broker into the process of the window.
    */
   scheme?: Scheme;
   /**
-   * The folder of the TesselSLB_x64.dll to use. SLBroker.xap, which starting a broker needs, and
-   * slinject.exe, which injecting one needs, belong in the same folder. The default is
-   * the folder that an earlier Content.open used, else the folder bin of this package. A process can
-   * use only one folder.
+   * The folder of the TesselSLB_x64.dll to use. The same folder must contain SLBroker.xap (needed to
+   * start a broker) and slinject.exe (needed to inject a broker). The default is the folder that an
+   * earlier Content.open used. If there was none, the default is the folder `bin` of this package. A
+   * process can use only one folder.
    */
   module?: string;
 }
 
 /**
- * Three texts and two options that select elements. The broker defines their meaning. For
- * SceneBroker the texts are name, type and id, and an empty text, the default, matches everything.
- * option1 is the number of levels to search. 1 means only the roots of a content, or only the children
- * of an element. 0, the default, means all levels. With option2 a text matches if it is a part of the
- * text of the element.
+ * Three texts and two options that select elements. The broker defines their meaning. The defaults
+ * are empty texts, 0 and false. SceneBroker defines the members so:
+ * - The texts are the name, the type and the id of an element. An empty text matches everything.
+ * - `option1` is the number of levels to search. 1 means only the roots of a content, or only the
+ *   children of an element. 0 means all levels.
+ * - If `option2` is true, a text matches every element whose text contains it. If `option2` is false,
+ *   the two texts must be equal.
  */
 export interface Search {
   text1?: string;
@@ -84,12 +95,13 @@ export interface Identity {
 
 export interface Ancestor {
   element: Element;
-  /** The broker defines its meaning. */
+  /** A number that the broker sends with the ancestor. The broker defines its meaning. */
   number: number;
 }
 
-/** How long to wait, in milliseconds. */
+/** The times of a wait, in milliseconds. */
 export interface Times {
+  /** How long to wait at most. If it is 0, the condition is checked once. */
   timeout: number;
   /** The time between two checks. Default: 250. */
   interval?: number;
@@ -100,23 +112,33 @@ export class Content implements AsyncDisposable {
   private constructor();
 
   /**
-   * Opens the content of a window. Sends nothing. Rejects with the code -5 if the window does not
-   * exist, or if not exactly one top-level window has exactly this title. Rejects with an Error
-   * that is no TesselError if the library cannot be loaded: on another system than Windows for x64,
-   * if a DLL is missing, or if an earlier open used a different folder of the module. Its message says
-   * what to do.
+   * Opens the content of a window. Sends nothing.
+   *
+   * Rejects with a TesselError with the code -5 if the address is empty, if the window does not exist,
+   * or if no window or more than one window has the title. Only top-level windows with exactly this
+   * title count.
+   *
+   * Rejects with an Error that is no TesselError if the library cannot be loaded: the system is not
+   * Windows for x64, a DLL is missing, or an earlier Content.open used a different folder `module`. The
+   * message of the Error says what to do.
    */
   static open(place: Place): Promise<Content>;
 
+  /** The handle of the window. */
   readonly window: bigint;
+  /** The address that was passed to Content.open. */
   readonly address: string;
 
-  /** The element at a point, or null. The broker defines the meaning of `option`. Default: 0. */
+  /**
+   * The element at a point, or null if there is none. The broker defines the meaning of `option`
+   * (default: 0).
+   */
   at(x: number, y: number, option?: number): Promise<Element | null>;
 
   /**
-   * The element that has the focus, or null. This function always searches, beginning with the
-   * tailored broker. So it works only without a scheme or with "tailored" (-5 otherwise).
+   * The element that has the focus, or null if there is none. This function always searches for the
+   * broker, and tries the tailored broker first. Therefore it rejects with -5 if the content was opened
+   * with a scheme other than 'tailored'.
    */
   focused(): Promise<Element | null>;
 
@@ -124,18 +146,20 @@ export class Content implements AsyncDisposable {
   find(search?: Search): Promise<Element[]>;
 
   /**
-   * The first matching element, or null. Asks for all matching elements too, and releases the others by
-   * one request each. So a narrow search is faster.
+   * The first matching element, or null if there is none. Requests all matching elements, and then
+   * releases all except the first one, by one request each. So findFirst is fast only if few elements
+   * match.
    */
   findFirst(search?: Search): Promise<Element | null>;
 
-  // The two functions check a condition at once, and again after each interval, until it is met. Only
-  // the first check may start or inject a broker. Later checks use the scheme that was found, and
-  // reject with -7 without a request if that broker has ended. If a check fails, the wait ends with its
-  // failure. After the time-out the functions reject with -103, and the error says what was seen last.
-  // A check that has begun is not interrupted.
+  // The next two functions wait for a condition. They check the condition at once, and again after
+  // each interval, until it is met. Only the first check may start or inject a broker. Later checks use
+  // the broker that the first check found. If that broker has ended, they send nothing, and the wait
+  // rejects with -7. If a check fails, the wait rejects with the failure of this check. After the
+  // time-out the wait rejects with -103, and the error says what was seen last. The time-out does not
+  // interrupt a check. So if the broker hangs, the wait can take longer than the time-out.
 
-  /** Waits until an element matches, and resolves to the first one. */
+  /** Waits until at least one element matches, and resolves to the first matching element. */
   waitUntilThere(search: Search, times: Times): Promise<Element>;
 
   /** Waits until no element matches. */
@@ -144,7 +168,10 @@ export class Content implements AsyncDisposable {
   /** Frees the content. Sends nothing. Its elements stay usable. */
   close(): Promise<void>;
 
-  /** Closes the content, and ignores failures. Missing in versions of Node.js without the symbol. */
+  /**
+   * Closes the content, and ignores failures. Old versions of Node.js have no Symbol.asyncDispose. There
+   * this function is missing.
+   */
   [Symbol.asyncDispose](): Promise<void>;
 }
 
@@ -153,76 +180,99 @@ export class Element implements AsyncDisposable {
   private constructor();
 
   readonly id: string;
-  /** The rectangle of the element at the time when a search by texts found it, else an empty one. */
+  /**
+   * If find(), findFirst() or waitUntilThere() found the element: the rectangle that the element had
+   * then. Otherwise an empty rectangle.
+   */
   readonly found: Rectangle;
+  /** The handle of the window. */
   readonly window: bigint;
   /** The id of the window's process. */
   readonly process: number;
   /** The scheme of the broker that knows the element. */
   readonly scheme: Scheme;
 
+  /** The parent, or null if the element has none. */
   parent(): Promise<Element | null>;
 
+  /** The ancestors. The broker defines their order. SceneBroker lists them from the parent to the root. */
   ancestors(): Promise<Ancestor[]>;
 
-  /** The elements of the default selector. */
+  /**
+   * The elements that make up the default selector of this element. The broker defines which elements
+   * these are, and their order. SceneBroker lists the elements from the root down to this element.
+   */
   selector(): Promise<Element[]>;
 
-  /** All matching elements below this one. */
+  /** All matching elements below this element. */
   find(search?: Search): Promise<Element[]>;
 
   /** What identifies the element, alone or relative to an ancestor from the same content. */
   identify(ancestor?: Element): Promise<Identity>;
 
+  /** The rectangle that the element has now. */
   rectangle(): Promise<Rectangle>;
 
   /**
-   * An attribute or a state. SceneBroker has the states "value", "checked" ("true" or "false") and
-   * "selected". Null if the broker answers with any positive status: the element has no such
-   * attribute, or it no longer exists.
+   * An attribute or a state as text. SceneBroker has the states "value", "checked" ("true" or "false")
+   * and "selected". Resolves to null if the broker answers with any positive status. Then the element
+   * has no such attribute, or the element no longer exists. Rejects with -5 if `name` is empty.
    */
   attribute(name: string): Promise<string | null>;
 
   /**
-   * The texts of the items of a list. Null if the broker answers with any positive status: the
-   * element is not a list, or it no longer exists.
+   * The texts of the items, if the element is a list. Resolves to null if the broker answers with any
+   * positive status. Then the element is not a list, or it no longer exists.
    */
   items(): Promise<string[] | null>;
 
-  // The next functions act on the element. Success means that the broker has accepted the command.
+  // The next five functions act on the element. When their promise resolves, the broker has accepted
+  // the command, but the content may change later. To wait for the change, use waitUntilAttribute().
 
   click(): Promise<void>;
   setValue(text: string): Promise<void>;
   setFocus(): Promise<void>;
-  /** Default: true. */
+  /** Checks the element, or unchecks it if `on` is false. Default: true. */
   check(on?: boolean): Promise<void>;
+  /** Selects the item with this text. */
   select(item: string): Promise<void>;
 
-  /** Waits, as the functions of Content do, until the attribute has this text. */
+  /** Waits until the attribute is exactly `text`. The comment above waitUntilThere() says how. */
   waitUntilAttribute(name: string, text: string, times: Times): Promise<void>;
 
   /**
-   * Releases the element by one request. Sends nothing while the content is lost. Afterwards the
-   * element names nothing, even if this function rejects, and its functions reject with -102.
+   * Releases the element by one request. Sends nothing while the content is lost. Afterwards all
+   * functions of this Element reject with -102, even if release() itself has rejected.
    */
   release(): Promise<void>;
 
-  /** Gives the element up and sends nothing. The broker keeps its object until it ends. */
+  /** Gives the element up without a request. The broker keeps the object until the broker ends. */
   abandon(): Promise<void>;
 
-  /** Releases the element, and ignores failures. Missing in versions of Node.js without the symbol. */
+  /**
+   * Releases the element, and ignores failures. Old versions of Node.js have no Symbol.asyncDispose.
+   * There this function is missing.
+   */
   [Symbol.asyncDispose](): Promise<void>;
 }
 
-/** A failure. The message holds all fields as one text for people. */
+/** A failure. `message` holds all members below as one text for people. */
 export class TesselError extends Error {
   private constructor();
 
   /**
-   * -3 to -13 are codes of the module: -5 invalid argument, -6 the broker sent no answer, -7 the
-   * broker cannot be reached, -9 no broker could be started. Codes of this
-   * library: -101 out of memory, -102 the element was already released or the content already closed,
-   * -103 time-out. A positive code is the broker's own status.
+   * The codes from -3 to -13 come from the module, TesselSLB_x64.dll. The most important ones:
+   * - -5: an argument is invalid.
+   * - -6: the broker sent no answer.
+   * - -7: the broker cannot be reached.
+   * - -9: no broker could be started.
+   *
+   * The codes of this library:
+   * - -101: out of memory.
+   * - -102: the element was already released, or the content was already closed.
+   * - -103: the time-out of a wait has passed.
+   *
+   * A positive code is the broker's own status.
    */
   readonly code: number;
   /** The name of the code, for example "SL_CANNOT_READ". */

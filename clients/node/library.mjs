@@ -1,18 +1,19 @@
-// Loads the two DLLs, and calls the functions of TesselSLB_c.dll. Names of functions are those of
-// tesselslb.h without "tessel_".
+// Loads the two DLLs through the package koffi, and calls the functions of TesselSLB_c.dll. The names
+// of the functions are those of tesselslb.h without "tessel_" at the beginning.
 import { existsSync } from 'node:fs';
 import { win32 as path } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 import { TesselError } from './error.mjs';
 
-// koffi runs each call on a stack of its own, of 128 KiB by default. Threads of Windows have 1 MiB.
+// koffi runs each call on a separate stack of 128 KiB by default. This is 1 MiB, as for a thread of
+// Windows.
 const STACK_SIZE = 1 << 20;
 
 let loaded = null;
 
-// Takes the folder of TesselSLB_x64.dll. Without it, the folder of an earlier call, or the
-// package's own one.
+// Loads the DLLs, unless an earlier call has loaded them. `module` is the folder of TesselSLB_x64.dll.
+// If it is undefined, uses the folder of the earlier call, or else the folder `bin` of this package.
 export async function load(module) {
   if (process.platform !== 'win32' || process.arch !== 'x64') {
     const actual = `${process.platform} ${process.arch}`;
@@ -30,7 +31,8 @@ export async function load(module) {
 
 function loadFrom(koffi, folder, bin) {
   growStack(koffi);
-  // TesselSLB_c.dll then uses the module that is already loaded.
+  // Loads the module first. TesselSLB_c.dll, which is loaded next, uses the module that is already in
+  // the process.
   loadDll(koffi, path.join(folder, 'TesselSLB_x64.dll'), 'name its folder with the option "module"');
   const library = loadDll(koffi, path.join(bin, 'TesselSLB_c.dll'), 'install tesselslb again');
   const freeError = library.func('tessel_error_free', 'void', ['void *']);
@@ -53,7 +55,7 @@ function growStack(koffi) {
   try {
     koffi.config({ async_stack_size: STACK_SIZE });
   } catch {
-    // Another package has called koffi before, and now the size is fixed.
+    // Ignored: another package has already called a function through koffi, so the size is fixed.
   }
 }
 
@@ -66,7 +68,7 @@ function loadDll(koffi, file, cure) {
   }
 }
 
-// The types have no names, because names are the same for all packages that use koffi.
+// The types have no names, because all packages in the process that use koffi share one set of names.
 function declareTypes(koffi, library) {
   const freeText = library.func('tessel_text_free', 'void', ['void *']);
   const text = koffi.disposable('str16', freeText);
@@ -90,7 +92,7 @@ function declareTypes(koffi, library) {
   };
 }
 
-// The parameters of each function, without the error.
+// Returns the types of the parameters of each function, without the last parameter, `error`.
 function declareFunctions(koffi, types) {
   const out = (type) => koffi.out(koffi.pointer(type));
   const [handle, number, text] = ['uint64_t', 'int32_t', 'str16'];
@@ -138,8 +140,8 @@ const MOST_CALLS = 200;
 let running = 0;
 const waiting = [];
 
-// Calls a function on another thread. Resolves to the last argument: an array or an object that
-// receives the result.
+// Calls a function on another thread. Resolves to the last argument. If the function has a result, the
+// last argument is an array or an object that receives this result.
 export async function call(name, ...args) {
   if (running < MOST_CALLS) running += 1;
   else await new Promise((resolve) => waiting.push(resolve));
@@ -162,7 +164,8 @@ function startCall(name, args) {
   });
 }
 
-// The same on this thread, for functions that make no call to the broker.
+// Calls a function on the current thread, and returns the last argument. Use it only for functions
+// that send nothing to the broker, because it blocks the event loop.
 export function callNow(name, ...args) {
   const error = [null];
   if (loaded.functions[name](...args, error) !== 0) throw loaded.takeError(error[0]);

@@ -3,7 +3,7 @@
 
 namespace {
 
-// `what` goes into the error text "cannot WHAT element ID", for example "click".
+// `what`, for example "click", is a part of the error message: cannot WHAT element "ID".
 template <class Action>
 Report Act(Inspection& inspection, const std::string& what, Action action) {
   tessel::Element element = inspection.FindElement();

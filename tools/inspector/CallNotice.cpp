@@ -7,7 +7,7 @@ namespace {
 constexpr long long kSecondsBeforeNotice = 2;
 constexpr long long kTimerTicksPerSecond = 10'000'000;
 
-// A negative due time is relative to now.
+// Returns the due time of a timer. A negative due time is relative to now.
 FILETIME FromNow(long long seconds) {
   const auto ticks = static_cast<unsigned long long>(-seconds * kTimerTicksPerSecond);
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};

@@ -1,4 +1,4 @@
-// Part of tessel. Prints a notice to standard error when a call takes long.
+// Part of tessel. Prints a notice to standard error when a call takes longer than 2 s.
 #pragma once
 
 #include <windows.h>

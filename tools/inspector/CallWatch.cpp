@@ -9,7 +9,8 @@ void CallWatch::Announce(const std::string& what, std::uint32_t longestMilliseco
   longestMilliseconds_ = longestMilliseconds;
 }
 
-// Releases are not announced, because destructors make them.
+// For a release, Begin makes the text of the notice itself. Nobody calls Announce before a release,
+// because destructors release the elements.
 void CallWatch::Begin(const tessel::Call& call) {
   lastCall_ = call;
   if (std::string_view(call.function) == "ReleaseObj") {

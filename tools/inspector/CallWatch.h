@@ -1,5 +1,5 @@
-// Part of tessel. Watches all calls of one run: prints a notice when a call takes long, and keeps
-// the last call's code.
+// Part of tessel. Watches all calls to the module in one run of the tool: prints a notice when a
+// call takes long, and keeps the result code of the last call.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ class CallWatch : public tessel::CallObserver {
   // ...". Each of the calls waits for at most `longestMilliseconds`.
   void Announce(const std::string& what, std::uint32_t longestMilliseconds);
 
-  // Returns the last call's code as an error.
+  // Returns the result code of the last call as an Error.
   tessel::Error LastError() const { return {lastCode_, lastCall_}; }
 
   void Begin(const tessel::Call& call) override;

@@ -9,15 +9,16 @@
 
 namespace {
 
-// A search asks the tailored broker and, if the address has a scheme, the broker of that scheme. If
-// neither broker shows the content, the search injects a broker and asks again.
+// Returns the longest duration of a search for the broker, in milliseconds. A search asks the
+// tailored broker and, if the address begins with a known scheme, the broker of that scheme. If
+// neither broker shows the content, the search injects a broker and asks them again.
 std::uint32_t LongestSearch(const std::string& address) {
   const bool hasOwnScheme = wire::GetUriScheme(tessel::Wide(address)).has_value();
   const std::uint32_t brokers = (hasOwnScheme ? 2 : 1) * wire::kLongestRoundTripMilliseconds;
   return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
-// Returns the name of the search's target, for messages.
+// Returns the text by which messages name what the options select.
 std::string TargetName(const InspectorOptions& options) {
   if (options.at) return "the element at " + TextOf(*options.at);
   if (options.focus) return "the focused element";
@@ -75,7 +76,7 @@ tessel::Element Inspection::FindOnly(const SearchTexts& texts) {
                                : "see them with tessel find, and add texts until one is left"));
 }
 
-// A search for the focus ignores the scheme of the options.
+// Uses a Content without a scheme, because Content::Focused() refuses some schemes.
 std::optional<tessel::Element> Inspection::FindFocused() {
   const std::string what = "find the focused element";
   AnnounceSearch(what, SL_NO_URI);

@@ -1,5 +1,6 @@
-// Part of tessel. One run of the tool: the options and the content. Makes calls with the error
-// messages and notices of a command-line tool.
+// Part of tessel. One run of the tool: the options and the content. Makes the calls of all
+// commands. Turns each failure into a message for the user, and prints a notice when a call takes
+// long.
 #pragma once
 
 #include <string>
@@ -27,10 +28,10 @@ class Inspection {
 
   std::optional<tessel::Element> ParentOf(tessel::Element& child);
 
-  // `steps` must be positive.
+  // Returns the ancestor that is `steps` levels above the element. `steps` must be positive.
   tessel::Element AncestorOf(tessel::Element& element, int steps);
 
-  // Returns all elements of the content that match `search`.
+  // Returns all elements of the content that match `search`. `what` is as for Do.
   std::vector<tessel::Element> Find(const std::string& what, const tessel::Search& search);
 
   // Runs `body`, which makes calls about one element. `what` completes the message "cannot ...",
@@ -41,8 +42,8 @@ class Inspection {
     return Explained(what, body);
   }
 
-  // Does the same as Do, for a body that returns an optional. An empty optional is a failure,
-  // reported with the broker's status.
+  // Does the same as Do, for a `body` that returns an optional. Returns the value of the optional.
+  // If the optional is empty, throws an error that reports the status of the broker.
   template <class Body>
   auto Require(const std::string& what, Body body) {
     auto value = Do(what, body);
@@ -54,6 +55,7 @@ class Inspection {
   // Makes the error for an element that does not exist.
   InspectorError NothingThere(const std::string& what, const std::string& reasonAndCure) const;
 
+  // Runs `body`, and turns a tessel::Error into an InspectorError.
   template <class Body>
   auto Explained(const std::string& what, Body body) {
     try {
@@ -63,7 +65,8 @@ class Inspection {
     }
   }
 
-  // Says what the next call is for. The call searches for the broker if `scheme` is SL_NO_URI.
+  // Says what the next call is for, and how long it may take. If `scheme` is SL_NO_URI, the call
+  // searches for the broker.
   void AnnounceSearch(const std::string& what, SLUriScheme scheme);
 
   tessel::Element FindNamed();
@@ -75,7 +78,7 @@ class Inspection {
   tessel::Content content_;
 };
 
-// Returns how messages name the element: element "ID".
+// Returns the text by which messages name the element: element "ID".
 std::string NameOf(const tessel::Element& element);
 
 tessel::Search SearchFor(const SearchTexts& texts);

@@ -1,5 +1,5 @@
-// Part of tessel. The tables of the tool's commands. Each table is in the file that carries out its
-// commands.
+// Part of tessel. The commands of the tool. Each file that carries out commands has a table of
+// them.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -14,9 +14,9 @@ struct InspectorCommand {
   // --parent.
   enum class Target {
     kByOptions,         // by the options --at, --focus or --find
-    kByOptionsOrWhole,  // by the same options; without them the command reads the whole content
-    kByItself,          // by the command's name and arguments
-    kWhole,             // the command always reads the whole content
+    kByOptionsOrWhole,  // by --at, --focus or --find; without them it reads the whole content
+    kByItself,          // by the name and arguments of the command, without these three options
+    kWhole,             // not at all: the command always reads the whole content
   };
 
   const char* name;

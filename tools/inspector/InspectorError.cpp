@@ -31,7 +31,8 @@ InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
 
 InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error) {
   const std::string address = tessel::Narrow(error.address);
-  // If the client library found the failure itself, the code adds nothing to the explanation.
+  // A meaning that is not the one of the table was written for this failure by the client library.
+  // It explains enough, so the message leaves out the code.
   if (error.meaning != tessel::DescribeResult(error.code).meaning) {
     return MakeRefusal(ExitCodeOf(error.code), what, error.meaning + "; " + error.cure, address);
   }

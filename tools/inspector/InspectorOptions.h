@@ -21,24 +21,24 @@ struct InspectorOptions {
   std::string address;
   std::string scheme;  // empty if the call must search for the broker
 
-  // The options that select the element. At most one of them is given. If none is given, the
-  // command is about the whole content.
+  // `at`, `focus` and `find` select the element. At most one of them is given. If none is given,
+  // the command is about the whole content.
   std::optional<POINT> at;
   bool focus = false;
   std::optional<SearchTexts> find;
-  int option = 0;  // sent to the broker with the point
-  int parentSteps = 0;
+  int option = 0;       // sent to the broker together with the point `at`
+  int parentSteps = 0;  // how many levels to go up from the selected element
 
   bool NamesElement() const { return at || focus || find; }
 
   // Options that only some commands have.
-  std::string text;  // get: the attribute's name; set, select: the new value
-  std::optional<SearchTexts> search;
-  int levels = 0;
-  bool containing = false;
-  int relativeSteps = 0;
-  bool off = false;
-  std::vector<std::string> attributes = {"name", "type"};
+  std::string text;  // get: the attribute's name; set: the new value; select: the item's text
+  std::optional<SearchTexts> search;  // find
+  int levels = 0;                     // find: how many levels to search; 0 means all
+  bool containing = false;            // find: texts match if they are contained
+  int relativeSteps = 0;              // id: how far above the element the ancestor is; 0 means none
+  bool off = false;                   // check: uncheck the element
+  std::vector<std::string> attributes = {"name", "type"};  // tree
 };
 
 // If this function returns a value, the tool must end at once with that exit code.

@@ -8,9 +8,10 @@
 
 #include "tools/inspector/InspectorOptions.h"
 
-// The greatest number of steps up the tree.
+// The greatest value of --parent and --relative, which are numbers of levels to go up the tree.
 inline constexpr int kMostSteps = INT_MAX;
 
+// A check for CLI11. Returns an error message if `text` is empty, otherwise an empty text.
 std::string RefuseEmpty(const std::string& text);
 
 // These functions add an option whose value is "X,Y" or "A,B,C". Any other value is a usage error.

@@ -1,5 +1,5 @@
-// Part of tessel. The command that reads all elements. The command reports the elements as text,
-// indented by depth, or as a scene file of version 1.
+// Part of tessel. The command `tree`, which reads all elements. It reports them as text, indented
+// by depth, or in JSON as a scene file of version 1, which SceneBroker can read.
 #include <algorithm>
 #include <map>
 
@@ -12,7 +12,7 @@ using tessel::Quoted;
 
 constexpr int kSceneVersion = 1;
 
-// States are read in the same way as attributes.
+// The names of the states. The broker returns states in the same way as attributes.
 constexpr const char* kStates[] = {"checked", "selected", "value"};
 
 std::string RefuseState(const std::string& name) {

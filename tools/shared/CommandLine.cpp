@@ -18,7 +18,8 @@ constexpr struct {
                 {"https", SL_HTTPS_URI},
                 {"file", SL_FILE_URI}};
 
-// CLI11 takes the arguments in reverse order, without the name of the program.
+// Returns the arguments in UTF-8, in reverse order and without the name of the program, because
+// CLI11 takes them in this form.
 std::vector<std::string> ReversedArguments() {
   int count = 0;
   const std::unique_ptr<wchar_t*, decltype(&::LocalFree)> arguments(

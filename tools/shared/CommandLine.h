@@ -1,4 +1,5 @@
-// Part of both tools. Parses the command line as UTF-8, and adds the options that both tools have.
+// Part of tessel and SceneBroker. Parses the command line as UTF-8, and adds the options that both
+// tools have.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -18,7 +19,7 @@ std::optional<int> ParseCommandLine(CLI::App& app);
 // Adds --scheme. Its value is one of tailored, http, https and file.
 CLI::Option* AddSchemeOption(CLI::App& app, std::string& scheme, const std::string& description);
 
-// Returns SL_NO_URI for an empty name.
+// Returns the scheme that --scheme names. Returns SL_NO_URI for an empty name.
 SLUriScheme SchemeFromName(const std::string& name);
 std::string NameOfScheme(DWORD scheme);
 

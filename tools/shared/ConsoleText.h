@@ -1,4 +1,5 @@
-// Part of both tools. Reads window handles from the command line, and prints to the console.
+// Part of tessel and SceneBroker. Reads window handles from the command line, and prints to the
+// console.
 #pragma once
 
 #include <windows.h>
@@ -9,10 +10,10 @@
 
 namespace tools {
 
-// Returns the handle that a text "0x..." names. Returns null for any other text.
+// Converts "0x..." with hexadecimal digits to a handle. Returns null for any other text.
 HWND HandleFromText(std::string_view text);
 
-// Lets the console show UTF-8.
+// Makes the console show the tool's output as UTF-8.
 void PrepareConsole();
 
 // Prints a line to standard output and flushes, so that a program that reads the output through a

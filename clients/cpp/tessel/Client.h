@@ -1,38 +1,43 @@
-// Runs in the client. Finds the elements of Silverlight content, reads and drives them. C++20,
-// headers only. A program includes this header and links TesselSLB_x64.dll (CMake:
-// TesselSLB::Client).
+// Runs in the client. Finds, reads and drives the elements of Silverlight content. C++20, headers
+// only. A program includes this header and links TesselSLB_x64.dll, which is called the module
+// (CMake: TesselSLB::Client).
 //
 //     tessel::Content content(L"Order form", L"http://shop.example/orders.html");
 //     std::optional<tessel::Element> user = content.FindFirst({.text3 = L"user"});
 //     if (user) user->SetValue(L"Ada");
 //
-// How it works: content runs inside a window, and a program that is called the broker answers for
-// it. Each function of Content and Element sends a request to the broker through a pipe and waits
-// for the answer, unless its comment says that it sends nothing. If no broker runs yet, the
-// function starts or injects one, which can take minutes. A function takes at most 54 s with a
-// broker that runs (18 s each to connect, to write and to read), 70 s if it starts a broker, and
-// 320 s if it searches and injects a broker. A hostile broker can make all of these longer. With a
-// scheme (see Content) no function injects a broker, except for Focused().
+// How it works: Silverlight content runs inside a window. A program that is called the broker
+// answers requests about the content. Each function of Content and Element sends a request to the
+// broker through a pipe and waits for the answer, unless its comment says that it sends nothing. If
+// no broker runs yet, the function starts a broker, or injects one into the process of the window.
 //
-// Elements: the broker keeps an object for each element that it hands out, until the client
-// releases the element. An Element releases itself, by one request, when it is destroyed.
+// Durations: a function takes at most 54 s with a broker that runs (18 s each to connect, to write
+// and to read), 70 s if it starts a broker, and 320 s if it searches for a broker and injects one.
+// A hostile broker can make a function take longer than that, because it can send an answer in many
+// parts, and each part may take 18 s. If the Content has a scheme (see its constructors), only
+// Focused() can inject a broker.
+//
+// Elements: for each element that it sends to the client, the broker keeps an object until the
+// client releases the element. The destructor of Element releases the element by one request.
 //
 // Failures: "not found" is not a failure. The function then returns std::nullopt or an empty list.
 // Every other failure throws Error. If memory is exhausted, std::bad_alloc is thrown.
 //
-// A lost broker: after SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9)
-// the content counts as lost (Error::BrokerIsLost), because each further request to a broker that
-// has ended or hangs can take a minute. Which of the three codes comes depends on timing. While the
-// content is lost, releasing elements sends nothing. If the broker only hangs, it keeps these
-// objects. Other functions still send their requests, and the next answer of the broker ends this
-// state. A broker that was started again does not know the old elements: find them again. If the
-// window has gone, the Content never works again: make a new one.
+// A lost broker: SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9) mean
+// that the broker has ended or hangs, or that no broker could be started. Which of the three codes
+// an Error has depends on timing. After one of them the content counts as lost
+// (Error::BrokerIsLost). While the content is lost, releasing an element sends nothing, because
+// each further request could take a minute. So a broker that only hangs keeps the objects of these
+// elements. All other functions still send their requests. When the broker answers one of them, the
+// content is no longer lost. A broker that was started again does not know the old elements: find
+// them again. If the window was closed, the Content never works again: make a new Content.
 //
 // Texts are UTF-16 without U+0000. A text that holds U+0000 is refused with -5, because messages to
-// the broker cannot carry it. Narrow() and Wide() of tessel/Text.h convert from and to UTF-8.
+// the broker cannot carry it. In tessel/Text.h, Narrow() converts a text to UTF-8, and Wide()
+// converts it from UTF-8.
 //
-// Threads: one thread at a time uses a Content, its copies and its elements. Different contents can
-// be used by different threads at the same time.
+// Threads: only one thread at a time may use a Content, its copies and its elements. Different
+// threads may use different contents at the same time.
 #pragma once
 
 #if __cplusplus < 202002L && (!defined(_MSVC_LANG) || _MSVC_LANG < 202002L)
@@ -58,36 +63,39 @@ namespace tessel {
 
 class Session;
 
-// One call to a function of the module (TesselSLB_x64.dll).
+// Describes one call to a function of the module, TesselSLB_x64.dll.
 struct Call {
   const char* function = "";  // the name of the module's function, for example "GetAttribute"
   std::wstring elementId;     // empty if the call is not about one element
-  std::wstring address;       // of the content
+  std::wstring address;       // the address of the content
 };
 
-// Any failure except exhausted memory. what() returns all fields as one UTF-8 text.
+// Thrown for every failure except exhausted memory. what() returns all members as one UTF-8 text.
 class Error : public std::runtime_error {
  public:
-  // Takes name, meaning and cure from the table of result codes.
+  // Takes `name`, `meaning` and `cure` from the table in tessel/ResultCodes.h.
   Error(int code, const Call& call);
   Error(int code, const std::string& meaning, const std::string& cure, const Call& call);
 
+  // Returns true for the codes -6, -7 and -9.
   bool BrokerIsLost() const;
 
-  int code;             // an SLResult, kTimedOut (-103), or the broker's own status
-  std::string name;     // of the code, for example "SL_CANNOT_READ"
-  std::string meaning;  // UTF-8
-  std::string cure;     // UTF-8
-  std::string function;
+  int code;                // an SLResult, kTimedOut (-103), or the broker's own status
+  std::string name;        // the name of the code, for example "SL_CANNOT_READ"
+  std::string meaning;     // what went wrong, in UTF-8
+  std::string cure;        // what to do, in UTF-8
+  std::string function;    // the name of the function that failed, for a log
   std::wstring elementId;  // empty if the call was not about one element
   std::wstring address;
 };
 
-// Three texts and two options that select elements. The broker defines their meaning. For
-// SceneBroker the texts are name, type and id, and an empty text matches everything. option1 is the
-// number of levels to search: 1 means only the roots of a Content, or only the children of an
-// Element, and 0 means all levels. With option2 a text matches if it is a part of the text of the
-// element.
+// Three texts and two options that select elements. The broker defines their meaning. SceneBroker
+// defines them so:
+// - The texts are the name, the type and the id of an element. An empty text matches everything.
+// - `option1` is the number of levels to search. 1 means only the roots of a Content, or only the
+//   children of an Element. 0 means all levels.
+// - If `option2` is true, a text matches every element whose text contains it. If `option2` is
+//   false, the two texts must be equal.
 struct Search {
   std::wstring text1 = {}, text2 = {}, text3 = {};
   int option1 = 0;
@@ -100,9 +108,10 @@ struct Identity {
   int number = 0;
 };
 
-// A check for a Condition: a function that looks at the content and returns true, or a
-// std::optional that has a value, if the condition is met. If not, the function stores in `seen`
-// what it found.
+// The type of a function that checks whether a Condition is met. If the condition is met, the
+// function returns true or a std::optional that has a value. Otherwise it returns false or
+// std::nullopt, and describes in `seen` what it found instead. The text in `seen` becomes part of
+// the message after a time-out.
 template <class Look>
 concept IsLook = requires(Look look, std::wstring& seen) {
   static_cast<bool>(look(seen));
@@ -110,58 +119,79 @@ concept IsLook = requires(Look look, std::wstring& seen) {
 
 struct Ancestor;
 
-// One element of the content. It can be moved and not copied: store it with std::move, and loop
-// over elements with auto&. It may outlive its Content. Functions that send a request are not
+// One element of the content. An Element can be moved, but not copied: store it with std::move, and
+// loop over elements with auto&. It may outlive its Content. Functions that send a request are not
 // const.
 //
-// After Release(), Abandon() or a move the Element names no element. Its Id() is empty, and all
-// functions that send a request, Release() too, throw Error with -13 and send nothing.
+// After Release() or Abandon(), or after it was moved from, an Element names no element. Then Id()
+// returns an empty text, and every function that otherwise sends a request (Release() too) sends
+// nothing and throws Error with -13.
 class Element {
  public:
   Element(Element&& other) noexcept;
-  Element& operator=(Element&& other) noexcept;  // releases the element that it had
-  ~Element();                                    // releases the element; ignores failures
+  Element& operator=(Element&& other) noexcept;  // first releases the element on the left side
+  ~Element();                                    // releases the element, and ignores failures
 
   [[nodiscard]] std::wstring Id() const;
 
-  // The record of the module, for example for its window and scheme. The Element keeps owning it.
-  // Only Find() and FindFirst() set its `rect`.
+  // Returns the record that the module uses for the element. Read from it, for example, the window,
+  // the process and the scheme. The record belongs to the Element. Its `rect` is empty unless
+  // Find() or FindFirst() has returned the Element.
   const SLElemData& Record() const { return record_; }
 
-  // The broker defines the order of lists. SceneBroker lists ancestors from the parent up to the
-  // root, and the selector from the root down to the element.
+  // Returns nothing if the element has no parent.
   [[nodiscard]] std::optional<Element> Parent();
-  [[nodiscard]] std::vector<Ancestor> Ancestors();  // -12 if elements and numbers differ in count
-  [[nodiscard]] std::vector<Element> Selector();    // the elements of the default selector
-  [[nodiscard]] std::vector<Element> Find(const Search& search);  // all matches below this element
-  [[nodiscard]] Identity Identify();
-  [[nodiscard]] Identity Identify(const Element& ancestor);  // relative to that element
-  [[nodiscard]] RECT Rectangle();  // in the broker's coordinates, as all points and rectangles
 
-  // Returns an attribute or a state. SceneBroker has the states "value", "checked" ("true" or
-  // "false") and "selected". Returns nothing if the broker answers with any positive status: the
-  // element has no such attribute, or it no longer exists. To tell these two apart, find the
-  // element again.
+  // Returns the ancestors of the element. The broker defines their order. SceneBroker lists them
+  // from the parent up to the root. Throws Error with -12 if the broker sends a different number of
+  // elements than of ancestor numbers.
+  [[nodiscard]] std::vector<Ancestor> Ancestors();
+
+  // Returns the elements that make up the default selector of this element. The broker defines
+  // which elements these are, and their order. SceneBroker lists the elements from the root down to
+  // this element.
+  [[nodiscard]] std::vector<Element> Selector();
+
+  // Returns all matching elements below this element.
+  [[nodiscard]] std::vector<Element> Find(const Search& search);
+
+  // Returns what identifies the element. With `ancestor` the broker identifies the element relative
+  // to that ancestor. If the process or the scheme of the two elements differ, the function throws
+  // Error with -13.
+  [[nodiscard]] Identity Identify();
+  [[nodiscard]] Identity Identify(const Element& ancestor);
+
+  // Returns the rectangle now, in the broker's coordinates. All points and rectangles use these
+  // coordinates.
+  [[nodiscard]] RECT Rectangle();
+
+  // Returns an attribute or a state as text. SceneBroker has the states "value", "checked" ("true"
+  // or "false") and "selected". Returns nothing if the broker answers with any positive status.
+  // Then the element has no such attribute, or the element no longer exists. To tell these two
+  // cases apart, find the element again. Throws Error with -5 if `name` is empty.
   [[nodiscard]] std::optional<std::wstring> Attribute(std::wstring_view name);
 
-  // Returns the texts of the items of a list. Returns nothing if the broker answers with any
-  // positive status: the element is not a list, or it no longer exists. Store the result before you
-  // loop over it: for (... : *element.Items()) would use a destroyed optional.
+  // Returns the texts of the items, if the element is a list. Returns nothing if the broker answers
+  // with any positive status. Then the element is not a list, or it no longer exists. Store the
+  // result in a variable before you loop over it: for (... : *element.Items()) uses an optional
+  // that is already destroyed.
   [[nodiscard]] std::optional<std::vector<std::wstring>> Items();
 
-  // Act on the element. Success means that the broker has accepted the command. The content may
-  // change later: wait with AttributeIs().
+  // The next five functions act on the element. When they return, the broker has accepted the
+  // command, but the content may change later. To wait for the change, use WaitUntil() with
+  // AttributeIs().
   void Click();
   void SetValue(std::wstring_view text);
   void SetFocus();
-  void Check(bool on = true);
-  void Select(std::wstring_view item);
+  void Check(bool on = true);           // unchecks the element if `on` is false
+  void Select(std::wstring_view item);  // selects the item with this text
 
-  // Releases the element now, by one request, and never again. Sends nothing while the content is
-  // lost. Afterwards the Element names no element, even if Release() throws.
+  // Releases the element now, by one request, so that the destructor sends nothing. Sends nothing
+  // while the content is lost. Afterwards the Element names no element, even if Release() throws.
   void Release();
 
-  // Gives the element up and sends nothing. The broker keeps its object until it ends.
+  // Gives the element up without a request. The broker keeps the object of the element until the
+  // broker ends.
   void Abandon() noexcept;
 
  private:
@@ -179,12 +209,14 @@ struct Ancestor {
   long number;  // the broker defines its meaning
 };
 
-// Receives a notice of each call to the module, for example to show progress or to measure. This
-// includes calls that fail before they send anything.
+// Is told of each call to the module, for example to show progress or to measure durations. This
+// includes calls that fail in the module before they send anything.
 class CallObserver {
  public:
   virtual void Begin(const Call& call) = 0;
-  virtual void End(const Call& call, int code) noexcept = 0;  // also after a call that threw
+
+  // `code` is the result of the call, or SL_FAILURE if the module threw an exception.
+  virtual void End(const Call& call, int code) noexcept = 0;
 
  protected:
   ~CallObserver() = default;
@@ -193,36 +225,41 @@ class CallObserver {
 // The content of one window at one address. Copies refer to the same content.
 class Content {
  public:
-  // The constructors send nothing. They throw Error with -5 if the address is empty, if there is no
-  // such window, or if not exactly one top-level window has exactly this title. The title is looked
-  // up only now. Only the scheme, the host and the port of the address select the broker. Spell
-  // them exactly as the broker prints them.
+  // The constructors send nothing. They throw Error with -5 if the address is empty, if the window
+  // does not exist, or if no window or more than one window has the title. Only top-level windows
+  // with exactly this title count. The constructor searches for the title only once, so the title
+  // may change later.
   //
-  // `scheme` selects the broker: SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI or SL_FILE_URI (see
-  // TesselCodes.h). With SL_NO_URI the functions of this class search for the broker. The search
-  // tries the tailored broker first (a broker for one site alone), and then the broker for the
-  // scheme of the address. If neither shows the content, a broker is injected into the process of
-  // the window.
+  // `address` is the address of the content. Only its scheme, host and port are used to find the
+  // broker (of a file address: the part before the sixth slash). Write this part exactly as
+  // SceneBroker prints it when it starts.
+  //
+  // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
+  // SL_HTTPS_URI or SL_FILE_URI. With SL_NO_URI the functions of this class search for the broker.
+  // The search tries the tailored broker first, and then the broker for the scheme of the address.
+  // If neither broker shows the content, the search injects a broker into the process of the
+  // window.
   Content(HWND window, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
   Content(std::wstring_view title, std::wstring_view address, SLUriScheme scheme = SL_NO_URI);
 
-  Content(const Content&) = default;  // there is no move constructor, so a move copies
+  Content(const Content&) = default;  // there is no move constructor, so std::move also copies
   Content& operator=(const Content&) = default;
 
   HWND Window() const;
-  SLUriScheme Scheme() const;  // the one that was given
+  SLUriScheme Scheme() const;  // the scheme that was passed to the constructor
 
-  // Returns the element at a point. The broker defines the meaning of `option`; SceneBroker ignores
-  // it.
+  // Returns the element at a point. The broker defines the meaning of `option`. SceneBroker ignores
+  // `option`.
   [[nodiscard]] std::optional<Element> At(POINT point, int option = 0);
 
-  // Returns the element that has the focus. This function always searches, beginning with the
-  // tailored broker. So it works only for a Content with SL_NO_URI or SL_TAILORED_URI (-5 for
-  // others).
+  // Returns the element that has the focus. This function always searches for the broker, and tries
+  // the tailored broker first. Therefore it throws Error with -5 if the scheme of the Content is
+  // neither SL_NO_URI nor SL_TAILORED_URI.
   [[nodiscard]] std::optional<Element> Focused();
 
-  // Return all matching elements, or the first one of them. FindFirst asks for all matching
-  // elements too, and releases the others by one request each. So a narrow search is faster.
+  // Find returns all matching elements, and FindFirst returns the first of them. FindFirst also
+  // requests all matching elements, and then releases all except the first one, by one request
+  // each. So FindFirst is fast only if few elements match.
   [[nodiscard]] std::vector<Element> Find(const Search& search);
   [[nodiscard]] std::optional<Element> FindFirst(const Search& search);
 
@@ -236,7 +273,8 @@ class Content {
   std::shared_ptr<Session> session_;
 };
 
-// What to wait for. `what` completes the sentence "waited until ...".
+// A condition that WaitUntil() waits for. `what` completes the sentence "waited until ...". `look`
+// is the function that checks the condition (see IsLook).
 //
 //     tessel::Condition hasItems(content, L"the list has items", [&](std::wstring& seen) {
 //       seen = L"an empty list";
@@ -267,24 +305,30 @@ class Condition {
   LookFunction look_;
 };
 
-// Predefined conditions. WaitUntil(IsThere(...)) returns the first matching element, as FindFirst
-// does. AttributeIs compares the whole text, and `element` must live until the wait has ended.
+// Predefined conditions:
+// - IsThere is met if at least one element matches. WaitUntil then returns the first matching
+//   element, like FindFirst.
+// - IsGone is met if no element matches.
+// - AttributeIs is met if the attribute is exactly `text`. `element` must live until the wait ends.
 auto IsThere(const Content& content, const Search& search);
 auto IsGone(const Content& content, const Search& search);
 auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view text);
 
-// Checks the condition at once, and again after each interval, until it is met. If the check
-// returns an optional, returns its value. Otherwise returns nothing.
+// Checks the condition at once, and again after each interval, until it is met. If the condition's
+// function returns a std::optional, WaitUntil returns the value of this optional. If the function
+// returns a bool, WaitUntil returns void.
 //
-// Only the first check may start or inject a broker. Later checks use the scheme that was found,
-// and throw -7 without a request if that broker has ended. (A check that calls Focused(), or
-// another Content, can still start or inject a broker.) Every Error that a check throws ends the
-// wait, even if its code is a positive status. Attribute() and Items() do not throw for a positive
-// status; they return nothing.
+// Only the first check may start or inject a broker. Later checks use the broker that the first
+// check found. If that broker has ended, they send nothing and throw Error with -7. A check that
+// calls Focused(), or that uses another Content, can still start or inject a broker.
 //
-// After the time-out it throws Error with the code kTimedOut. Its meaning says what was waited for,
-// how long, and what was seen last. A check that has begun is not interrupted. So a broker that
-// hangs makes the wait longer by the requests of one check, up to 54 s each.
+// Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
+// and Items() do not throw for a positive status. They return nothing, so the wait can go on.
+//
+// After the time-out, WaitUntil throws Error with the code kTimedOut (-103). The error's `meaning`
+// says what was waited for, how long, and what was seen last. The time-out does not interrupt a
+// check. So if the broker hangs, the wait can take longer than the time-out, by up to 54 s for each
+// request of the last check.
 template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval = std::chrono::milliseconds(250));

@@ -1,5 +1,5 @@
-// Runs in the client. The definitions of what tessel/Client.h declares. Programs include
-// tessel/Client.h instead.
+// Runs in the client. Defines the functions that tessel/Client.h declares. Programs include
+// tessel/Client.h, which includes this file.
 #pragma once
 
 #include "tessel/Client.h"
@@ -23,7 +23,7 @@ inline std::wstring TextOf(const Search& search) {
          WideQuoted(search.text3);
 }
 
-// Returns the value of an optional, and nothing for a bool.
+// Returns the value of `met` if `met` is an optional. Returns void if `met` is a bool.
 template <class Met>
 auto ValueOf(Met met) {
   if constexpr (requires { met.has_value(); }) return std::move(*met);
@@ -88,7 +88,7 @@ inline bool Error::BrokerIsLost() const {
   return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
 }
 
-// The functions of Element.
+// Functions of Element.
 
 inline Element::Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept
     : session_(std::move(session)), record_(std::move(record)) {}
@@ -147,7 +147,7 @@ inline std::vector<Element> Element::Selector() {
 }
 
 inline std::vector<Element> Element::Find(const Search& search) {
-  // The module would search the whole content.
+  // Refuses an Element without an id, because the module would search the whole content for it.
   if (Id().empty()) throw session_->Failure(SL_INVALID_OBJECT, "FindCollection", record_);
   return session_->Collect(record_, search);
 }
@@ -222,7 +222,7 @@ inline void Element::Release() {
 
 inline void Element::Abandon() noexcept { Session::Forget(record_); }
 
-// The functions of Content.
+// Functions of Content.
 
 inline Content::Content(HWND window, std::wstring_view address, SLUriScheme scheme)
     : session_(std::make_shared<Session>(detail::CheckedWindow(window, address),
@@ -307,7 +307,8 @@ auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval) {
   using std::chrono::milliseconds;
   using Clock = std::chrono::steady_clock;
-  // Sleep takes 32 bits, and a value of all ones would mean for ever.
+  // Sleep takes a 32-bit number of milliseconds, and 0xffffffff means for ever. A limit of one day
+  // keeps each pause below that.
   constexpr milliseconds kLongestSleep = std::chrono::hours(24);
   const auto begin = Clock::now();
   std::wstring seen;

@@ -6,7 +6,7 @@
 
 namespace tessel {
 
-// The codes of the client libraries themselves.
+// The codes that the client libraries add to those of the module (SLResult).
 enum ClientResult : int {
   kOutOfMemory = -101,  // only in the C interface; the C++ library throws std::bad_alloc
   kBadHandle = -102,    // only in the C interface
@@ -79,7 +79,8 @@ inline constexpr ResultCode kResultCodes[] = {
      "check that the values are allowed and that the broker has the same version"},
 };
 
-// A number that is not in the table is a status whose meaning only the broker knows.
+// Returns the explanation of a result code. A number that is not in the table is a status of the
+// broker, and only the broker knows its meaning.
 constexpr ResultCode DescribeResult(int number) {
   for (const ResultCode& code : kResultCodes) {
     if (code.number == number) return code;

@@ -1,5 +1,6 @@
-// Runs in the client. What a Content and its elements share: where the content is, and whether its
-// broker is lost. Makes all calls to the module. Programs include tessel/Client.h instead.
+// Runs in the client. A Session is the state that a Content, its copies and its elements share:
+// where the content is, and whether its broker is lost. A Session makes all calls to the module.
+// Programs include tessel/Client.h, which includes this file.
 #pragma once
 
 #include <new>
@@ -25,7 +26,8 @@ class Session : public std::enable_shared_from_this<Session> {
   const SLUriScheme scheme;
   CallObserver* observer = nullptr;
 
-  // Makes a call and throws unless it succeeds.
+  // Runs `body`, which calls the module's function `function`. Throws Error if the call does not
+  // return SL_SUCCESS.
   template <class Body>
   void Do(const char* function, const SLElemData& record, Body body) {
     if (const int code = Run(function, record, body); code != SL_SUCCESS) {
@@ -33,7 +35,7 @@ class Session : public std::enable_shared_from_this<Session> {
     }
   }
 
-  // The same, but returns false for a positive status.
+  // Does the same as Do, but returns false if the broker answers with a positive status.
   template <class Body>
   bool Try(const char* function, const SLElemData& record, Body body) {
     const int code = Run(function, record, body);
@@ -41,7 +43,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return code == SL_SUCCESS;
   }
 
-  // Makes a call that may search for the broker, and remembers the scheme that it stores in `root`.
+  // Makes a call that may search for the broker. The call stores the scheme of the broker in
+  // `root`. Remembers this scheme for later checks of a wait.
   template <class Body>
   void Find(const char* function, const SLElemData& root, Body body) {
     Do(function, root, body);
@@ -58,7 +61,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return {function, std::wstring(record.objectId, ::SysStringLen(record.objectId)), address};
   }
 
-  // Returns the text with a zero at its end. Refuses a text that holds one.
+  // Returns a copy of the text with a zero unit after its end. Throws Error if the text holds
+  // U+0000.
   std::wstring Checked(std::wstring_view text, const char* function,
                        const SLElemData& record) const {
     if (text.find(L'\0') == text.npos) return std::wstring(text);
@@ -66,8 +70,8 @@ class Session : public std::enable_shared_from_this<Session> {
                 "remove it from the text", CallOf(function, record));
   }
 
-  // Returns a record that stands for the whole content. During a wait it has the scheme that was
-  // found.
+  // Returns a record that stands for the whole content. After the first check of a wait, the record
+  // has the scheme that the last search found, so that the check does not search again.
   SLElemData Whole() const {
     SLElemData record;
     record.hwnd = window;
@@ -80,13 +84,13 @@ class Session : public std::enable_shared_from_this<Session> {
     return record;
   }
 
-  // Releases the element by a call, unless the content is lost.
+  // Releases the element by one request. Sends nothing while the content is lost.
   void Release(SLElemData& record) {
     if (isLost_ && ::SysStringLen(record.objectId) > 0) return;
     Do("ReleaseObj", record, [&] { return TesselSilverlight::ReleaseObj(record); });
   }
 
-  // Releases the element, and ignores failures.
+  // Releases the element and ignores failures. Afterwards the record names no element.
   void LetGo(SLElemData& record) noexcept {
     if (::SysStringLen(record.objectId) > 0) {
       try {
@@ -98,14 +102,14 @@ class Session : public std::enable_shared_from_this<Session> {
     Forget(record);
   }
 
-  // The record names no element afterwards, so its destruction makes no call.
+  // Makes the record name no element, so that its destructor sends nothing.
   static void Forget(SLElemData& record) noexcept {
     ::SysFreeString(record.objectId);
     record.objectId = nullptr;
     record.hwnd = nullptr;
   }
 
-  // Makes sure that the record is forgotten, also when an exception ends the caller.
+  // Calls Forget at the end of its scope, even if an exception ends the scope.
   struct Forgetting {
     explicit Forgetting(SLElemData& forgotten) : record(forgotten) {}
     ~Forgetting() { Forget(record); }
@@ -122,8 +126,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return Own(std::move(record));
   }
 
-  // A vector of records that a call fills. Its destructor releases the elements that were not
-  // taken.
+  // A vector of records that a call fills. The destructor releases the elements that Take() has not
+  // returned.
   struct Owned {
     explicit Owned(Session& owner) : session(owner) {}
     ~Owned() {
@@ -168,8 +172,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return {detail::TextOf(texts[0]), detail::TextOf(texts[1]), detail::TextOf(texts[2]), number};
   }
 
-  // One check of WaitUntil. While this object exists, calls of this thread for this session start
-  // no broker. The first check of a wait is exempt.
+  // Marks one check of WaitUntil: the object exists while the check runs. During every check except
+  // the first one, calls of this thread for this session start no broker.
   class Look {
    public:
     Look(const Session& session, bool isFirst)
@@ -178,6 +182,8 @@ class Session : public std::enable_shared_from_this<Session> {
     Look(const Look&) = delete;
     Look& operator=(const Look&) = delete;
 
+    // Returns true if this thread runs a check for `session` that is not the first check of its
+    // wait.
     static bool IsAgainAt(const Session& session) {
       const Look* look = innermost_;
       while (look != nullptr && look->session_ != &session) look = look->outer_;
@@ -185,7 +191,8 @@ class Session : public std::enable_shared_from_this<Session> {
     }
 
    private:
-    // The looks of the current thread: a look may wait for another condition.
+    // The newest Look of the current thread. `outer_` links it to older ones, because a check may
+    // itself call WaitUntil.
     static inline thread_local const Look* innermost_ = nullptr;
 
     const Session* const session_;
@@ -193,7 +200,7 @@ class Session : public std::enable_shared_from_this<Session> {
   };
 
  private:
-  // Tells the observer of the end of a call, also when an exception ends it.
+  // Tells the observer when a call begins and ends, even if an exception ends the call.
   struct Observation {
     Observation(CallObserver* itsObserver, const Call& itsCall)
         : observer(itsObserver), call(itsCall) {
@@ -223,7 +230,7 @@ class Session : public std::enable_shared_from_this<Session> {
     return observation.code;
   }
 
-  // Turns the module's exceptions into those of this library.
+  // Runs `body`, and turns the module's exceptions into Error or std::bad_alloc.
   template <class Body>
   static int Translated(const Call& call, Body body) {
     try {
@@ -239,6 +246,7 @@ class Session : public std::enable_shared_from_this<Session> {
     }
   }
 
+  // Returns whether the content is lost after a call with this result.
   bool IsLostAfter(int code) const {
     switch (code) {
       case SL_CANNOT_READ:
@@ -247,9 +255,9 @@ class Session : public std::enable_shared_from_this<Session> {
         return true;
       case SL_INVALID_ARGUMENT:
       case SL_INVALID_OBJECT:
-        return isLost_;  // nothing was sent
+        return isLost_;  // the call sent nothing, so the state does not change
       default:
-        return false;  // a broker has answered, before an injection too
+        return false;  // a broker has answered; even an injection needs such an answer before
     }
   }
 
@@ -259,7 +267,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return PipeExists(usedScheme == SL_NO_URI ? DWORD{SL_TAILORED_URI} : usedScheme);
   }
 
-  // Does not connect. The pipe exists also while it is busy.
+  // Does not connect to the pipe. If the pipe exists but is busy, WaitNamedPipe fails with
+  // ERROR_SEM_TIMEOUT.
   bool PipeExists(DWORD usedScheme) const {
     const std::wstring pipe = wire::PipeName(usedScheme, address);
     return ::WaitNamedPipeW(pipe.c_str(), 1 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
