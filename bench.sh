@@ -53,7 +53,7 @@ mkdir -p "$ROOT/build"
 require_packages g++ rapidjson-dev libsimdjson-dev
 build bench bench
 build mingw bench
-# Use a separate Wine prefix, because the log is switched on in the prefix of the tests.
+# Use a separate Wine prefix, because the tests switch the log on in their prefix, which slows the calls down.
 hold_wine "$ROOT/build/wine-bench"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-bench
 

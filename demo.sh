@@ -20,7 +20,8 @@ broker=
 failures=0
 output=
 
-# Ends the broker as Ctrl-C does, or by force if the broker hangs. Returns the broker's exit code.
+# Ends the broker as Ctrl-C does, or by force if the broker still runs after 15 seconds. Returns the broker's
+# exit code.
 stop_broker() {
   local pid=$broker i
   broker=
@@ -73,8 +74,8 @@ show() {
   fi
 }
 
-# element_with FACT: prints a point inside an element, at which the inspector finds this element. FACT is a
-# pattern for a line that the broker prints about the element.
+# element_with FACT: chooses the first element about which the broker printed a line that matches the pattern
+# FACT, and prints the point of this element. Skips an element if the inspector does not find it at its point.
 element_with() {
   local line point= id=
   while IFS= read -r line <&3; do

@@ -34,7 +34,8 @@ done
 mkdir -p "$ROOT/build"
 build_packages=(cmake ninja-build)
 require_packages g++ clang llvm googletest
-# The sanitizers are in a package like libclang-rt-14-dev. Read the version from Clang's own package.
+# The sanitizers are in a package like libclang-rt-14-dev. Read the version, here 14, from the dependencies of
+# Clang's own package.
 require_packages "$(dpkg-query -W -f='${Depends}' clang | sed -n 's/^\(.*, *\)\?clang-\([0-9]*\).*/libclang-rt-\2-dev/p')"
 build fuzz
 

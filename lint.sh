@@ -30,7 +30,7 @@ names=$(IFS='|' && echo "$*")
 mapfile -t sources < <(find json logging wire Common tools -name '*.cpp' | grep -E -e "$names" | sort)
 [ ${#sources[@]} -gt 0 ] || die "no source matches $*"
 
-# Clang does not find the headers of GCC with POSIX threads by itself, so name their folders.
+# Clang does not find the headers of the GCC variant with POSIX threads by itself, so name their folders.
 library=$(x86_64-w64-mingw32-g++-posix -print-file-name=include/c++)
 options=(-p build/mingw --quiet --extra-arg=--target=x86_64-w64-mingw32 --extra-arg=-nostdinc++
          --extra-arg=-Wno-unknown-warning-option)

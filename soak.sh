@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The endurance run: clients call brokers that fail at random, and a host serves hostile clients.
+# The endurance run: clients call brokers that fail at random, threads share handles, and a host serves hostile
+# clients.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/cmake/prepare.sh"
 
@@ -56,7 +57,7 @@ calculate() { awk "BEGIN { value = $1; print (value > 0 ? value : 0) }"; }
 mkdir -p "$ROOT/build"
 require_packages
 build mingw soak
-# Use a separate Wine prefix, because the prefix of the tests contains a test launcher.
+# Use a separate Wine prefix, because the tests put a stand-in for the broker launcher into their prefix.
 hold_wine "$ROOT/build/wine-soak"
 export TESSEL_WINEPREFIX=$ROOT/build/wine-soak
 

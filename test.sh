@@ -29,7 +29,8 @@ done
 if $list && [ $# -gt 0 ]; then usage >&2; exit 2; fi
 
 mkdir -p "$ROOT/build"
-# Debian's package npm conflicts with Node.js from elsewhere, so this looks for the command.
+# Require the package npm only if there is no command npm. Debian's package conflicts with a Node.js that was
+# not installed from Debian.
 npm=()
 command -v npm >/dev/null || npm=(npm)
 require_packages g++ clang lld pkgconf "${npm[@]}"

@@ -1,7 +1,8 @@
-# cmake -DFROM=... -DLIBRARY=... -DNM=... -DTO=... -P: writes the export definition file of a module that is
-# built with GCC or Clang. Each element function in LIBRARY gets two names: the name that GCC gives it
-# (Itanium ABI), and the name that Microsoft's compiler gives it. GCC cannot produce the name of Microsoft's
-# compiler, so FROM must contain the Microsoft name of each function.
+# Run with cmake -DFROM=... -DLIBRARY=... -DNM=... -DTO=... -P. Makes the export definition file TO from the
+# export definition file FROM, for a module that is built with GCC or Clang. TO exports each element function
+# in LIBRARY under two names: the name that GCC gives the function (Itanium ABI), and the name that Microsoft's
+# compiler gives it. GCC cannot produce the second name, so FROM must contain it for each function. NM is the
+# program that lists the symbols of a library.
 execute_process(COMMAND ${NM} --defined-only --extern-only ${LIBRARY}
   OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "_ZN17TesselSilverlight[0-9][^\r\n]*" symbols "${symbols}")

@@ -9,8 +9,8 @@ if(NOT MSVC)
     ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/TesselSLB_c.lib DESTINATION lib)
 endif()
 
-# The headers of the C++ client library include headers of wire/. The compiler finds them in
-# include/tessel/wire, next to the headers that include them.
+# The headers of the C++ client library are installed into include/tessel and include "wire/...". The
+# compiler looks beside the including header first, so the headers of wire/ go into include/tessel/wire.
 install(DIRECTORY clients/cpp/tessel DESTINATION include FILES_MATCHING PATTERN *.h)
 install(FILES wire/Addresses.h wire/Statuses.h DESTINATION include/tessel/wire)
 

@@ -2,15 +2,16 @@
 enable_language(RC)
 
 # tessel_version_resource(VARIABLE NAME FILE DESCRIPTION) makes the source of a DLL's version resource and
-# stores its path in the variable.
+# stores the path of this source in the variable.
 function(tessel_version_resource variable name file description)
   set(resource ${PROJECT_BINARY_DIR}/generated/${name}.rc)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${resource} @ONLY)
   set(${variable} ${resource} PARENT_SCOPE)
 endfunction()
 
-# tessel_microsoft_import_library(TARGET NAME DEFINITIONS) makes NAME.lib for the DLL NAME.dll from a file
-# of export definitions. Microsoft's linkers cannot read the import library that GNU's linker writes.
+# tessel_microsoft_import_library(TARGET NAME DEFINITIONS) makes the import library NAME.lib for the DLL
+# NAME.dll from an export definition file. Microsoft's linkers need it, because they cannot read the import
+# library that GNU's linker writes.
 function(tessel_microsoft_import_library target name definitions)
   if(MSVC)
     return()

@@ -10,8 +10,8 @@ die() {
   exit 1
 }
 
-# The packages that the build needs. require_packages [PACKAGE...] installs those of these packages and of the
-# named packages that are missing.
+# The packages that the build needs. require_packages [PACKAGE...] installs these packages and the named
+# packages. Packages that are already installed are left as they are.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {
@@ -65,8 +65,8 @@ prepare_wine() {
 # script ends, and then ends all programs in the prefix. There are two reasons:
 # - wineserver exits with the last program. Programs that have just started then exit with code 0.
 # - The first program in an idle prefix starts Wine's services, and the first program with a window starts the
-#   desktop. The services and the desktop inherit the program's output, so a reader of that output would wait
-#   for them, too.
+#   desktop. The services and the desktop inherit the program's output, so a script that reads this output to
+#   its end would wait until they end, too.
 held=() holders=()
 hold_wine() {
   local prefix
@@ -75,10 +75,10 @@ hold_wine() {
   for prefix in "$@"; do
     [ -f "$prefix/ready" ] || step "Making the Wine prefix ${prefix#"$ROOT"/}"
     in_prefix "$prefix" || exit 1
-    in_prefix "$prefix" --server -p 2>/dev/null || true  # fails if it already runs
+    in_prefix "$prefix" --server -p 2>/dev/null || true  # fails if wineserver already runs
     held+=("$prefix")
-    # Starts the programs one after the other, because two programs that start a desktop at the same time
-    # may wait ten seconds for it.
+    # notepad keeps the desktop running. The first rundll32 starts the desktop alone, because two programs
+    # that start a desktop at the same time may wait ten seconds for it.
     in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
     in_prefix "$prefix" notepad >/dev/null 2>&1 &
     holders+=($!)
@@ -97,8 +97,9 @@ release_wine() {
 }
 in_prefix() { TESSEL_WINEPREFIX=$1 "$ROOT/cmake/run-wine.sh" "${@:2}" </dev/null; }
 
-# ends_with_word PATTERN COMMAND...: runs the command and returns its exit code, or 1 if it prints no line
-# that matches PATTERN. The exit code alone is not enough: it is 0 for a program whose wineserver was ended.
+# ends_with_word PATTERN COMMAND...: runs the command, and passes its output on. Returns the command's exit
+# code, or 1 if the command prints no line that matches PATTERN. The exit code alone is not enough, because a
+# program returns 0 if its wineserver ends first.
 ends_with_word() (
   set -o pipefail
   { "${@:2}" | tee /dev/fd/4 4>&1 >&3 | grep -c "$1" >/dev/null; } 3>&1

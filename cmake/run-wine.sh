@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine, in a Wine prefix inside the build folder, which may be deleted at any
-# time. The first call makes the prefix. Windows in this prefix need no X server. --server ARGUMENT... calls
-# the prefix's wineserver instead.
+# Runs a Windows program under Wine, in a Wine prefix inside the build folder. The first call makes the prefix,
+# so the prefix may be deleted at any time. Programs in this prefix can open windows without an X server.
+# With --server ARGUMENT..., runs the prefix's wineserver with these arguments instead.
 set -eu
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-# Ignores the user's WINEPREFIX, so that the user's own prefix is never changed. Switches winemenubuilder
-# off, because it writes into the user's menus, and the debugger, because a crashed program would hang
-# in it.
+# Ignores the user's WINEPREFIX, so that the user's own prefix is never changed. Switches winemenubuilder off,
+# because it writes into the user's menus. Switches the debugger winedbg off, because a crashed program would
+# hang in it.
 export WINEPREFIX=${TESSEL_WINEPREFIX:-$root/build/wine}
 export WINEDEBUG=${WINEDEBUG:--all}
 export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,winedbg.exe='

@@ -24,8 +24,8 @@ std::filesystem::path TemporaryFile(DWORD run, int broker, const wchar_t* name) 
          (L"soak-" + std::to_wstring(run) + L"-" + Letter(broker) + name);
 }
 
-// Returns a different file name for each process of a broker, because a killed process may still
-// have the old file open.
+// Returns a different file name for each start of a broker, because the broker's killed process may
+// still have its file open.
 std::filesystem::path LogFile(DWORD run, int broker) {
   static int life = 0;
   return TemporaryFile(run, broker, (L"-" + std::to_wstring(++life) + L".log").c_str());

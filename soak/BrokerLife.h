@@ -1,4 +1,4 @@
-// Runs in the conductor. One life of a SceneBroker process, from its start to its end.
+// Runs in the conductor (soak_conductor). One SceneBroker process, from its start to its end.
 #pragma once
 
 #include <string>
@@ -20,8 +20,8 @@ class BrokerLife {
   void Suspend() const { program_.Suspend(); }
   void Resume() const { program_.Resume(); }
   // Closes the broker's window and waits until the broker has ended. Returns false if the broker
-  // ends with an error, or still has objects that were not released. When this function is called,
-  // no client may hold an object.
+  // ends with an error, or if its summary shows objects that clients have not released. When this
+  // function is called, no client may hold an object.
   bool CloseInOrder() const;
 
  private:

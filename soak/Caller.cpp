@@ -16,6 +16,7 @@ using namespace TesselSilverlight;
 constexpr int kUnknownId = wire::kUnknownElement;
 constexpr int kNotSupported = wire::kNotSupported;
 
+// The text after the name describes the values of the answer: see Layout in Nonsense.h.
 constexpr Operation kElemFromPoint = {"GetElemFromPoint", "s"};
 constexpr Operation kFocusedElement = {"GetFocusedElement", "s", true /*searches*/};
 constexpr Operation kParentElement = {"GetParentElement", "s"};
@@ -38,7 +39,7 @@ std::wstring IdOf(const SLElemData& element) {
   return {element.objectId, ::SysStringLen(element.objectId)};
 }
 
-// Clears the id, so that the record's destructor sends no release.
+// Clears the id, because the record's destructor sends a release to the broker if the id is set.
 void Forget(SLElemData& record) { ::SysFreeString(std::exchange(record.objectId, nullptr)); }
 
 HWND WindowOf(const Life& life) { return reinterpret_cast<HWND>(ULONG_PTR{life.window}); }
@@ -50,7 +51,7 @@ void Caller::Step(bool calm) {
   SLElemData element;
   const bool isHandedOut = !calm && element_ != kUnknown && IsHandedOut(element);
   if (!isHandedOut) {
-    // Fill the record without a call, so that the next call is about an element that the broker has
+    // Fill `element` without a call, so that the next call is about an element that the broker has
     // not handed out.
     Forget(element);
     element = Content();
@@ -83,7 +84,7 @@ void Caller::ChooseElement() {
   const Life now = state_.brokers[broker_].life;
   Life& known = lives_[broker_];
   if (now.process != known.process) formerLives_[broker_] = std::exchange(known, now);
-  // Some steps use the process id and the window of the broker's previous process.
+  // One step in 20 uses the process id and the window of the broker's previous process.
   const Life& former = formerLives_[broker_];
   life_ = former.process != 0 && Random(20) == 0 ? former : known;
 }

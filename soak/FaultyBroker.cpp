@@ -9,9 +9,9 @@ namespace soak {
 
 namespace {
 
-constexpr DWORD kNonsenseMilliseconds = 150;  // the time for which each kind of nonsense is sent
-constexpr int kNonsenseKinds = 8;  // the number of kinds of nonsense that one fault sends
-// This is longer than a call waits for a connection or for an answer.
+constexpr DWORD kNonsenseMilliseconds = 150;  // the time for which each broken answer is sent
+constexpr int kNonsenseKinds = 8;  // Fault::kNonsense sends this many different broken answers
+// A silent impostor stays longer than a call waits for a connection or for an answer.
 constexpr DWORD kSilentMilliseconds = wire::kPipeTimeoutMilliseconds + 2000;
 
 }  // namespace
@@ -83,8 +83,9 @@ void FaultyBroker::Kill() {
   Phases().Enter(PhaseKind::kAbsent);
 }
 
-// Waits until no client holds an element, because the broker's summary must show that all elements
-// were released. Meanwhile clients make only calls that return no element.
+// Waits until no client holds an element. The broker can then end, and its summary must show that
+// all elements were released. Until `wantCalm` is 0 again, clients make only calls that return no
+// element.
 void FaultyBroker::AwaitCalm() {
   state_.wantCalm = 1;
   for (int i = 0; i < 6000 && state_.calmThreads < kClients * kThreads; ++i) ::Sleep(10);

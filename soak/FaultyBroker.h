@@ -1,5 +1,5 @@
-// Runs in the conductor. A broker that fails in every way. Announces each change to the clients
-// before the change happens.
+// Runs in the conductor (soak_conductor). A broker that fails in every way. Records each change of
+// its behaviour in the memory shared with the clients, before the change happens.
 #pragma once
 
 #include <memory>
@@ -10,11 +10,13 @@
 
 namespace soak {
 
+// After kSuspend, each fault ends the broker and puts an impostor in its place: a hostile server on
+// the broker's pipe. PhaseKind explains what each kind of impostor does.
 enum class Fault {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // an impostor answers with the next few kinds of nonsense
+  kNonsense,  // the impostor sends broken answers: the next 8 of AllNonsense()
   kVanish,
   kHangUp,
   kSlow,
@@ -34,12 +36,14 @@ class FaultyBroker {
 
   // Makes the broker fail as `fault` says, and returns when the broker serves again.
   void RunFault(Fault fault, std::minstd_rand& random);
+  // Replaces the broker with an impostor that sends every broken answer of AllNonsense(). Returns
+  // when the broker serves again.
   void SendAllNonsense(std::minstd_rand& random);
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // The number of the broker's processes that ended in order, and the number of these processes
-  // that ended with an error or with objects that were not released.
+  // Ended returns how many times the broker was closed in order. Unbalanced returns how many of
+  // these times the broker ended with an error, or with objects that clients had not released.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 

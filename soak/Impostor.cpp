@@ -8,7 +8,7 @@ namespace soak {
 
 namespace {
 
-constexpr int kMostTries = 4000;  // with a pause of 5 ms after each attempt
+constexpr int kMostTries = 4000;  // 20 seconds, because there are 5 ms between two attempts
 constexpr DWORD kExchangeMilliseconds = 20000;
 
 }  // namespace
@@ -48,8 +48,8 @@ void Impostor::Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& r
   }
 }
 
-// Returns false if no client connects before `end`. If a client connects just as the time ends, it
-// stays connected until the next call of Connect.
+// Returns false if no client connects before `end`. A client that connects just as the time ends
+// stays connected, and the next call of Connect finds it.
 bool Impostor::Connect(ULONGLONG end) {
   for (ULONGLONG now; (now = ::GetTickCount64()) < end;) {
     const BOOL done = ::ConnectNamedPipe(pipe_, &overlapped_);

@@ -1,5 +1,5 @@
-// Runs in the conductor. A hostile server that takes over the pipe of a broker between the end of
-// the broker's process and the start of its next process.
+// Runs in the conductor (soak_conductor). A hostile server that takes over the pipe of a broker
+// after the broker's process has ended, until the broker is started again.
 #pragma once
 
 #include <windows.h>
@@ -19,8 +19,8 @@ class Impostor {
   Impostor(const Impostor&) = delete;
   Impostor& operator=(const Impostor&) = delete;
 
-  // Serves as `phase` says, for `milliseconds`. If a client is connected when the time ends, serves
-  // this client to the end.
+  // Treats clients as `phase` says (see PhaseKind), for `milliseconds`. If a client is connected
+  // when the time ends, serves this client to the end.
   void Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& random);
 
  private:

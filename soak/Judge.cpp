@@ -8,8 +8,8 @@ namespace soak {
 
 namespace {
 
-// A run has only tailored brokers. If such a broker answers "not served", a search finds no other
-// broker and cannot start another broker.
+// All brokers of a run have the scheme SL_TAILORED_URI. If such a broker answers "not served", a
+// call that searches finds no other broker and cannot start one, so it returns another code.
 int AfterSearch(const Call& call, int status) {
   return call.operation.searches && status == SL_NOT_SERVED ? SL_BROKER_NOT_STARTED : status;
 }
@@ -55,7 +55,7 @@ void Report(SharedState& state, const char* format, Arguments... arguments) {
   std::snprintf(state.report[index], sizeof(state.report[index]), format, arguments...);
 }
 
-// Writes the names of the phases between the moments `began` and `ended`, for a report.
+// Writes the names of the phases from number `began` to number `ended` into `text`, for a report.
 void Describe(const Timeline& timeline, long began, long ended, char (&text)[120]) {
   int length = 0;
   for (long moment = began; moment <= ended && length < 100; ++moment) {

@@ -1,5 +1,5 @@
-// Runs in the client. Decides which codes a call may return, given what its broker did during the
-// call.
+// Runs in the client (soak_client). Decides which codes a call may return, given what its broker
+// did during the call.
 #pragma once
 
 #include "Nonsense.h"
@@ -10,18 +10,19 @@ namespace soak {
 struct Operation {
   const char* name;
   Layout answer;
-  bool searches = false;  // true if the status "not served" makes the call ask another broker
+  bool searches = false;  // true if the call asks another broker after the status "not served"
 };
 
 struct Call {
   Operation operation;
-  int status;     // the code to expect if the record names the process of the running broker
-  DWORD process;  // the process that the record names
+  int status;     // the code that the broker answers if `process` is the broker's own process
+  DWORD process;  // the process id in the SLElemData that was passed to the call
 };
 
-// Counts a call that began and ended at the moments `began` and `ended` of its broker's timeline.
-// Reports the call if no phase between these moments allows its code. Returns true if the real
-// broker answered with success, so that the outputs of the call must be right.
+// Counts a call that returned `code`. The broker's timeline was in phase number `began` when the
+// call began, and in phase number `ended` when it ended. Reports the call if no phase from `began`
+// to `ended` allows the code. Returns true if the broker itself, not an impostor, answered with
+// success. Then the outputs of the call must be right.
 bool Judge(SharedState& state, const Timeline& timeline, const Call& call, long began, long ended,
            int code);
 

@@ -7,7 +7,8 @@ namespace soak {
 
 namespace {
 
-// A vector of this many records needs 120 GB. The run expects that the machine has less memory.
+// A vector of this many elements needs 120 GB. The machine must have less memory, so that the
+// allocation fails.
 constexpr int kLargestCount = 2147483647;
 
 // No text in these messages is the id of an element in a scene.
@@ -15,7 +16,7 @@ std::vector<Nonsense> MakeNonsense() {
   const std::wstring many(1 << 20, L'x'), deep(100, L'['), deepEnd(100, L']');
   const std::vector<Value> other = {{'i', 77}};
   return {
-      // These texts are not a message, not JSON, or not an array.
+      // These bytes are not a message, not JSON, or not an array, or too much follows the array.
       {"", {}},
       {"[", {}},
       {MessageOf(L"nonsense"), {}},
@@ -37,8 +38,8 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0.0]"), {{'?'}}},
       {MessageOf(L"[4294967296]"), {{'?'}}},
       {MessageOf(L"[[0]]"), {{'?'}}},
-      // These messages have an array with a status, and text around the array that a client
-      // ignores.
+      // These arrays begin with the status 77, which is no success. A client ignores everything
+      // else in these messages.
       {MessageOf(L"[77]"), other},
       {MessageOf(L"[77") + "]", other},
       {MessageOf(L"[77]]"), other},  // one character after the array is accepted
@@ -60,7 +61,7 @@ std::vector<Nonsense> MakeNonsense() {
       {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
       {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
       {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
-      // These answers have counts that do not fit into memory.
+      // These answers have counts that are negative, or too large for the memory.
       {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
       {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
       {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},

@@ -1,5 +1,5 @@
-// Runs in the conductor and in the client. Answers of a hostile broker (nonsense), and the code
-// that each call must return for them.
+// Runs in the conductor (soak_conductor) and in the client (soak_client). The broken answers that a
+// hostile broker sends (nonsense), and the code that each call must return for them.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace soak {
 
-// One value of an array. The type is 'i' for an int, 'b' for a bool, 's' for a text, and '?' for
-// anything else.
+// One value of the array that an answer consists of. The type is 'i' for an int, 'b' for a bool,
+// 's' for a text, and '?' for anything else.
 struct Value {
   char type;
   int number = 0;  // the value of an int or a bool
@@ -16,7 +16,7 @@ struct Value {
 
 struct Nonsense {
   std::string bytes;  // the bytes of the message
-  // The array that a reader finds in these bytes; empty if it finds no array.
+  // The array that a client reads from these bytes; empty if the client finds no array.
   std::vector<Value> values;
 };
 
@@ -25,13 +25,15 @@ const std::vector<Nonsense>& AllNonsense();
 // Returns the bytes of a message that consists of this text.
 std::string MessageOf(const std::wstring& text);
 
-// Describes the values of an answer after its status. The letters 'i', 'b' and 's' are types as in
-// Value. '*' and '#' are counts: the values up to the next count, or up to the end, occur that many
-// times. For '#' the client first allocates a vector of that size.
+// Describes the values that follow the status in an answer. The letters 'i', 'b' and 's' are types
+// as in Value. '*' and '#' are counts, which are ints: the values described up to the next count,
+// or up to the end, are there that many times. So "#s*i" is a count, the texts, a count, and the
+// ints. For '#' the client first allocates a vector of that size, which fails if the count is too
+// large.
 using Layout = const char*;
 
-// Returns the code of a call that receives `nonsense`, or kBadAlloc or kLengthError for an
-// exception.
+// Returns the code that a call must return if `nonsense` is its answer and `layout` is the layout
+// of a right answer. Returns kBadAlloc or kLengthError if the call must throw this exception.
 int OutcomeOf(const Nonsense& nonsense, Layout layout);
 
 }  // namespace soak

@@ -15,8 +15,8 @@ namespace soak {
 
 namespace {
 
-// These functions count entries in the system's lists, because GetProcessHandleCount and
-// GetGuiResources return 0 under Wine.
+// CountHandles and CountWindows count entries in the system's lists, because GetProcessHandleCount
+// and GetGuiResources return 0 under Wine.
 long CountHandles() {
   struct Entry {
     void* object;

@@ -1,5 +1,5 @@
-// Runs in the client's process and in the host's process. Counts the resources that a process
-// holds, to find leaks.
+// Runs in soak_client, soak_host and soak_shared_handles. Counts the resources that the program's
+// own process holds, to find leaks.
 #pragma once
 
 #include <functional>
@@ -20,12 +20,13 @@ ProcessCounters CountProcess();
 // Without this call the system keeps a varying number of freed BSTRs, which count as blocks.
 void SwitchOffTextCache();
 
-// Calls `round` again and again until the counters stay the same over several rounds, and returns
-// the counters. The counters grow at first, because the system allocates some resources on first
-// use and for each thread. Returns no value if the counters never stay the same.
+// Calls `round` again and again until five calls in a row have not changed the counters, and
+// returns the counters. The counters grow at first, because the system allocates some resources on
+// first use and for each thread. Returns no value if the counters still change after 40 calls.
 std::optional<ProcessCounters> CountWhenSettled(const std::function<void(int)>& round);
 
-// Makes a leak of each kind on purpose. Returns false if a counter does not show its leak.
+// Allocates one resource of each kind and frees it again. Returns false if a counter does not count
+// its resource meanwhile.
 bool CountersSeeLeaks();
 
 std::string ToText(const ProcessCounters& counters);

@@ -32,7 +32,8 @@ Program::Program(std::wstring commandLine, std::filesystem::path output)
   startup.hStdOutput = startup.hStdError = file;
   BOOL started = FALSE;
   DWORD error = ERROR_INTERNAL_ERROR;
-  // Under Wine about one start in several hundred fails with this error when the machine is busy.
+  // Under Wine, about one start in several hundred fails with ERROR_INTERNAL_ERROR when the machine
+  // is busy. Then try again.
   for (int i = 0; i < kMostStarts && !started && error == ERROR_INTERNAL_ERROR; ++i) {
     started = ::CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE /*inherit*/,
                                CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup, &process_);

@@ -1,5 +1,5 @@
-// Runs in the conductor. A child process of an endurance run. The output of the child goes to a
-// file, because a pipe would fill up while nobody reads it.
+// Runs in the conductor (soak_conductor). A child process of the conductor. The output of the child
+// goes to a file, because a pipe would fill up while nobody reads it.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,5 @@
-// Runs in the conductor. Shows the progress of a run on one line, and its results at the end.
+// Runs in the conductor (soak_conductor). Shows the progress of a run on one line, and makes the
+// table of its results.
 #pragma once
 
 #include <atomic>
@@ -14,16 +15,18 @@ class Progress {
   explicit Progress(const SharedState& state) : state_(state) {}
 
   // Shows a line that is updated every second until Hide is called. The line says "warming up"
-  // until SetEnd is called.
+  // until SetEnd is called, and then how many seconds are left before `tick` (see GetTickCount64).
   void Show();
   void SetEnd(ULONGLONG tick) { end_ = tick; }
   void Hide();
 
-  // These functions return sums over all phases.
+  // The number of calls that the clients have made.
   long long Calls() const;
+  // The codes other than 0 that these calls returned, and how often each was returned.
   std::string Codes() const;
 
-  // Returns a table of the codes, one line for each kind of phase.
+  // Returns a table of all codes and how often each was returned. There is one line for each kind
+  // of phase of a broker, and a last line for calls that ran through several phases.
   std::string Table() const;
 
  private:

@@ -1,5 +1,6 @@
-// Runs in the conductor and in the client. The scene of a broker. Every text in the scene contains
-// the broker's letter, so that a caller notices an answer that was meant for another caller.
+// Runs in the conductor (soak_conductor) and in the client (soak_client). The scene that a broker
+// serves. The address, the ids and the names contain the broker's letter, so that a caller notices
+// the answer of a wrong broker.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,5 @@
-// Runs in the conductor and in the client. The shared memory through which the conductor and the
-// clients of an endurance run communicate.
+// Runs in the conductor (soak_conductor) and in the client (soak_client). The shared memory through
+// which the conductor and the clients of an endurance run communicate.
 #pragma once
 
 #include <windows.h>
@@ -15,7 +15,8 @@ constexpr int kBrokers = 2;
 constexpr int kClients = 2;
 constexpr int kThreads = 4;  // the number of threads in each client
 
-// These results of calls are counted: the codes from -20 to 119, and two exceptions.
+// The results of calls that are counted: the codes from -20 to 119, and two exceptions, which have
+// the numbers 120 and 121.
 constexpr int kLowestCode = -20;
 constexpr int kBadAlloc = 120;
 constexpr int kLengthError = 121;
@@ -28,7 +29,7 @@ struct Life {
 };
 
 struct SharedState {
-  std::atomic<long> warm{0};   // 1 when each kind of fault has happened at least once
+  std::atomic<long> warm{0};   // set to 1 when each kind of fault has happened at least once
   std::atomic<long> ready{0};  // the number of clients that have finished their warm-up
   std::atomic<long> stop{0};
   std::atomic<long> wantCalm{0};  // 1 while clients must not hold elements
@@ -44,18 +45,19 @@ struct SharedState {
     std::atomic<long> handles{0}, blocks{0};
   } clients[kClients];
 
-  // A table of counts with one row for each kind of phase. The last row counts calls that ran
-  // through several phases.
+  // How often calls returned each code, with one row for each kind of phase of a broker. The last
+  // row counts calls that ran through several phases.
   std::atomic<long> codes[kPhaseKinds + 1][kCodes] = {};
   std::atomic<long long> wrong{0}, unexpected{0};
-  // The number of reports that are kept; later reports are dropped.
+  // The number of reports about wrong results and unexpected codes that are kept; later reports are
+  // dropped.
   static constexpr long kReports = 10;
   std::atomic<long> reports{0};
   char report[kReports][200] = {};
 };
 
-// Opens the shared state of the run with this number. The first process that opens the state
-// creates it.
+// Opens the shared state of the run with the number `run`, the conductor's process id. The first
+// process that opens the state creates it.
 class SharedMemory {
  public:
   explicit SharedMemory(DWORD run)

@@ -1,5 +1,6 @@
-// Runs in the conductor and in the client. The phases of a broker. The conductor records each phase
-// before the phase begins, so that a client knows which phases a call ran through.
+// Runs in the conductor (soak_conductor) and in the client (soak_client). The phases of a broker.
+// The conductor records each phase before the phase begins, so that a client knows which phases a
+// call ran through.
 #pragma once
 
 #include <windows.h>
@@ -14,8 +15,8 @@ enum class PhaseKind : DWORD {
   kEnding,     // the broker is being closed or killed
   kAbsent,     // no pipe with the name of the broker's pipe exists
   kStarting,   // the broker starts again; the clients do not know its new process yet
-  // In these phases an impostor serves the pipe:
-  kNonsense,   // the impostor answers with nonsense
+  // In the phases below, an impostor serves the pipe: a hostile server in the broker's place.
+  kNonsense,   // the impostor sends a broken answer of AllNonsense()
   kVanishing,  // the impostor reads the request and disconnects
   kHangingUp,  // the impostor disconnects without reading the request
   kSlow,       // the impostor answers kSlowStatus after a delay
@@ -30,11 +31,12 @@ constexpr const char* kPhaseNames[kPhaseKinds] = {
 
 struct Phase {
   PhaseKind kind;
-  DWORD detail;  // the broker's process id, or the index in AllNonsense()
+  DWORD detail;  // the broker's process id; in kNonsense, the index in AllNonsense(); otherwise 0
 };
 
-// The phases of one broker, in order. Only the conductor writes them. The object is in shared
-// memory, where all zeros are an empty timeline.
+// The phases of one broker, in order and numbered from 0 on. Such a number is called a moment. Only
+// the conductor adds phases. The object is in shared memory, which begins as all zeros: this is an
+// empty timeline.
 class Timeline {
  public:
   void Enter(PhaseKind kind, DWORD detail = 0) {

@@ -18,9 +18,9 @@ using namespace soak;
 
 constexpr int kWarmUpSteps = 50;
 
-// The C++ runtimes allocate a handle for a lock when two threads first compete for it, and keep it.
-// Here many threads start, throw and end at the same time, so that all these handles exist before
-// the counting begins.
+// When two threads first compete for a lock, the C++ runtimes allocate a handle for the lock and
+// keep the handle. Here many threads start, throw and end at the same time, so that all these
+// handles exist before the counting begins.
 void MeetAtLocks() {
   constexpr int kMany = 8, kRounds = 50, kThrows = 100;
   for (int round = 0; round < kRounds; ++round) {
@@ -36,14 +36,14 @@ void MeetAtLocks() {
         element.sourceUri = L"http://none.example/";
         for (++here; here < kMany;) ::Sleep(0);
         for (int j = 0; j < kThrows; ++j) {
-          // The module throws and catches an exception here.
+          // In this call, the module throws and catches an exception.
           TesselSilverlight::SelectItem(element, CComBSTR());
           try {
             throw std::bad_alloc();
           } catch (const std::bad_alloc&) {
           }
         }
-        // Clears the id, because no broker knows it.
+        // Clears the id, so that the destructor sends no release. There is no broker to receive it.
         ::SysFreeString(std::exchange(element.objectId, nullptr));
       });
     }
@@ -51,8 +51,9 @@ void MeetAtLocks() {
   }
 }
 
-// Runs the threads while `more` returns true. `more` receives the number of steps done. Meanwhile
-// stores the process's counters in the shared state.
+// Runs the threads while `more` returns true and the conductor does not stop the run. `more`
+// receives the number of steps that the thread has done. Meanwhile stores the process's counters in
+// the shared state.
 void RunThreads(SharedState& state, DWORD run, int index, unsigned seed,
                 const std::function<bool(int)>& more) {
   std::atomic<int> running = kThreads;

@@ -58,7 +58,8 @@ class Conductor {
     return true;
   }
 
-  // Resources are counted only after calls and failures of every kind have happened at least once.
+  // Makes every kind of failure happen once. Then makes random failures until the clients have
+  // finished their own warm-up, in which they count their resources for the first time.
   void WarmUp() {
     for (int fault = 0; fault < kFaults; ++fault)
       Disturb(*brokers_[fault % kBrokers], static_cast<Fault>(fault));

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int kWarmUpRounds = 4;          // the number of rounds of each kind of misuse
+constexpr int kWarmUpRounds = 4;          // rounds of each misuse between two counts
 constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a round that takes longer counts as hanging
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
@@ -35,7 +35,7 @@ void Judge(const char* operation, int code, std::initializer_list<int> deserved)
   if (++undeserved <= 10) std::printf("\n! %s ended with %d\n", operation, code);
 }
 
-// Returns whether clients send this text.
+// Returns whether one of the clients sends this text as a request.
 bool IsRequest(const std::wstring& text) {
   return text == L"[1]" || text == L"[1" || text.empty() ||
          text == std::wstring(kHugeBytes / sizeof(wchar_t), L'x' << 8 | L'x');
@@ -72,6 +72,7 @@ HANDLE Connect() {
   return INVALID_HANDLE_VALUE;
 }
 
+// What a client does with the channel. kNone sends a right request.
 enum class Misuse { kSilent, kHalf, kClosesAtOnce, kEmpty, kOdd, kHuge, kFlood, kNone, kCount };
 
 void Misbehave(Misuse misuse, unsigned random) {
@@ -131,14 +132,15 @@ void Watch() {
   }
 }
 
-// Sending 64 MiB takes long. So only one in 60 of the clients that drew kHuge sends it; the other
-// clients close at once.
+// Returns a random misuse. kHuge sends 64 MiB, which takes long. So kHuge is replaced by
+// kClosesAtOnce in 59 of 60 cases.
 Misuse DrawMisuse(std::minstd_rand& random) {
   const auto misuse = static_cast<Misuse>(random() % static_cast<int>(Misuse::kCount));
   return misuse == Misuse::kHuge && random() % 60 != 0 ? Misuse::kClosesAtOnce : misuse;
 }
 
-// Opens the channel and closes it again while a client misuses it.
+// Opens the channel and closes it again while a client misuses it. Returns false if the channel
+// cannot be opened or closed.
 bool RunRound(Misuse misuse, std::minstd_rand& random) {
   roundStart = ::GetTickCount64();
   int opened = 0;
@@ -148,8 +150,8 @@ bool RunRound(Misuse misuse, std::minstd_rand& random) {
   if (opened != 0) return false;
   std::thread host(Serve);
   std::thread client([misuse, draw = static_cast<unsigned>(random())] { Misbehave(misuse, draw); });
-  // The delay is in microseconds. Serving a client takes a few hundred of them, so UninitComm is
-  // called while the client is served, or afterwards.
+  // The delay before UninitComm, in microseconds. Serving a client takes a few hundred
+  // microseconds, so UninitComm is called while the client is served, or afterwards.
   const auto delay = random() % 4000;
   LARGE_INTEGER frequency, start, now;
   ::QueryPerformanceFrequency(&frequency);
@@ -177,7 +179,7 @@ int main(int count, char** arguments) {
     return 1;
   }
   std::thread(Watch).detach();
-  // The first output allocates a buffer, so print before the counting begins.
+  // The first output allocates a buffer, so print something before the counting begins.
   std::printf("host: warming up\n");
   bool good = true;
   const auto before = soak::CountWhenSettled([&](int) {

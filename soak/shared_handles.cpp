@@ -1,8 +1,8 @@
-// Runs in the client. soak_shared_handles WINDOW ADDRESS SECONDS SEED: threads share a few handles
-// of the C interface. They use, free and replace them at random, so a handle is often freed by one
-// thread while another thread uses it. The broker's summary tells whether every element was
-// released. The exit code is 0 if each call returned a code that it may return, and the process
-// holds the same resources at the end as after the warm-up.
+// soak_shared_handles WINDOW ADDRESS SECONDS SEED is a client of a broker. Its threads share a few
+// handles of the C interface. The threads use, free and replace the handles at random, so a handle
+// is often freed by one thread while another thread uses it. The broker's summary tells whether
+// every element was released. The exit code is 0 if each call returned a code that it may return,
+// and the process holds the same resources at the end as after the warm-up.
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -27,8 +27,9 @@ std::atomic<long> calls = 0, badHandles = 0, wrong = 0;
 void* window = nullptr;
 std::wstring address;
 
-// Counts the call. Another thread may free the handle before the call (-102), or during a wait
-// (-13). The condition of a wait is never met (-103).
+// Counts the call, and returns whether its code is 0. These codes are no errors: -102 if another
+// thread freed the handle before the call, -13 if another thread freed it during a wait, and -103
+// after each other wait, because its condition is never met.
 bool Succeeded(int32_t code, bool isWait = false) {
   ++calls;
   if (code == TESSEL_BAD_HANDLE) ++badHandles;
@@ -136,7 +137,8 @@ void FreeAll(std::atomic<std::uint64_t> (&places)[count],
   }
 }
 
-// Runs the threads while `more` returns true, and frees all handles.
+// Runs the threads while `more` returns true, and frees all handles. `more` receives the number of
+// steps that the thread has done.
 template <class More>
 void RunThreads(unsigned seed, More more) {
   std::vector<std::thread> threads;

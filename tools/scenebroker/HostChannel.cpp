@@ -4,10 +4,10 @@
 
 namespace {
 
-// The pause keeps the loop from using a whole processor when each read fails immediately.
+// Without a pause, Serve would use a whole processor when each read fails immediately.
 constexpr DWORD kPauseAfterFailureMilliseconds = 10;
 
-// Returns whether a client caused the failure. In this case the next call may succeed.
+// Returns whether a client caused the failure. If so, the channel can still serve other clients.
 bool IsCausedByClient(int code) {
   return code == SL_CHANNEL_CANNOT_READ || code == SL_CHANNEL_CANNOT_WRITE ||
          code == SL_CHANNEL_NO_CLIENT;

@@ -17,13 +17,14 @@ class HostChannel {
   // Throws std::runtime_error if the channel cannot be opened.
   void Open(SLUriScheme scheme, const std::wstring& address);
 
-  // Runs until Stop is called. Passes each request to `answer`, writes the text that `answer`
-  // returns, and then calls `sent` with true if the client received it. Throws std::runtime_error
-  // if the channel fails and cannot recover.
+  // Runs until Stop is called. Passes each request to `answer`, and writes the text that `answer`
+  // returns. Then calls `sent`: with true if the client received the text, otherwise with false.
+  // Throws std::runtime_error if the channel fails and cannot recover.
   void Serve(const std::function<std::wstring(const std::wstring&)>& answer,
              const std::function<void(bool)>& sent);
 
-  // May be called from any thread, any number of times. Returns true for the first call.
+  // Closes the channel, which ends Serve. May be called from any thread, any number of times.
+  // Returns true for the first call, and false for later calls, which do nothing.
   bool Stop();
 
  private:

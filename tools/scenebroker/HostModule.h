@@ -1,4 +1,4 @@
-// Part of SceneBroker. Loads the module at run time, as any host does, and finds its exports.
+// Part of SceneBroker. Loads the module, TesselSLB_x64.dll, at run time, and finds its exports.
 #pragma once
 
 #include <windows.h>
@@ -12,8 +12,8 @@ class HostModule {
   // Throws std::runtime_error if the module cannot be loaded.
   explicit HostModule(const std::wstring& path);
 
-  // Sets `function` to the export of that name. Throws std::runtime_error if there is no such
-  // export.
+  // Sets `function` to the export with the name `name`. Throws std::runtime_error if there is no
+  // such export.
   template <class Function>
   void Bind(Function& function, const char* name) const {
     function = reinterpret_cast<Function>(FindExport(name));

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr UINT kLastMessage = 0xBFFF;  // the last number that Windows leaves to applications
+constexpr UINT kLastMessage = 0xBFFF;  // the last message number for applications
 
-// The module passes no user data to the callback, so the callback finds the windows here.
+// The module passes no user data to the callback, so the callback finds the notice windows here.
 const NoticeWindows* openWindows = nullptr;
 
 LONG_PTR __stdcall OnMessage(HWND window, UINT message, WPARAM /*wParam*/, LPARAM /*lParam*/) {

@@ -1,5 +1,6 @@
-// Part of SceneBroker. The notice windows: additional windows of the module. When a request has
-// changed the scene, these windows carry a notice to the thread of the scene's window.
+// Part of SceneBroker. The notice windows: additional windows of the module (see
+// AdditionalWindow_Create). When a request has changed the scene, SceneBroker posts a message, the
+// notice, to each of them. The thread of the scene's window receives and prints it.
 #pragma once
 
 #include <windows.h>
@@ -19,11 +20,12 @@ class NoticeWindows {
   NoticeWindows& operator=(const NoticeWindows&) = delete;
 
   // Call Open and Close on the thread that dispatches the windows' messages. Open throws
-  // std::runtime_error.
+  // std::runtime_error if a window cannot be created.
   void Open();
   void Close();
 
-  // Posts a notice of `command` to every window. May be called from any thread.
+  // Posts a notice to every window. `command` is the number of the command that changed the scene.
+  // May be called from any thread.
   void Post(int command) const;
 
   const std::vector<HWND>& Handles() const { return handles_; }

@@ -1,6 +1,6 @@
-// Part of SceneBroker. Turns a request, [command, process, object, ...], into a call of the
-// function that answers it. The types of the function's parameters say which values the request
-// must hold.
+// Part of SceneBroker. Turns a request, which is the array [command, process, object, argument...],
+// into a call of the function that answers it. The types of the function's parameters say which
+// object id and which arguments the request must hold.
 #pragma once
 
 #include <optional>
@@ -27,7 +27,8 @@ std::optional<T> ValueAs(const Json& value) {
   }
 }
 
-// Returns the values from index `first` on, or nothing if a value is missing or has the wrong type.
+// Returns the values from index `first` on as the given types. Returns nothing if a value is
+// missing or has another type.
 template <class... Types, std::size_t... kIndex>
 std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t first,
                                              std::index_sequence<kIndex...>) {
@@ -42,7 +43,8 @@ std::optional<std::tuple<Types...>> ValuesAs(const Json& request, std::size_t fi
   return ValuesAs<Types...>(request, first, std::index_sequence_for<Types...>());
 }
 
-// The type of the function's second parameter, Object, says which object ids the command accepts:
+// RequestCall<&Function>::Answer checks a request, calls the function, and returns its answer. The
+// type of the function's second parameter, Object, says which object ids the command accepts:
 // - SceneElement&, const or not: the id of an element of the scene.
 // - const SceneElement*: the id of an element of the scene, or the empty id, which becomes null and
 //   means the whole scene.

@@ -1,5 +1,6 @@
 // SceneBroker's main program. Serves a scene to the module's clients, as the broker of real content
-// would. Prints facts about the scene at the start, each request, and a summary at the end.
+// would. Prints facts about the scene at the start, then each request and its answer, and a summary
+// at the end.
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
@@ -59,15 +60,15 @@ std::wstring DefaultModulePath() {
   return path.substr(0, path.rfind(L'\\') + 1) + L"TesselSLB_x64.dll";
 }
 
-// The console calls its handler on a thread of its own and passes only the event, so the handler
+// Windows calls the console handler on a separate thread and passes only the event, so the handler
 // finds the channel in `channelToStop`. The mutex keeps the channel alive while the handler uses
 // it.
 std::mutex channelMutex;
 HostChannel* channelToStop = nullptr;
 
-// Returns TRUE for the first Ctrl-C or Ctrl-Break: the broker then stops by itself. Any other event
-// ends the process, even a second Ctrl-C or Ctrl-Break, because the last answer may wait for a
-// client that never reads it.
+// For the first Ctrl-C or Ctrl-Break, stops the channel and returns TRUE; the broker then ends in
+// order. For a second Ctrl-C or Ctrl-Break, and for any other event, returns FALSE, and Windows
+// ends the process. This is needed if the last answer waits for a client that never reads it.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   const std::lock_guard lock(channelMutex);

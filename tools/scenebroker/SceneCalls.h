@@ -1,5 +1,5 @@
-// Part of SceneBroker. The tables of commands. Each table is in the file that has the functions for
-// its commands.
+// Part of SceneBroker. The tables that name, for each command of a request, the function that
+// answers it. Each table is in the file that has these functions.
 #pragma once
 
 #include <span>

@@ -18,8 +18,8 @@ bool IsAlike(const SceneElement& one, const SceneElement& other) {
   return TextOf(one, kName) == TextOf(other, kName) && TextOf(one, kType) == TextOf(other, kType);
 }
 
-// Returns the element's position among the elements below the parent that have the same name and
-// type.
+// Returns how many elements below the element `parentId` have the same name and type as `element`
+// and come before it in the scene. An empty `parentId` means the whole scene.
 int PositionAmongAlike(const Scene& scene, const SceneElement& element,
                        const std::string& parentId) {
   const std::vector<int> levels = scene.LevelsBelow(parentId);

@@ -5,8 +5,9 @@
 
 #include "tools/scenebroker/Scene.h"
 
-// A grid of cells, each with the elements that may be visible in it. The grid makes look-ups in a
-// large scene fast. It keeps pointers to the elements.
+// A grid of cells. Each cell lists the elements that may be visible in it, which makes look-ups in
+// a large scene fast. The grid keeps pointers to the elements, so they must exist as long as the
+// grid.
 class SceneMap {
  public:
   explicit SceneMap(const std::vector<SceneElement>& elements);
@@ -20,10 +21,12 @@ class SceneMap {
   POINT PointOf(const SceneElement& element) const;
 
  private:
-  // The columns or the rows of the grid (stripes). Stripes start at edges of elements, so they are
-  // narrow where there are many elements.
+  // All columns or all rows of the grid. A stripe is one column or one row. Stripes start at edges
+  // of elements, so they are narrow where there are many elements.
   struct Axis {
+    // Returns the number of the stripe that contains the coordinate `value`.
     std::size_t StripeOf(LONG value) const;
+    // Returns whether the whole stripe lies between the coordinates `low` and `high`.
     bool IsWithin(std::size_t stripe, LONG low, LONG high) const;
 
     // Stripe 0 is everything before starts[0]. Stripe i+1 begins at starts[i].

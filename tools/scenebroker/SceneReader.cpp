@@ -17,7 +17,8 @@ using tessel::Quoted;
 
 constexpr int kVersion = 1;
 
-// A value of the scene file, and the path of this value for error messages.
+// A value of the scene file, and the path of this value, such as elements[2].rect, for error
+// messages.
 struct Place {
   [[noreturn]] void Fail(const std::string& problemAndCure) const {
     throw SceneError((path.empty() ? "the scene" : path) + ": " + problemAndCure);
@@ -67,8 +68,9 @@ bool IsCarried(char32_t code) {
   return code != 0 && !isNoncharacter;
 }
 
-// Throws SceneError if a client cannot receive `text` unchanged. The error message names `place`
-// and then `subject`. `subject` is empty if the whole value at `place` is the text.
+// Throws SceneError if a client cannot receive `text` unchanged. The error message begins with the
+// path of `place` and with `subject`, which says what `text` is. `subject` is empty if `text` is
+// the value at `place`.
 void CheckCharacters(const Place& place, const std::string& subject, const std::string& text) {
   const std::wstring units = tessel::Wide(text);
   for (std::size_t i = 0; i < units.size(); ++i) {

@@ -5,5 +5,5 @@
 
 #include "tools/scenebroker/Scene.h"
 
-// Throws SceneError.
+// Throws SceneError if the file cannot be read or does not describe a scene.
 Scene ReadSceneFile(const std::wstring& path);

@@ -4,8 +4,8 @@
 
 namespace {
 
-// Answers with the id of one element and counts the element as handed out. An empty id means no
-// element.
+// Returns an answer with the id of one element, and counts the element as handed out. If `id` is
+// empty, the answer names no element and nothing is counted.
 Json HandOut(ServedScene& served, const std::string& id) {
   if (!id.empty()) served.objects.HandOut(id);
   return Json::array({0, id});

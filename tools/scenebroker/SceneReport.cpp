@@ -13,8 +13,8 @@ using tessel::Narrow;
 using tessel::Printable;
 using tessel::Wide;
 
-// Holds a lock, so that the lines of two threads are not mixed. Flushes the output, because
-// programs wait for the lines.
+// Holds a lock, so that the lines of two threads are not mixed. Flushes the output, because scripts
+// and other programs wait for the lines.
 void Print(const std::string& lines) {
   static std::mutex mutex;
   const std::lock_guard lock(mutex);
@@ -27,8 +27,8 @@ std::string Line(std::string_view key, std::string_view value) {
 
 std::string Line(std::string_view key, int value) { return Line(key, std::to_string(value)); }
 
-// Returns the line "element: ..." and, after it, one line for each thing that a client can read
-// from the element.
+// Returns the line "element: ..." with a point and the id of the element. Lines with the parent's
+// id, each attribute's or state's name, and the number of items follow if the element has these.
 std::string ElementLines(const SceneMap& map, const SceneElement& element) {
   const POINT point = map.PointOf(element);
   std::string lines = Line("element", std::to_string(point.x) + ',' + std::to_string(point.y) +

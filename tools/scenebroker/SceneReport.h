@@ -9,7 +9,8 @@
 
 #include "tools/scenebroker/ServedScene.h"
 
-// Prints what clients need to find the content, and the elements. `scheme` is the scheme's name.
+// Prints the facts that clients need to find the scene's content, then facts about each element,
+// and then the line "ready". `scheme` is the name of the scheme.
 void PrintFacts(const ServedScene& served, const std::string& scheme, HWND window,
                 const std::vector<HWND>& noticeWindows);
 void PrintServed(std::string_view request, std::string_view answer);

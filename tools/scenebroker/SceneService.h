@@ -14,7 +14,7 @@ struct SceneAnswer {
 
 class SceneService {
  public:
-  // `processId` is the process that shows the scene.
+  // `processId` is the process that shows the scene. Requests must name this process.
   SceneService(ServedScene& served, DWORD processId) : served_(served), processId_(processId) {}
 
   // Returns the answer to a request. Request and answer are UTF-8. A request that cannot be served

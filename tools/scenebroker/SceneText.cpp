@@ -9,7 +9,8 @@
 
 namespace {
 
-// Returns the line and column of a byte. Columns are counted in characters.
+// Returns the line and the column of the byte with the index `byte`. Both count from 1. Columns
+// count characters, not bytes.
 std::string PlaceOf(const std::string& text, std::size_t byte) {
   const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size()));
   const auto lines = std::count(text.begin(), end, '\n');
@@ -19,16 +20,16 @@ std::string PlaceOf(const std::string& text, std::size_t byte) {
   return "line " + std::to_string(lines + 1) + ", column " + std::to_string(characters + 1);
 }
 
-// Returns the message of the JSON library without the position at its start.
+// Returns the error message `what` of the JSON library without the position at its start.
 std::string Reason(const std::string& what) {
   const std::size_t place = what.find(", column ");
   const std::size_t start = place == std::string::npos ? 0 : what.find(": ", place) + 2;
   return what.substr(start);
 }
 
-// Finds errors that the parser of the JSON library does not report well. The parser accepts two
-// fields with the same name, and it reports no position for a number that is too large. Keeps no
-// values.
+// Finds errors that the parser of the JSON library does not report well: the parser accepts two
+// fields with the same name, and it reports no position for a number that is too large. This class
+// only checks the text and keeps no values.
 class TextCheck : public nlohmann::json_sax<Json> {
  public:
   explicit TextCheck(const std::string& text) : text_(text) {}
@@ -54,7 +55,7 @@ class TextCheck : public nlohmann::json_sax<Json> {
     return true;
   }
 
-  // `position` is the number of bytes read, including the last byte of the token.
+  // `position` is the number of bytes that were read, up to and including the last byte of `token`.
   bool parse_error(std::size_t position, const std::string& token,
                    const Json::exception& error) override {
     if (dynamic_cast<const Json::out_of_range*>(&error) != nullptr) {

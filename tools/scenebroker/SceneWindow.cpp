@@ -79,8 +79,8 @@ HWND SceneWindow::Open(const std::wstring& title) {
 
 void SceneWindow::Run(const std::wstring& title, std::promise<HWND>& opened) {
   try {
-    // After set_value the constructor may return, which destroys `title` and `opened`. Do not use
-    // these two variables below.
+    // After set_value, the constructor may return, which ends the life of `title` and `opened`. Do
+    // not use these two variables after set_value.
     opened.set_value(Open(title));
   } catch (...) {
     opened.set_exception(std::current_exception());

@@ -14,9 +14,10 @@
 
 class SceneWindow {
  public:
-  // Returns when all windows exist. Throws std::runtime_error if a window cannot be created. When
-  // the user closes the window, it is hidden and `onClosed` is called on the window's thread. The
-  // window's handle stays valid until the destructor runs.
+  // Returns when the scene's window and the notice windows exist. Throws std::runtime_error if a
+  // window cannot be created. When the user closes the scene's window, the window is only hidden,
+  // so that its handle stays valid until the destructor runs. `onClosed` is then called on the
+  // window's thread. It is called once more when this thread ends.
   SceneWindow(const std::wstring& title, NoticeWindows& notices, std::function<void()> onClosed);
   ~SceneWindow();
   SceneWindow(const SceneWindow&) = delete;

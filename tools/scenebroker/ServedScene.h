@@ -14,14 +14,16 @@
 
 inline Json StatusAnswer(wire::Status status) { return Json::array({static_cast<int>(status)}); }
 
-// Counts, for each id, how many objects were handed out and not yet released.
+// Counts, for each id, how many objects clients hold. An object is an element that an answer has
+// handed out. The client must release it, once for each time that it was handed out.
 class HeldObjects {
  public:
   void HandOut(const std::string& id);
+  // Returns false if no client holds an object with this id.
   bool Release(const std::string& id);
 
-  // Call this after each answer. `delivered` says whether the client received the objects that were
-  // handed out since the last call.
+  // Call this after each answer. `delivered` says whether the client received the answer, and with
+  // it the objects that were handed out since the last call of Settle.
   void Settle(bool delivered);
 
   int HandedOut() const { return handedOut_; }
@@ -30,7 +32,7 @@ class HeldObjects {
   const std::map<std::string, int>& Held() const { return held_; }
 
  private:
-  std::vector<std::string> onTheWay_;
+  std::vector<std::string> onTheWay_;  // handed out since the last call of Settle
   std::map<std::string, int> held_;
   int handedOut_ = 0;
   int undelivered_ = 0;
@@ -45,5 +47,5 @@ struct ServedScene {
   Scene scene;
   const SceneMap map;
   HeldObjects objects;
-  int changes = 0;
+  int changes = 0;  // the number of times that a command changed the scene
 };
