@@ -15,7 +15,8 @@ TEST(Address, DecidesSchemeOriginAndPipeName) {
        {L"https:", SL_HTTPS_URI, L"https:", L"https_"},
        {L"http:a/b/c/d", SL_HTTP_URI, L"http:a/b/c", L"http_a_b_c"},
        {L"file:///C:/one/two/a.xap", SL_FILE_URI, L"file:///C:/one/two", L"file____C__one_two"},
-       // Only the low bytes of these three characters count, which are E9, 61 and 41.
+       // A character is kept in the pipe name if its low byte is an ASCII letter or digit. The low
+       // bytes of U+00E9, U+0161 and U+0141 are E9, 61 and 41, so only the first is replaced.
        {L"http:\u00e9\u0161\u0141-%2", SL_HTTP_URI, L"http:\u00e9\u0161\u0141-%2",
         L"http__\u0161\u0141__2"},
        {L"http", kNone, L"none", L""},

@@ -27,7 +27,8 @@ int32_t Look(void* looks, int32_t* met, const wchar_t** seen) {
   return 0;
 }
 
-// Returns `handle` or `error` if the type fits, otherwise a valid argument of this type.
+// Returns an argument for a parameter of the type `Argument`: `handle` for a handle, `error` for
+// the error output, and some valid value for every other type.
 template <class Argument>
 Argument Given(Handle handle, tessel_error** error) {
   static std::uint64_t results[8];
@@ -49,10 +50,11 @@ Function Call(int32_t (*function)(Arguments...)) {
   };
 }
 
-// The table contains every function of the header that has a handle as its argument.
+// kCalls contains every function of tesselslb.h that takes a handle. To find a missing function,
+// the test counts the functions in the header.
 TEST(Handles, AreRefusedByEveryFunctionUnlessTheyAreRight) {
   ScriptedBroker broker(SL_TAILORED_URI, address, {"[0,1,'a',1,2,3,4]", "[0,'b']", "[0,true]"});
-  // By the kind of the handle: content, element or list.
+  // The functions by the kind of their handle: 'c' for content, 'e' for element, 'l' for list.
   const std::map<char, std::vector<Function>> kCalls = {
       {'c',
        {Call(&tessel_content_close), Call(&tessel_content_window), Call(&tessel_content_at),
@@ -116,7 +118,8 @@ TEST(Arguments, OfNullAreRefused) {
   EXPECT_EQ(tessel_content_close(content, nullptr), 0);
 }
 
-// In the first wait, the check closes the handle of the content.
+// In the first wait, the check function closes the handle of the content. The wait goes on, and
+// calls the check a second time.
 TEST(Waits, KeepTheirContent) {
   int looks = 0;
   static tessel_content content;

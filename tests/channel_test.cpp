@@ -14,7 +14,8 @@ const LogCapture capture;
 const std::wstring kAddress = L"http://chan" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = kTailoredPipe + L"http___" + kAddress.substr(7);
 
-// Returns the code of a call and the errors that it logged: "CODE, ERROR ..., ERROR ...".
+// Returns the code of a call, followed by the errors that were logged since the last reset of the
+// log: "CODE, ERROR ..., ERROR ...". Resets the log.
 std::string Told(int code) {
   std::string told = std::to_string(code);
   for (const std::string& error : LogCapture::Messages()) told += ", " + error;
@@ -24,7 +25,8 @@ std::string Told(int code) {
 
 int Open(DWORD timeout = 20000) { return InitComm(4 /*tailored*/, timeout, kAddress.c_str()); }
 
-// Sends a request as a client and returns the answer, which is empty if the server disconnects.
+// Sends a request as a client, on another thread. The future holds the answer, or an empty text if
+// the server disconnects.
 std::future<std::wstring> Ask(const std::wstring& request) {
   return std::async(std::launch::async, [request] {
     RawClient client(kPipe);
@@ -54,7 +56,7 @@ TEST_F(Channel, RefusesCallsThatCannotWork) {
   EXPECT_EQ(Told(Read()), "-1, ERROR Pipe not initialized");
   EXPECT_EQ(Told(WriteMessage(L"x")), "-1, ERROR WriteMessage - Pipe not initialized");
   EXPECT_EQ(Told(InitComm(0, 0, L"")), "-3, ERROR Invalid URI scheme, ERROR Cannot get pipe name");
-  EXPECT_EQ(Told(InitComm(4, 50, MAKEINTRESOURCEW(77) /*there is none*/)), "0");
+  EXPECT_EQ(Told(InitComm(4, 50, MAKEINTRESOURCEW(77) /*no such string resource*/)), "0");
   EXPECT_EQ(Told(ReadMessage(nullptr, nullptr)), "-5, ERROR Invalid arguments");
   EXPECT_EQ(Told(WriteMessage(nullptr)), "-5, ERROR WriteMessage - Invalid arguments");
   EXPECT_EQ(Told(WriteMessage(L"x")),
@@ -122,7 +124,7 @@ TEST_F(Channel, CannotServeThePipeOfAnotherProcess) {
 
 TEST_F(Channel, UninitEndsAReadThatIsAboutToWait) {
   for (const bool used : {true, false}) {
-    EXPECT_EQ(Open(INFINITE), 0);  // replaces the channel of the previous round
+    EXPECT_EQ(Open(INFINITE), 0);  // replaces the channel of the previous pass
     // UninitComm connects to the pipe to end the wait of ReadMessage. A new pipe accepts this
     // connection even before the wait, a used pipe accepts it only during the wait.
     if (used) ExpectService();

@@ -14,7 +14,7 @@ using tessel::Error;
 
 const LogCapture capture;
 
-// Lists all calls as "function id code".
+// Lists all calls to the module as "function id code", where `id` is the id of the element.
 struct CallList : tessel::CallObserver {
   void Begin(const tessel::Call&) override {}
   void End(const tessel::Call& call, int code) noexcept override {
@@ -24,8 +24,9 @@ struct CallList : tessel::CallObserver {
   std::string text;
 };
 
-// Each row runs an action with the element "a", against a broker with the given answers. A row's
-// result is the text that the action returns, or the code and the text of the Error that it throws.
+// Each row has the broker's answers, an action with the element "a", the expected result, and the
+// expected calls. The result is the text that the action returns, or the code and the text of the
+// Error that it throws.
 TEST(Client, MakesTheseCallsForTheseAnswers) {
   using Act = std::function<std::string(Content&, Element)>;
   const std::tuple<Texts, Act, std::string, std::string> kCases[] = {
@@ -115,7 +116,8 @@ TEST(Client, MakesTheseCallsForTheseAnswers) {
   }
 }
 
-// The broker ends after its answers. No launcher is installed, so calls fail at once.
+// The first broker ends after its only answer. No launcher is installed, so calls then fail at
+// once. After a call has failed, elements are released without a call until a broker answers again.
 TEST(Client, ReleasesWithoutACallWhileTheBrokerIsLost) {
   const std::wstring address = L"client-lost" + kProcess;
   CallList calls;

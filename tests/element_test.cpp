@@ -23,7 +23,7 @@ CComBSTR Argument(const std::string& text) {
 
 wchar_t kept[] = L"kept";
 
-// Returns the text, and frees it if a call has set it.
+// Returns a blank and the text. Frees the text, unless the call has left `kept` in its place.
 std::string Taken(wchar_t* text) {
   const std::string taken = ' ' + Narrow(text);
   if (text != kept) ::SysFreeString(text);
@@ -55,7 +55,8 @@ std::string ParentOf(SLElemData& element) {
   return std::to_string(code) + ' ' + Taken(parent);
 }
 
-// `how` says how the parent record differs from the element.
+// Calls GetIdInfo. `how` contains words. "below" passes a parent record. "process", "scheme" and
+// "no element" each make one field of that record wrong. "without number" passes no number.
 std::string Identity(SLElemData& element, const std::string& how) {
   const auto says = [&](const char* words) { return how.find(words) != how.npos; };
   SLElemData parent = Element(L"elsewhere", L"up");
@@ -72,8 +73,8 @@ std::string Identity(SLElemData& element, const std::string& how) {
   return result + ' ' + std::to_string(number);
 }
 
-// Calls `fill`, which fills a vector of records again. Returns the code of `fill`, or the exception
-// that it throws, followed by the id of each record.
+// Calls `fill` with a vector that already contains a record. Returns the code of `fill`, or the
+// exception that it throws. The id of each record follows, and its rectangle if it is set.
 template <class Fill>
 std::string Refilled(const SLElemData& element, Fill fill) {
   Records records(1);
@@ -233,8 +234,9 @@ TEST(Element, IsReleasedOnceEvenIfItWasMoved) {
   EXPECT_EQ(broker.Wait(), 0u) << "the broker ends after the last expected request";
 }
 
-// When a call has read the new count, it releases the records of the previous call. Records of an
-// answer that ends too early are released when the vector is destroyed.
+// A call that fills a vector releases the vector's old records as soon as it has read the number of
+// new records. If the answer ends too early, the records read before stay in the vector, and are
+// released when the vector is destroyed.
 TEST(Element, IsReleasedWhenItsVectorIsRefilledOrDestroyed) {
   const std::wstring address = Address(L"refilled");
   ScriptedBroker broker(SL_TAILORED_URI, address,

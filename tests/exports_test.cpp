@@ -1,5 +1,6 @@
+// Tests the exported names, the imports, the hardening flags and the version of both DLLs.
 #include <windows.h>
-// winver.h must come after windows.h.
+// winver.h needs windows.h before it
 #include <winver.h>
 
 #include <gmock/gmock.h>
@@ -12,7 +13,7 @@
 
 namespace {
 
-// A DLL whose tables the tests read. The DLL is mapped as a module, and none of its code runs.
+// A DLL. The tests read its headers and tables. They load the DLL without running any of its code.
 struct Dll {
   const wchar_t* name;
   const char* list;     // a file that contains the names of the DLL's exports

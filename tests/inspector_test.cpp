@@ -58,8 +58,10 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   }
 }
 
-// This process is the broker, because SceneBroker does not send such answers. The address has no
-// scheme, so a search asks no other broker. The window is destroyed when the request has arrived.
+// Each row has a command, its notice or "", the broker's answer, the exit code, and a part of the
+// output. This process is the broker, because SceneBroker does not send the answers in the table.
+// The address has no scheme, so a search asks no other broker. The window is destroyed when the
+// request has arrived, so that a later injection fails.
 TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   const std::tuple<std::string, std::string, const wchar_t*, DWORD, std::string> kCases[] = {
       {"at 1,2 --scheme tailored",

@@ -16,9 +16,11 @@ namespace {
 using base::ListValue;
 using base::Utf16Text;
 
-// The standard library's conversions, to compare results with, for well-formed text only.
+// Converts between UTF-8 and UTF-16 with the standard library, so that the tests can check our own
+// conversions. Works only for well-formed text.
 std::wstring_convert<std::codecvt_utf8_utf16<base::Utf16Unit>, base::Utf16Unit> convert;
 
+// Returns the JSON text of the list without its brackets, or "refused".
 std::string Written(const ListValue& list) {
   Utf16Text out(1, 'o');
   const bool written = base::WriteJson(list, out);
@@ -28,8 +30,8 @@ std::string Written(const ListValue& list) {
 
 std::string TextOf(const base::ListText& list) { return convert.to_bytes(Utf16Text(list.View())); }
 
-// Returns the JSON text of a list of values that contains only `text`. Checks that ListText writes
-// the same text or refuses the string.
+// Returns `text` as a JSON string, as WriteJson writes it. Checks that ListText writes the same
+// JSON, or refuses the string and stays empty.
 std::string Written(base::Utf16View text) {
   ListValue list;
   list.AppendString(text);
@@ -40,8 +42,9 @@ std::string Written(base::Utf16View text) {
   return written;
 }
 
-// Reads a text and writes its values. The text lies in memory of its exact size, so that the
-// sanitizer reports a read beyond its end.
+// Reads a JSON text and returns the text that the writer makes of its value, or "no value" in
+// quotes if the reader refuses it. The text lies in memory of its exact size, so that the sanitizer
+// reports a read beyond its end.
 template <class Text>
 std::string Rewritten(const Text& text, std::size_t step = base::kReadStep) {
   const std::vector<typename Text::value_type> exact(text.begin(), text.end());
@@ -70,8 +73,8 @@ TEST(JsonReader, AcceptsAndRefuses) {
     if (!name.starts_with("refused-utf8")) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
-    // The first step of the reader starts after the bracket and has 50 units. The blanks move the
-    // end of this step across the text.
+    // The reader reads a list in steps (pieces of text). Even for a step length of 1, the first
+    // step has 50 units. It starts after the bracket, and the blanks move its end across the text.
     for (std::size_t blanks = 0; text.starts_with('[') && blanks < 50; ++blanks) {
       const std::string padded = "[0" + std::string(blanks, ' ') + ',' + text.substr(1);
       ASSERT_EQ(Rewritten(padded, 1), Rewritten(padded, padded.size())) << name << ' ' << blanks;
@@ -80,9 +83,10 @@ TEST(JsonReader, AcceptsAndRefuses) {
   }
 }
 
-// Empty strings need the most memory for their length in text. The texts have many lengths, so that
-// the steps of the reader and the blocks of memory end at every position in an element. A text
-// whose last string has no closing quote must be refused.
+// The reader reads a list in steps (pieces of text). Before each step, it reserves memory for any
+// text of the step's length. Empty strings need the most memory for their length in text. The texts
+// have many lengths, so that a step and a block of memory end at every position in an element. A
+// text whose last string has no closing quote must be refused.
 TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
   for (std::string text : {"[\"\"", "[0,\"\"", "[0,0,\"\""}) {
     for (std::size_t count = 1; count < 400; ++count, text += ",\"\"") {
@@ -100,7 +104,7 @@ TEST(JsonReader, HasRoomForTheDensestTextWhereverAStepOrABlockEnds) {
   EXPECT_EQ(Rewritten('[' + std::string(3000, ' ') + ']', 3000), "[]") << "an empty block";
 }
 
-// If reading took quadratic time, each text would take hours.
+// With a reader of quadratic time, each text would take hours, so the test would time out.
 TEST(JsonReader, ReadsHostileTextsInLinearTime) {
   constexpr int kCount = 200000;
   std::string falling = "{";
@@ -137,8 +141,9 @@ TEST(JsonWriter, EscapesEveryUnitAtEveryPositionInABlock) {
     std::string form = escaped ? code : convert.to_bytes(raw);
     const auto at = unit < 0x80 ? special.find(static_cast<char>(unit)) : special.npos;
     if (at != special.npos) form = {'\\', letters[at]};
-    // Text that is all ASCII takes another path through the code. A unit at another position in a
-    // block may also take another path.
+    // A string that is all ASCII is written by other code than any other string. In both cases, a
+    // whole block of units is copied by other code than the units after the last block. So the test
+    // puts each unit at every position of an ASCII text and of another text.
     for (const char16_t filler : {u'a', u'\u20AC'}) {
       for (std::size_t before = 0; before < 36; ++before) {
         const Utf16Text head(before, filler), tail(35 - before, filler);
@@ -186,6 +191,8 @@ TEST(JsonWriter, WritesNumbersOfEveryLengthAndRefusesValuesWithoutJson) {
   }
 }
 
+// A long string is written in pieces of at most 512 units. The texts have many lengths, so that a
+// piece ends at every position in the surrogate pairs.
 TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   const std::string pairs = Repeated("\U0001F600", 5);
   const Utf16Text halves = {0xD83D, 0xD83D, 0xDE00, 0xDE00, 0xDE00, 0xD83D};
@@ -197,15 +204,16 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   }
 }
 
-// Makes lists of many lengths, so that each kind of last element is at every position around the
-// end of a block.
+// Makes lists of many lengths. Each kind of element is once the last one at every position near the
+// end of a memory block.
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   // The JSON text of this string fills a block exactly.
   const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {
-    // The lengths of `flags` and `blanks` are combined so that the JSON text gets every length.
+    // In JSON text with its comma, a flag has 5 units and a blank (an empty string) has 3. Together
+    // they give the text every length.
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
         const auto append = [&](auto& list) {
@@ -227,7 +235,8 @@ TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   }
 }
 
-// Copies into memory of the exact size, so that the sanitizer reports a write beyond its end.
+// Expects that `copy` copies the first `count` units of `from`. Copies into memory of the exact
+// size, so that the sanitizer reports a write beyond its end.
 template <class To, class From, class Copy>
 void ExpectCopied(const std::vector<From>& from, std::size_t count, Copy copy) {
   std::vector<To> to(from.size());

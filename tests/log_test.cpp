@@ -22,7 +22,8 @@ using testing::HasSubstr;
 constexpr GUID kProvider = {0x204DE76A, 0x126E, 0x4673, {179, 73, 90, 93, 17, 209, 128, 215}};
 constexpr GUID kEventClass = {0x7FE69228, 0x633E, 0x4F06, {128, 193, 82, 127, 234, 35, 227, 167}};
 
-// Takes the place of a trace session: stores what the provider registers and writes.
+// Takes the place of a trace session. Stores the callback that the module registers, and the events
+// that the module writes.
 struct {
   ULONG Control(WMIDPREQUESTCODE request) { return control(request, provider, nullptr, nullptr); }
 
@@ -55,8 +56,8 @@ ULONG WINAPI WriteEvent(TRACEHANDLE handle, EVENT_TRACE_HEADER* header) {
   return ERROR_SUCCESS;
 }
 
-// Sets the user's level and waits, for at most 3 seconds, until the log uses it. Returns the time
-// of the last query, which found the new level.
+// Sets the user's level and waits, for at most 3 seconds, until the log uses it. Returns the tick
+// count just before the query that found the new level.
 ULONGLONG AwaitLevel(const char* text, int level) {
   LogCapture::SetLevel(text);
   for (const ULONGLONG set = ::GetTickCount64();; ::Sleep(20)) {
@@ -78,7 +79,7 @@ struct VerboseLog : Log {
 };
 
 // Runs in a child process, so that its log calls are the first ones in the process. Prints how many
-// of the calls evaluate their argument.
+// calls evaluated their argument, and how many lines were logged.
 TEST_F(Log, DISABLED_Child) {
   int evaluated = 0;
   ::SetLastError(1234);
@@ -92,11 +93,12 @@ TEST_F(Log, DISABLED_Child) {
 }
 
 TEST_F(Log, LevelComesFromTheRegistry) {
+  // The user's level, the type of its registry value, the machine's level, and the child's output.
   const std::tuple<const char*, DWORD, const char*, const char*> rows[] = {
       {nullptr, REG_SZ, nullptr, "1 of 1,"},
       {"vErBoSe", REG_SZ, "WARNING", "5 of 5,"},
-      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // 9 characters: the text is not a level
-      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // 10 characters: the value counts as not set
+      {"VERBOSE  ", REG_SZ, "INFO", "1 of 1,"},   // 9 characters: read, but no level
+      {"VERBOSE   ", REG_SZ, "INFO", "4 of 4,"},  // 10 characters: too long, so not read
       {"VERBOSE", REG_EXPAND_SZ, "eRROR", "2 of 2,"}};
   constexpr char kMachine[] = R"(System\CurrentControlSet\Control\Session Manager\Environment)";
   for (const auto& [user, type, machine, output] : rows) {
@@ -160,11 +162,13 @@ TEST_F(VerboseLog, ConversionsFollowMicrosoftsRuntime) {
 
 TEST_F(VerboseLog, LongTextsAreCutBetweenCharacters) {
   const std::tuple<std::size_t, const wchar_t*, std::size_t, std::size_t> rows[] = {
-      // Units are converted in groups of 256, and the end of a group would split this pair.
+      // Each row has the number of letters "a", the text after them, and the bytes that WriteLog
+      // and WriteLogW log. Text is converted in groups of 256 units. The end of the first group
+      // falls between the two units of the first row's surrogate pair.
       {255, L"\U0001F600", 259, 259},
       {4093, L"\u00e9z", 4095, 4096},
       {4093, L"\u20acz", 4093, 4097},
-      {4094, L"\U0001F600z", 4094, 4094}};  // half a pair would fit, so the whole pair is left out
+      {4094, L"\U0001F600z", 4094, 4094}};  // only half of the pair fits, so none of it is logged
   for (const auto& [count, tail, narrow, wide] : rows) {
     const std::wstring text = std::wstring(count, L'a') + tail;
     EXPECT_EQ(Logged("%ls", text.c_str()).size(), narrow) << count;

@@ -34,9 +34,9 @@ void RecordStart(const path& file) {
       << ::GetCurrentProcessId() << std::endl;
 }
 
-// Prints each request and sends the next answer. In requests and answers, ' stands for ". Special
-// answers: "silent" waits until the client has given up. An answer after "*" is repeated for ever.
-// An answer after "~" is [0,true] instead if the request is a release.
+// Prints each request and sends the next answer. In requests and answers, ' stands for ". There are
+// three special answers. "silent" waits until the client has given up. An answer that begins with
+// "*" is repeated for ever. In place of an answer that begins with "~", a release gets [0,true].
 int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstring>& answers) {
   std::cout << "InitComm " << InitComm(scheme, 60000, address.c_str()) << std::endl;
   for (auto answer = answers.begin(); answer != answers.end();) {
@@ -58,9 +58,9 @@ int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstr
   return 0;
 }
 
-// Plays the launcher. If the origin is tailored and its host begins with "serve", becomes the
-// broker: after 20 s if the host begins with "serve-late", else at once. For any other origin,
-// exits.
+// Plays the launcher. An origin that ends with /TailoredBroker/SLBroker.xap asks for a tailored
+// broker, which serves one host. If this host begins with "serve", this process becomes the broker:
+// after 20 s if the host begins with "serve-late", else at once. In all other cases it exits.
 int Launch(const std::vector<std::wstring>& arguments) {
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
   const std::size_t tail = origin.find(L"/TailoredBroker/SLBroker.xap");

@@ -17,9 +17,9 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
-thread_local std::size_t refusedSize = 0;  // operator new fails for exactly this size
+thread_local std::size_t refusedSize = 0;  // operator new fails for this number of bytes
 
-DWORD testId = ::GetCurrentProcessId();  // child processes set this to the process id of the test
+DWORD testId = ::GetCurrentProcessId();  // in a child process, the id of the test process
 std::string Ascii(const std::wstring& wide) { return std::string(wide.begin(), wide.end()); }
 
 // An endpoint of a pipe that obeys text commands, in this process or in a child process.
@@ -29,9 +29,9 @@ struct Endpoint {
     pipe.SetTimeout(30000);
   }
 
-  // Runs "operation argument". Without an argument, uses the text that was read last.
-  // Returns "yes", "no", "=" and the text read, or the message of the exception. "Invalid state in
-  // X" is shortened to "!X".
+  // Runs "operation argument". If a number is missing, takes it from the text that was read last,
+  // so that "attach" can use a handle from a message. Returns "yes", "no", "=" and the text read,
+  // or the message of the exception. "Invalid state in X" is shortened to "!X".
   std::string Do(const std::string& step) try {
     const auto [verb, rest] = Cut(step, " ");
     const DWORD number = std::strtoll((rest.empty() ? Ascii(text) : rest).c_str(), nullptr, 10);
@@ -104,19 +104,22 @@ struct Pipe : testing::Test {
     Expect(script);
   }
   const LogCapture capture;
-  // `s` is a server. `c` and `d` connect to `s`, `p` to the peer process. `m` is never connected.
+  // The endpoints in a script, by their letters. In most scripts, `s` is a server, `c` and `d` are
+  // its clients, `p` is a client of the peer process, and `m` is never connected.
   std::map<char, Endpoint> ends;
 };
 
-// Runs the conversations of pipe.txt. After a step of an endpoint in this process, the file lists
-// the lines that the step logs. The steps of the peer process are written where they happen, but
-// the peer runs them at its own pace.
+// Runs the conversations of pipe.txt. A line is one operation of an endpoint with its result, or a
+// line that this process must log. The peer process receives all its operations at the start, and
+// runs them at its own pace.
 TEST_F(Pipe, ConversationsMatchTheTranscriptsAndLeakNoHandle) {
   const std::string text = FileText(TESSEL_TRANSCRIPTS "/pipe.txt");
   const Texts conversations = Split(std::regex_replace(text, std::regex("ID"), kId), "\n\n");
   ASSERT_NE(text, "");
   long before = 0;
-  for (int pass = 0; pass < 2; ++pass) {  // the first pass opens handles that stay open
+  // The first pass opens some handles that stay open. So the count is compared only before and
+  // after the second pass.
+  for (int pass = 0; pass < 2; ++pass) {
     before = OpenHandles();
     for (const std::string& conversation : conversations) {
       const Texts lines = Split(conversation, "\n");
@@ -176,8 +179,8 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
             [&] { Expect("s disconnect > yes; s wait -1 > yes; s read > =here"); });
   const HWND window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, 0, 0, 0);
   MSG posted;
-  // A window receives sent messages during a read only if the read pumps messages. The first pass
-  // does not pump.
+  // During a read, a window receives sent messages only if the read pumps messages. The first pass
+  // reads without pumping, so SendMessageTimeoutW fails. The second pass reads with pumping.
   for (const UINT limit : {200u, 20000u}) {
     ::PostMessageW(window, WM_APP, 0, 0);
     Meanwhile("Start reading", "d read > =go on; d pump 1 > yes", [&] {
@@ -202,7 +205,8 @@ TEST_F(Pipe, AnotherThreadOrProcessEndsAWait) {
 }
 
 TEST_F(Pipe, ReadFailsWhenMemoryIsExhausted) {
-  // Let the allocation of the read buffer fail, and then the allocation of the caller's copy.
+  // Let the allocation of the read buffer fail (65536 bytes). Then let the allocation of the
+  // caller's copy of the message fail (5000 bytes).
   for (const std::size_t size : {65536, 5000}) {
     Expect("s create 0 > yes; c connect > yes; s wait 0 > yes");
     refusedSize = size;

@@ -14,8 +14,8 @@ namespace {
 
 using testing::HasSubstr;
 
-// Each line of refused-scenes.txt is a scene and the expected message. In a scene, ^ stands for a
-// line break and ~ for a byte that UTF-8 never has.
+// Each line of refused-scenes.txt is a scene and a part of the expected message. In a scene, ^
+// stands for a line break and ~ for a byte that UTF-8 never has.
 TEST(SceneFileTest, IsRefusedWithPlaceAndSolution) {
   const std::string cases = FileText(TESSEL_TRANSCRIPTS "/refused-scenes.txt");
   EXPECT_NE(cases, "");
@@ -95,7 +95,8 @@ TEST(SceneBrokerTest, AnswersAsTheTranscriptsSay) {
   }
 }
 
-// Some clients release everything. Some ask for three elements and leave before the answer.
+// In each round, `content` finds elements and releases them all. Then `client` asks for three
+// elements and disconnects without reading the answer, so these objects count as undelivered.
 TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
   SceneBroker broker(TESSEL_SCENES "/login.json");
   tessel::Content content(tools::HandleFromText(broker.Fact("window")),
@@ -108,7 +109,8 @@ TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
       (void)content.Focused();
     }
     RawClient client(tessel::Wide(broker.Fact("pipe")));
-    // The module never writes the space before "user", so this request is unique in the output.
+    // Sends a request and waits until the broker has printed it. The module never writes a space
+    // before "user", so no other request looks the same.
     client.Send(tessel::Wide(broker.Request(R"([8,?, "user"])")));
     while (broker.ReadLine().find(", \"user\"] -> ") == std::string::npos)
       ASSERT_EQ(broker.Wait(0), STILL_ACTIVE);
@@ -121,7 +123,8 @@ TEST(SceneBrokerTest, CountsTheObjectsThatClientsHold) {
   EXPECT_GT(std::stoi(counts[2]), 100);
 }
 
-// Another process may have an additional window with the same index.
+// The test process and the broker both have an additional window with the index 1. A message that
+// the test posts to its own window must not reach the broker.
 TEST(SceneBrokerTest, IsNotifiedByOtherProcesses) {
   SceneBroker broker(TESSEL_SCENES "/login.json", L" --additional-windows 2");
   const std::string second = broker.Fact("additional window");

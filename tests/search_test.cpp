@@ -15,8 +15,9 @@ using testing::HasSubstr;
 
 const LogCapture capture;
 
-// Finds an element by window and address only, so that the module searches for the broker. Returns
-// the code, the fields of the record found, and the scheme in the caller's record.
+// Asks for an element with a record that has a window and an address but no scheme, so that the
+// module searches for the broker. Returns the code, the fields of the record found, and the scheme
+// that is then in the caller's record.
 std::string Find(HWND window, const std::wstring& address) {
   SLElemData record;
   record.hwnd = window;
@@ -26,8 +27,9 @@ std::string Find(HWND window, const std::wstring& address) {
   return result + " / " + std::to_string(record.uriScheme);
 }
 
-// The result depends on the answers of the tailored broker, the answers of the broker of the
-// address's scheme, and the exit code of the injector.
+// Each row has the answers of the tailored broker, the answers of the broker for the address's
+// scheme, the injector's exit code, the expected result, and the expected errors in the log. The
+// answer -8 means that the broker does not serve the content.
 TEST(Search, ContinuesOnlyAfterNotServed) {
   const TestWindow window;
   const StandIn injector(L"slinject");
@@ -60,9 +62,9 @@ TEST(Search, ContinuesOnlyAfterNotServed) {
   EXPECT_EQ(injector.Record(kProcess).size(), 15u) << "the injector ran for the last three rows";
 }
 
-// Two client processes search. The running broker shows other content, so it refuses both clients
-// and ends. The injector of the first client starts a broker that answers. The second client begins
-// to search while that injector runs.
+// Two client processes search at the same time. The running broker shows other content, so it
+// refuses both clients (answer -8) and ends. The injector of the first client starts a broker that
+// answers both. The second client begins to search while this injector runs.
 TEST(Search, InjectsForOneClientAtATime) {
   const TestWindow window;
   const std::wstring address = L"injected-" + kProcess;
@@ -103,7 +105,8 @@ TEST(Search, StartsTheTailoredBrokerOrFails) {
   Forget(unknown);
 }
 
-// The broker does not answer one client for 25 s. Meanwhile another client cannot connect.
+// The broker does not answer the first client for 25 s. Meanwhile a second client cannot connect,
+// because the pipe has room for one client only.
 TEST(Waits, EndAfterTheTimeOut) {
   const std::wstring address = Address(L"silent");
   ScriptedBroker broker(SL_TAILORED_URI, address, {"silent"});

@@ -26,7 +26,7 @@ const std::wstring kProcess = std::to_wstring(::GetCurrentProcessId());
 
 const std::string kFolder = tessel::Narrow(TestFolder());
 
-// Makes a call. Expects that it takes at least `least` milliseconds.
+// Makes a call and returns its outcome. Expects that it takes at least `least` milliseconds.
 template <class Call>
 Outcome Timed(std::uint64_t least, Call call) {
   const std::uint64_t begin = ::GetTickCount64();
@@ -51,7 +51,8 @@ TEST(Injection, TakesOverAnAbandonedMutexAndReleasesIt) {
 
 HANDLE server = nullptr;
 
-// Checks the log lines that explain to a user why a call failed.
+// Checks the log lines that explain to a user why a call failed. `server` is the pipe of a broker
+// that disconnects its client just before the client writes.
 TEST(FailedCalls, AreExplainedInTheLog) {
   const StandIn launcher(L"sllauncher");
   std::ofstream(launcher.Program(), std::ios::trunc);  // an empty file cannot be started

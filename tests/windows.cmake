@@ -1,5 +1,5 @@
-# The suites that need Windows. The suite named "log" changes the log level, so it runs in a Wine prefix of
-# its own. In the shared prefix every suite sets the level to VERBOSE.
+# The suites that need Windows. They share one Wine prefix, in which they set no other log level than VERBOSE.
+# The suite "log" sets other levels, so it runs in a Wine prefix of its own.
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
@@ -27,7 +27,8 @@ add_dependencies(element_test test_parts)
 tessel_test(search LIBRARIES TesselSLB oleaut32 shell32 PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(search_test test_parts tessel)
 
-# A broker that dies must not cost minutes.
+# In the suites "client" and "c", brokers die. A call to a dead broker must fail soon, so the time limit of
+# these two suites is only 60 s.
 tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(client_test test_parts)
 
@@ -39,8 +40,8 @@ foreach(tool scenebroker inspector)
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 tessel_test(windows LIBRARIES TesselSLB)
-# The lock is needed because content without an address uses the same pipe as content whose address has
-# no known scheme.
+# This suite must not run together with other suites that have the lock "launcher". It serves content without
+# an address. Some of those suites serve an address without a known scheme. Both use the same pipe.
 tessel_test(channel LIBRARIES TesselSLB PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(channel_test test_parts)
 

@@ -11,7 +11,7 @@
 namespace {
 
 using testing::ElementsAre;
-// A message and the id of the thread that received it.
+// A message that a window received, and the id of the thread that received it.
 using Received = std::tuple<HWND, UINT, WPARAM, LPARAM, DWORD>;
 
 const LogCapture capture;
@@ -51,7 +51,8 @@ TEST(AdditionalWindow, PassesItsMessagesToItsCallbackOnItsThread) {
                   "ERROR Prepare to call callback " + callback + " (additional window #4)",
                   "ERROR Callback " + callback + " returned 0"));
 
-  // The module answers a handled message with 0. The system's own answer to this message is 1.
+  // If the low 32 bits of the callback's result are not 0, the message is handled, and the answer
+  // to its sender is 0. Otherwise the system answers, which gives 1 for this message.
   for (const auto& [result, answer] : {std::pair(-1ll, 0), {1ll << 32, 1}, {0ll, 1}}) {
     callbackResult = result;
     EXPECT_EQ(::SendMessageW(window, WM_QUERYOPEN, 0, 0), answer) << result;
@@ -74,7 +75,8 @@ TEST(AdditionalWindow, KeepsItsIndexUntilTheModuleDestroysIt) {
   EXPECT_TRUE(AdditionalWindow_Destroy(3));
   const HWND window = AdditionalWindow_Create(3);
   AdditionalWindow_RegisterCallback(3, &Receive);
-  // Another thread cannot destroy the window, but the module's table forgets the window.
+  // Only the thread that created a window can destroy it. So this call leaves the window alive, and
+  // only removes it from the module's table.
   std::thread([] { EXPECT_TRUE(AdditionalWindow_Destroy(3)); }).join();
   received.clear();
   const HWND next = AdditionalWindow_Create(3);

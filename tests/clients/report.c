@@ -1,6 +1,6 @@
-// Prints the same as report.cpp, through the C interface. It is compiled by GCC, and by Clang for
-// Microsoft's binary interface, where no start-up code exists. The environment variables TITLE and
-// ADDRESS name the content.
+// Prints the same as report.cpp, but uses the C interface. GCC compiles this file. Clang compiles
+// it once more for Microsoft's binary interface, where no start-up code exists. So the title and
+// the address of the content come from the environment variables TITLE and ADDRESS.
 #include <stdio.h>
 #include "tesselslb.h"
 

@@ -81,7 +81,7 @@ void Fail(Content& content, Element& user) {
 
 }  // namespace
 
-// report TITLE ADDRESS
+// Arguments: the title and the address of the content.
 int wmain(int, wchar_t** arguments) {
   Content content(std::wstring_view(arguments[1]), arguments[2]);
   for (Element& element : content.Find({})) PrintElement(element);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh BUILD: the clients in C++ and in C print the same report of the sign-in form. Clang compiles the C
-# client once more for Microsoft's binary interface. It is linked without start-up code.
+# run.sh BUILD: tests that the clients in C++ and in C print the same report of the sign-in form. Clang
+# compiles the C client once more for Microsoft's binary interface. This third client has no start-up code.
 set -eu
 work=$1/clients-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"

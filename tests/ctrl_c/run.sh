@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: tests Ctrl-C, which Wine delivers on SIGINT. The broker must end with its summary, both
-# before and after a request. While the broker waits for a client that does not read, a second Ctrl-C
-# must end it at once.
+# run.sh BUILD: tests Ctrl-C. The test sends SIGINT, which Wine delivers as Ctrl-C. A broker must then print
+# its summary and end, whether it has served a request or not. If a broker still waits for a client that does
+# not read its answer, a second Ctrl-C must end the broker at once, without the summary.
 set -eu
 work=$1/ctrl-c-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"

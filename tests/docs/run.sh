@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Fails if a document names a test that does not exist, or shows a sample that differs from its file.
-# Documents name tests as suite/Case, or as filters in commands.
+# Documents name a test as suite/Case, or by the option --gtest_filter of a command.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: installs the build into a folder and then renames the folder. Compiles each installed
-# header alone, and the headers for hosts also as C. Builds the first program of each library with CMake
-# and with pkg-config, and runs it against the installed broker.
+# run.sh BUILD: installs the build into a folder, and renames the folder to test that its files work anywhere.
+# Compiles each installed header alone, and the headers for hosts also as C. Builds the first program of each
+# client library (first.cpp, first.c) with CMake and with pkg-config, and runs it against the installed broker.
 set -eu
 build=$1
 work=$build/install-test

@@ -1,6 +1,6 @@
-// The interface as a client compiled by Microsoft's compiler sees it. This file repeats the public
-// header on purpose, with the same names and layouts. The client and the DLL then share only the
-// binary interface.
+// The module's interface for a client that Microsoft's compiler would compile. This file repeats
+// the names and layouts of the public header on purpose. So the client and the DLL share no source
+// code, only the binary interface.
 #pragma once
 
 using DWORD = unsigned long;
@@ -12,7 +12,8 @@ struct tagRECT {
   long left, top, right, bottom;
 };
 
-// The header of a text. A pointer to a text points to the first unit, which follows the header.
+// The header of a text such as SLElemData::sourceUri. The pointer to a text points to its first
+// unit, which follows the header.
 struct TextHeader {
   struct TextManager* manager;
   int length, capacity;

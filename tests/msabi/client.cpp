@@ -5,7 +5,7 @@
 
 namespace api = TesselSilverlight;
 
-// The string manager of this client. The DLL has a manager of its own.
+// The string manager of this client, which allocates and frees texts. The DLL has its own manager.
 struct TextManager {
   virtual TextHeader* Allocate(int units, int unitSize) noexcept {
     const auto size = sizeof(TextHeader) + (units + 1ull) * unitSize;
@@ -61,7 +61,8 @@ void ShowAndFree(Vector<T> vector) {
   printf("storage freed: %d\n", HeapFree(GetProcessHeap(), 0, vector.first));
 }
 
-// Makes the DLL replace the text of a record in each possible way.
+// Makes the DLL replace the text of a record in both ways: it shares an unlocked text, and copies a
+// text that is locked (its reference count is -1).
 void ShowTexts() {
   SLElemData from = Record(), found = Record(L"replaced"), locked = Record(), copied = Record(L"");
   Show("GetElemFromPoint", api::GetElemFromPoint(from, {150, 130}, 0 /*option*/, found));
@@ -101,7 +102,7 @@ void ShowReading(const SLElemData& user) {
   ShowAndFree(parent);
 }
 
-// One vector is full, so the DLL must allocate new storage to append to it.
+// The vector `chain` is full, so the DLL must allocate new storage to append to it.
 void ShowVectors(const SLElemData& user, const SLElemData& branch) {
   auto* storage = static_cast<SLElemData*>(HeapAlloc(GetProcessHeap(), 0, sizeof(SLElemData)));
   *storage = Record();

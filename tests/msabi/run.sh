@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # run.sh BUILD: compiles and links a client for Microsoft's binary interface, and runs it with the module
-# and a broker. The link fails if TesselSLB.def has a wrong Microsoft name.
+# and a broker. TesselSLB.def lists the functions under the names that Microsoft's compiler gives them. The
+# link fails if one of these names is wrong.
 set -eu
 work=$1/msabi-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"

@@ -1,5 +1,5 @@
-// Tests what the report does not show. Run it with --expose-gc. Arguments: TITLE ADDRESS FILE, and the
-// broker writes its output to FILE.
+// Tests what report.mjs does not show. Needs the option --expose-gc, to run the garbage collector.
+// Arguments: TITLE ADDRESS FILE. FILE is the file to which the broker writes its output.
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { setTimeout } from 'node:timers/promises';
@@ -20,7 +20,8 @@ const order = Array.from({ length: 40 }, (_, i) => String(i));
 const values = order.map((value) => [user.setValue(value), user.attribute('value')][1]);
 assert.deepEqual(await Promise.all(values), order);
 
-// Two contents run in parallel: the first one waits for what the second one does.
+// Calls of two contents run in parallel. `user` (of `content`) waits for a value that `same` (the same
+// element, but of `other`) sets.
 const met = user.waitUntilAttribute('value', 'go', { timeout: 30000, interval: 10 });
 await same.setValue('go');
 await met;
@@ -50,7 +51,8 @@ await same[Symbol.asyncDispose]();
 await assert.rejects(same.click(), badHandle);
 await assert.rejects(same.release(), TesselError);
 
-// A forgotten element is released, although it was the result of the last call.
+// If the program drops an element, the package releases the element after a garbage collection. This
+// includes an element that was the result of the last call.
 const releases = () => readFileSync(output, 'utf8').split('served: [3,').length - 1;
 const before = releases();
 await (async () => void await content.at(320, 344))();

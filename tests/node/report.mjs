@@ -1,4 +1,4 @@
-// Prints what the package reads from the sign-in form, and what it does with it. The programs in the
+// Reads and changes the sign-in form with the npm package, and prints the results. The programs in
 // other languages print the same. Arguments: TITLE ADDRESS
 import { Content, TesselError } from 'tesselslb';
 

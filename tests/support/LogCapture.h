@@ -37,7 +37,7 @@ class LogCapture {
   }
 
   // If set, this function is called with each line, on the thread that logs the line. So a test can
-  // hold a call at a known point.
+  // stop a call at a known line and do something else before the call goes on.
   static inline std::atomic<void (*)(const char* line)> pause{nullptr};
 
   // Returns the whole lines: "{thread} [time:LEVEL:(version) File.cpp(line)] message\n".

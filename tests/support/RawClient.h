@@ -8,8 +8,9 @@
 
 #include "wire/Addresses.h"
 
-// The name of the tailored pipe for content without an address. For other content, the name
-// continues with the cleaned origin of the address.
+// The pipe of the tailored broker for content without an address. For other content, the name
+// continues with the scheme and the host of the address, in which most characters except for
+// letters and digits are replaced by underscores.
 inline const std::wstring kTailoredPipe = wire::PipeName(SL_TAILORED_URI, L"");
 
 class RawClient {

@@ -1,6 +1,8 @@
-// A stand-in for a program that the module starts. It is a copy of test_parts.exe with the name of
-// that program, and the destructor deletes it. The stand-in records how it was started in a file
-// whose name contains an id.
+// A stand-in for a program that the module starts: the launcher or the injector. It is a copy of
+// test_parts.exe with the name of that program. Each start is recorded in a file whose name
+// contains an id: the injector's argument --pid, or the host or the scheme for which the launcher
+// starts a broker. The destructor deletes the copy and the files, and ends brokers that the
+// launcher became.
 #pragma once
 
 #include <windows.h>

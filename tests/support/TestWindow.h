@@ -10,8 +10,8 @@
 
 class TestWindow {
  public:
-  // The pairs (message, lParam) of each WM_MOUSEMOVE to the child window and of each WM_SIZE to the
-  // top-level window.
+  // The pair (message, lParam) for each WM_MOUSEMOVE to the child window, and for each WM_SIZE to
+  // the top-level window.
   using Messages = std::vector<std::pair<UINT, LPARAM>>;
 
   TestWindow() {

@@ -1,4 +1,4 @@
-// Starts the two tools as processes, and reads their output.
+// Starts the tools tessel.exe and SceneBroker.exe as processes, and reads their output.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,8 +11,8 @@
 #include "support/Text.h"
 #include "tools/shared/ConsoleText.h"
 
-// Returns the text as a quoted argument of a command line. Backslashes before a double quote, or at
-// the end, count twice.
+// Returns a blank and the text as a quoted argument of a command line. Doubles backslashes before a
+// double quote and at the end, because a program reads two backslashes there as one.
 inline std::wstring Quoted(const std::string& text) {
   const std::wregex quote(L"(\\\\*)\""), tail(L"(\\\\+)$");
   const std::wstring inner = std::regex_replace(tessel::Wide(text), quote, L"$1$1\\\"");
@@ -28,7 +28,7 @@ inline std::pair<DWORD, std::string> ToolOutput(const std::wstring& commandLine)
   return {process.Wait(), std::regex_replace(text, notice, "")};
 }
 
-// Runs a tool. Expects this exit code, and an output that contains `output`.
+// Runs a tool. Expects the exit code `code`, and an output that contains `output`.
 inline void RunTool(const std::wstring& commandLine, DWORD code, const std::string& output) {
   EXPECT_THAT(ToolOutput(commandLine), testing::Pair(code, testing::HasSubstr(output)))
       << tessel::Narrow(commandLine);

@@ -1,5 +1,5 @@
-# The tests that are shell scripts source this file. It starts a SceneBroker that serves the sign-in form
-# under another address. The test sets `work` to a folder of its own.
+# Functions for the tests that are shell scripts, mostly to start and stop a SceneBroker. A test sets `work`
+# to a folder of its own and then sources this file.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 trap 'kill -KILL $(jobs -p) 2>/dev/null || true' EXIT
 
@@ -14,9 +14,10 @@ import() {
   llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
 }
 
-# start_broker FOLDER ADDRESS: starts the broker in that folder. ADDRESS replaces the address and the title
-# of the form, because two tests that run at the same time must not have windows with the same title.
-# The served scene begins with an extra root element, so that the form's root has position 1.
+# start_broker FOLDER ADDRESS: starts the SceneBroker.exe of that folder with the scene of the sign-in form.
+# ADDRESS replaces the address and the title of the form, because two tests that run at the same time must
+# not have windows with the same title. The scene begins with an extra root element, so that the form's own
+# root has position 1.
 start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#Café Größe – Sign in#$2#
@@ -25,9 +26,9 @@ start_broker() {
   serve "$1" "$work/scene.json"
 }
 
-# serve FOLDER SCENE: starts the broker in that folder, with that scene.
+# serve FOLDER SCENE: starts the SceneBroker.exe of that folder with that scene file. Waits until it is ready.
 serve() {
-  # Makes the file now, because the background job may create it only after the first look.
+  # Creates the file now: wait_for may read it before the background job has created it.
   : >"$work/broker.txt"
   "$root/cmake/run-wine.sh" "$1/SceneBroker.exe" "Z:$2" >"$work/broker.txt" &
   broker=$!
@@ -42,12 +43,13 @@ wait_for() {
   done
 }
 
-# fact KEY: prints the value that the broker printed for the key.
+# fact KEY: prints the value of the first line "KEY: VALUE" that the broker printed.
 fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$work/broker.txt"; }
 
 summary() { tr -d '\r' <"$work/broker.txt" | sed -n '/^handed out/,$p' | paste -sd ,; }
 
-# stop_broker COUNT: ends the broker. Fails unless clients received and released COUNT objects.
+# stop_broker COUNT: ends the broker. Fails unless its summary says that clients received COUNT objects and
+# released all of them.
 stop_broker() {
   kill -INT "$broker"
   wait "$broker" || fail "the broker ended with $?"
