@@ -15,8 +15,8 @@
 
 namespace base {
 
-// Where a copy of text stops. A copy with one of the later values also stops where a copy with an
-// earlier value stops.
+// Where a copy of text stops. The values are in order: each value includes the stops of the values
+// above it.
 enum class Stop {
   // A copy of ASCII stops at a unit that is not ASCII. Any other copy stops at a surrogate and at a
   // unit above the surrogates.

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int kWarmUpRounds = 4;          // rounds of each misuse between two counts
+constexpr int kWarmUpRounds = 4;  // how often each misuse runs before the resources are counted
 constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a round that takes longer counts as hanging
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);

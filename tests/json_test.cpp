@@ -213,8 +213,8 @@ TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {
-    // In JSON text with its comma, a flag has 5 units and a blank (an empty string) has 3. Together
-    // they give the text every length.
+    // `true,` has 5 units and `"",` has 3. So the two loops give the list all lengths modulo 5, and
+    // the last element begins at every position in a block.
     for (std::size_t blanks = 0; blanks < 5; ++blanks) {
       for (std::size_t last = 0; last < std::size(texts) + 2; ++last) {
         const auto append = [&](auto& list) {

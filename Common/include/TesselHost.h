@@ -3,7 +3,7 @@
 // the window. For C11 and C++17. "The module" is TesselSLB_x64.dll.
 //
 // Calls: call InitComm once. For each request call ReadMessage, and then WriteMessage exactly once.
-// After a failed ReadMessage call no WriteMessage. Finally call UninitComm.
+// If ReadMessage fails, do not call WriteMessage. Finally call UninitComm.
 //
 // Threads: one thread at a time may call InitComm, ReadMessage and WriteMessage. Any thread may
 // call UninitComm at any moment, even while another thread is in ReadMessage or WriteMessage. After
@@ -35,7 +35,8 @@ enum SLChannelResult TESSELSLB_AS_INT {
   // The client left, the client sent nothing for 3 s, or the wait for a client failed. After -6, -7
   // or -15 the host calls ReadMessage again.
   SL_CHANNEL_CANNOT_READ = -6,
-  // The client left, the client did not read for 3 s, or the answer is empty.
+  // The client left, the answer could not be written into the pipe within 3 s, or the answer is
+  // empty. The wait after the writing has no limit: see WriteMessage.
   SL_CHANNEL_CANNOT_WRITE = -7,
   SL_CHANNEL_NO_CLIENT = -15,  // no client connected in time
 };
@@ -60,9 +61,9 @@ extern "C" {
 // - With a different pipe name, InitComm succeeds. UninitComm then closes only the new channel, and
 //   the thread still stays in its old call.
 //
-// If the result is -3, an earlier channel stays open. Any other result closes the earlier channel.
-// After -4 the channel exists only formally: ReadMessage, WriteMessage and UninitComm return -3
-// until the next InitComm.
+// If the result is -3, an earlier channel stays open. After 0 or -4 it is closed as soon as no call
+// uses it. After -4 the channel exists only formally: ReadMessage, WriteMessage and UninitComm
+// return -3 until the next InitComm.
 // Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);

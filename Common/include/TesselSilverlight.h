@@ -18,9 +18,9 @@
 //
 // Calls: a call sends one request to the broker and receives one answer. If the broker's pipe does
 // not exist, the call first starts the broker. The calling thread waits up to 16 s for a broker
-// that it starts, and up to 18 s each to connect, to write and to read: 70 s at most. An answer may
-// arrive in parts, and the 18 s apply to each part. So a hostile broker can make a call last
-// several times as long.
+// that it starts (15 s for its pipe, and one second more), and up to 18 s each to connect, to write
+// and to read: 70 s at most. An answer may arrive in parts, and the 18 s apply to each part. So a
+// hostile broker can make a call last several times as long.
 //
 // Search: GetElemFromPoint and FindCollection search for the broker if `uriScheme` is SL_NO_URI.
 // GetFocusedElement always searches. A search asks the tailored broker, and then the broker of the
@@ -52,7 +52,8 @@
 // and answers with a status, usually 101. So after SL_CANNOT_READ, SL_CANNOT_CONNECT or
 // SL_BROKER_NOT_STARTED, free `objectId` and set it to null in all records of this broker (the last
 // two lines of the example at ReleaseObj). Otherwise the destruction of each record tries to start
-// a broker, and may wait 16 s or longer.
+// a broker, and may wait 16 s or longer. If the broker has not ended but hangs, it keeps these
+// objects until it ends.
 //
 // Threads: any number of threads may call at the same time, each with its own records and vectors.
 // No function is bound to a thread.
@@ -101,9 +102,9 @@ namespace TesselSilverlight {
 // pt      the point.
 // option  a number for the broker, which defines its meaning.
 // found   out: the element, with the window, process, scheme and address of `window`. Its `rect`
-//         does not change. If there is no element, the result is SL_SUCCESS and `objectId` is
-//         empty. Pass a new record: an element that the record already names is not released and
-//         stays in the broker.
+//         does not change. If there is no element, the result is SL_SUCCESS and `objectId` has the
+//         length 0. It is usually not null, so test SysStringLen(objectId). Pass a new record: an
+//         element that the record already names is not released and stays in the broker.
 // Result: the search codes.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
@@ -111,8 +112,8 @@ TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int opti
 // Returns the element that has the focus in a window.
 //
 // focused  in: set `sourceUri`. All other fields are ignored, even a known scheme. out: as `found`
-//          of GetElemFromPoint, with the window `hwnd`. If no element has the focus, `objectId` is
-//          empty.
+//          of GetElemFromPoint, with the window `hwnd`. If no element has the focus, `objectId` has
+//          the length 0.
 // Result: the search codes.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
@@ -123,10 +124,10 @@ TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 //         `objectId` is empty. It must not be a record of `found`.
 // search1, search2, search3
 //         the texts, which are not changed. Null counts as an empty text.
-// found   out: a new record for each element, `rect` included. The old records are released, one
-//         call each. An answer begins with the number of elements. If the answer then ends too
-//         early (SL_ARCHIVE_FAILURE), the vector still has this number of records, and the records
-//         that were not read are empty.
+// found   out: a new record for each element, `rect` included. An answer begins with the number of
+//         elements. When this number has been read, the old records are released, one call each. If
+//         the answer then ends too early (SL_ARCHIVE_FAILURE), the vector still has this number of
+//         records, and the records that were not read are empty.
 // Result: the search codes, or SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
@@ -194,15 +195,15 @@ TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 // value  out: a BSTR that the client frees. Free an old BSTR before the call, because its pointer
 //        is overwritten.
 // Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name,
-// or a null `value`. Any positive status means that the element has no such attribute or no longer
-// exists.
+// or a null `value`. A positive status usually means that the element has no such attribute (102)
+// or no longer exists (101).
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
 // Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE,
 // `items` also contains the texts that were read before the failure. The broker defines the meaning
 // of `flag`. The broker learns only whether `flag` is 0.
-// Result: the round-trip codes, or SL_INVALID_OBJECT. Any positive status means that the element
-// has no items or no longer exists.
+// Result: the round-trip codes, or SL_INVALID_OBJECT. A positive status usually means that the
+// element has no items (102) or no longer exists (101).
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
                            std::vector<CComBSTR, HeapAllocator<CComBSTR>>& items);
 

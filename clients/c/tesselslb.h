@@ -60,8 +60,8 @@
 //
 // Threads: any thread may use any handle. Requests for one content and its elements run one after
 // another. Requests for different contents do not wait for each other. A thread may free a handle
-// while another thread uses it. A request that has begun goes on. A call that still waits until
-// earlier requests have ended fails with -102. If the element of a running
+// while another thread uses it. Then a call that has begun its request goes on, and a call that is
+// still waiting for its turn fails with -102. If the element of a running
 // tessel_wait_until_attribute is released or abandoned, the wait fails with -13.
 //
 // Finalizers: releasing an element can take as long as any request. So a finalizer should release
@@ -239,15 +239,15 @@ TESSEL_C_API int32_t tessel_element_rectangle(tessel_element element, tessel_rec
                                               tessel_error** error);
 
 // Returns an attribute or a state as text. SceneBroker has the states "value", "checked" ("true" or
-// "false") and "selected". The text is null if the broker answers with any positive status. Then
-// the element has no such attribute, or the element no longer exists. An empty name is refused
+// "false") and "selected". The text is null if the broker answers with any positive status. Usually
+// the element then has no such attribute, or the element no longer exists. An empty name is refused
 // with -5.
 TESSEL_C_API int32_t tessel_element_attribute(tessel_element element, const wchar_t* name,
                                               wchar_t** text, tessel_error** error);
 
 // If the element is a list, returns the texts of its items: a tessel_list of texts, which
-// tessel_list_text reads. The handle is 0 if the broker answers with any positive status. Then the
-// element is not a list, or it no longer exists.
+// tessel_list_text reads. The handle is 0 if the broker answers with any positive status. Usually
+// the element then is not a list, or it no longer exists.
 TESSEL_C_API int32_t tessel_element_items(tessel_element element, tessel_list* list,
                                           tessel_error** error);
 

@@ -15,8 +15,10 @@
 // after this wait has ended. Functions of different contents do not wait for each other.
 //
 // Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
-// invalid argument rejects the promise with a TypeError. All other failures reject the promise with a
-// TesselError, except for the failures that the comment of Content.open describes.
+// argument of a wrong type, out of range, with an unknown member or scheme, or with U+0000 rejects the
+// promise with a TypeError. All other failures reject it with a TesselError: an empty name or address,
+// or a window that does not exist, has the code -5. Content.open describes the failures to load the
+// library, which are an Error.
 //
 // Elements: for each element that it sends to the program, the broker keeps an object until the
 // program releases the element. So release each element. If the program forgets an element, it is
@@ -215,14 +217,14 @@ export class Element implements AsyncDisposable {
 
   /**
    * An attribute or a state as text. SceneBroker has the states "value", "checked" ("true" or "false")
-   * and "selected". Resolves to null if the broker answers with any positive status. Then the element
+   * and "selected". Resolves to null if the broker answers with any positive status. Usually the element then
    * has no such attribute, or the element no longer exists. Rejects with -5 if `name` is empty.
    */
   attribute(name: string): Promise<string | null>;
 
   /**
    * The texts of the items, if the element is a list. Resolves to null if the broker answers with any
-   * positive status. Then the element is not a list, or it no longer exists.
+   * positive status. Usually the element then is not a list, or it no longer exists.
    */
   items(): Promise<string[] | null>;
 

@@ -33,7 +33,7 @@ struct InspectorOptions {
 
   // Options that only some commands have.
   std::string text;  // get: the attribute's name; set: the new value; select: the item's text
-  std::optional<SearchTexts> search;  // find
+  std::optional<SearchTexts> search;  // find: the texts to search for
   int levels = 0;                     // find: how many levels to search; 0 means all
   bool containing = false;            // find: texts match if they are contained
   int relativeSteps = 0;              // id: how far above the element the ancestor is; 0 means none

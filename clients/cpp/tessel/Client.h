@@ -167,13 +167,13 @@ class Element {
 
   // Returns an attribute or a state as text. SceneBroker has the states "value", "checked" ("true"
   // or "false") and "selected". Returns nothing if the broker answers with any positive status.
-  // Then the element has no such attribute, or the element no longer exists. To tell these two
-  // cases apart, find the element again. Throws Error with -5 if `name` is empty.
+  // Usually the element then has no such attribute, or the element no longer exists. To tell these
+  // two cases apart, find the element again. Throws Error with -5 if `name` is empty.
   [[nodiscard]] std::optional<std::wstring> Attribute(std::wstring_view name);
 
   // Returns the texts of the items, if the element is a list. Returns nothing if the broker answers
-  // with any positive status. Then the element is not a list, or it no longer exists. Store the
-  // result in a variable before you loop over it: for (... : *element.Items()) uses an optional
+  // with any positive status. Usually the element then is not a list, or it no longer exists. Store
+  // the result in a variable before you loop over it: for (... : *element.Items()) uses an optional
   // that is already destroyed.
   [[nodiscard]] std::optional<std::vector<std::wstring>> Items();
 
@@ -328,7 +328,8 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // After the time-out, WaitUntil throws Error with the code kTimedOut (-103). The error's `meaning`
 // says what was waited for, how long, and what was seen last. The time-out does not interrupt a
 // check. So if the broker hangs, the wait can take longer than the time-out, by up to 54 s for each
-// request of the last check.
+// request of the last check. If the first check is also the last one, and starts or injects a
+// broker, it can be 320 s.
 template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval = std::chrono::milliseconds(250));
