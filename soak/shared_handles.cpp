@@ -106,7 +106,8 @@ class Worker {
     wchar_t* text = nullptr;
     tessel_rectangle rectangle;
     tessel_error* error = nullptr;
-    switch (Random(5)) {
+    tessel_identity identity = {};
+    switch (Random(6)) {
       case 0:
         Succeeded(tessel_element_id(element, &text, &error));
         break;
@@ -117,6 +118,12 @@ class Worker {
         Succeeded(tessel_element_rectangle(element, &rectangle, &error));
         break;
       case 3:
+        Succeeded(tessel_element_identify(element, element, &identity, &error));
+        for (wchar_t* part : {identity.text1, identity.text2, identity.text3}) {
+          tessel_text_free(part);
+        }
+        break;
+      case 4:
         Succeeded(tessel_wait_until_attribute(element, L"type", L"none", 3, 1, &error), true);
         break;
       default:

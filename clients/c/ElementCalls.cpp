@@ -93,6 +93,8 @@ int32_t tessel_element_identify(tessel_element element, tessel_element ancestor,
     const auto relative = frame.Find<ElementObject>(ancestor);
     // Locks both contents at once, because another thread may need them in the other order.
     const std::scoped_lock guard(*target->lock, *relative->lock);
+    frame.RequireHeld(*target);
+    frame.RequireHeld(*relative);
     result = IdentityOf(target->element->Identify(*relative->element));
   });
 }

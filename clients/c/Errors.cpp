@@ -8,15 +8,20 @@
 namespace tessel::c {
 namespace {
 
+// A text of the table of result codes, made wide by the compiler. A text that is too long does not
+// compile.
+struct WideText {
+  consteval explicit WideText(const char* ascii) {
+    for (wchar_t* to = units; *ascii != '\0'; ++ascii) *to++ = static_cast<wchar_t>(*ascii);
+  }
+  wchar_t units[80] = {};
+};
+constexpr ResultCode kExhausted = DescribeResult(kOutOfMemory);
+constexpr WideText kName(kExhausted.name), kMeaning(kExhausted.meaning), kCure(kExhausted.cure);
+
 // The error that reports exhausted memory. It is never allocated and never freed.
 constinit tessel_error exhaustedMemory = {
-    kOutOfMemory,
-    L"TESSEL_OUT_OF_MEMORY",
-    L"memory is exhausted",
-    L"free what the program does not need, or end other programs",
-    L"",
-    L"",
-    L""};
+    kOutOfMemory, kName.units, kMeaning.units, kCure.units, L"", L"", L""};
 
 tessel_error* CopyOf(const Error& error) {
   const std::wstring texts[] = {Wide(error.name),     Wide(error.meaning), Wide(error.cure),

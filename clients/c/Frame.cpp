@@ -41,17 +41,17 @@ SLUriScheme Frame::GivenScheme(std::int32_t scheme) const {
 }
 
 LockedContent Frame::LockContent(tessel_content content) const {
-  auto object = Find<ContentObject>(content);
-  std::unique_lock guard(*object->lock);
-  return {std::move(object), std::move(guard)};
+  return LockedContent(Find<ContentObject>(content));
+}
+
+void Frame::RequireHeld(const ElementObject& element) const {
+  if (element.element->Record().hwnd == nullptr) throw Error(kBadHandle, call_);
 }
 
 LockedElement Frame::LockElement(tessel_element element) const {
-  auto object = Find<ElementObject>(element);
-  std::unique_lock guard(*object->lock);
-  // Another thread may have freed the handle while this thread waited for the lock.
-  if (object->element->Record().hwnd == nullptr) throw Error(kBadHandle, call_);
-  return {std::move(object), std::move(guard)};
+  LockedElement locked(Find<ElementObject>(element));
+  RequireHeld(*locked.object);
+  return locked;
 }
 
 Error Frame::Invalid(const std::string& meaning) const {

@@ -12,21 +12,20 @@
 
 namespace tessel::c {
 
-struct LockedContent {
-  Content* operator->() const { return &object->content; }
+// A ContentObject or an ElementObject, with the lock of its content held.
+template <class Object>
+struct Locked {
+  explicit Locked(std::shared_ptr<Object> unlocked)
+      : object(std::move(unlocked)), guard(*object->lock) {}
+
+  auto operator->() const { return &object->Target(); }
   const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
 
-  std::shared_ptr<ContentObject> object;
+  std::shared_ptr<Object> object;
   std::unique_lock<Lock> guard;  // declared after `object`, so it unlocks before `object` is freed
 };
-
-struct LockedElement {
-  Element* operator->() const { return &*object->element; }
-  const std::shared_ptr<Lock>& ContentLock() const { return object->lock; }
-
-  std::shared_ptr<ElementObject> object;
-  std::unique_lock<Lock> guard;  // declared after `object`, so it unlocks before `object` is freed
-};
+using LockedContent = Locked<ContentObject>;
+using LockedElement = Locked<ElementObject>;
 
 // One call of a function of the C interface. The functions of Frame throw Error.
 class Frame {
@@ -55,6 +54,9 @@ class Frame {
   std::shared_ptr<Object> Remove(Table::Handle handle) const {
     return Checked(Handles().Remove<Object>(handle));
   }
+
+  // Throws Error if another thread has freed the handle while this thread waited for the lock.
+  void RequireHeld(const ElementObject& element) const;
 
   LockedContent LockContent(tessel_content content) const;
   LockedElement LockElement(tessel_element element) const;

@@ -23,8 +23,8 @@ class HandleTable {
   Handle Add(std::shared_ptr<Object> object) {
     const std::lock_guard guard(lock_);
     if (free_.empty()) {
-      free_.reserve(slots_.size() + 1);  // so that Remove allocates no memory
       slots_.emplace_back();
+      free_.reserve(slots_.capacity());  // so that Remove allocates no memory
       free_.push_back(slots_.size() - 1);
     }
     const std::size_t index = free_.back();

@@ -19,6 +19,8 @@ namespace tessel::c {
 struct ContentObject {
   explicit ContentObject(Content opened) : content(std::move(opened)) {}
 
+  Content& Target() { return content; }
+
   Content content;
   const std::shared_ptr<Lock> lock = std::make_shared<Lock>();
 };
@@ -35,6 +37,8 @@ class ElementObject {
   }
   ElementObject(const ElementObject&) = delete;
   ElementObject& operator=(const ElementObject&) = delete;
+
+  Element& Target() { return *element; }
 
   std::optional<Element> element;
   const std::shared_ptr<Lock> lock;

@@ -10,7 +10,7 @@ namespace {
 
 // Returns a condition with the same check, which holds the lock while the check runs.
 template <class Place, class Look>
-auto Locked(const Place& place, tessel::Condition<Look> condition, std::shared_ptr<Lock> lock) {
+auto WithLock(const Place& place, tessel::Condition<Look> condition, std::shared_ptr<Lock> lock) {
   std::wstring what = condition.What();
   return tessel::Condition(
       place, std::move(what),
@@ -29,7 +29,7 @@ int32_t tessel_wait_until_there(tessel_content content, const tessel_search* sea
     tessel_element& result = frame.Cleared(element);
     const auto target = frame.Find<ContentObject>(content);
     auto condition = tessel::IsThere(target->content, frame.Given(search));
-    auto found = WaitUntil(Locked(target->content, std::move(condition), target->lock),
+    auto found = WaitUntil(WithLock(target->content, std::move(condition), target->lock),
                            milliseconds(timeout), milliseconds(interval));
     const std::lock_guard guard(*target->lock);
     result = HandleOf(std::move(found), target->lock);
@@ -41,7 +41,7 @@ int32_t tessel_wait_until_gone(tessel_content content, const tessel_search* sear
   return Run(__func__, error, [&](const Frame& frame) {
     const auto target = frame.Find<ContentObject>(content);
     auto condition = tessel::IsGone(target->content, frame.Given(search));
-    WaitUntil(Locked(target->content, std::move(condition), target->lock), milliseconds(timeout),
+    WaitUntil(WithLock(target->content, std::move(condition), target->lock), milliseconds(timeout),
               milliseconds(interval));
   });
 }
@@ -51,12 +51,14 @@ int32_t tessel_wait_until_attribute(tessel_element element, const wchar_t* name,
                                     tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
     const auto target = frame.Find<ElementObject>(element);
+    // Making the condition reads the id, which another thread may clear.
     auto condition = [&] {
       const std::lock_guard guard(*target->lock);
-      return tessel::AttributeIs(*target->element, frame.Given(name), frame.Given(text));
+      return WithLock(*target->element,
+                      tessel::AttributeIs(*target->element, frame.Given(name), frame.Given(text)),
+                      target->lock);
     }();
-    WaitUntil(Locked(*target->element, std::move(condition), target->lock), milliseconds(timeout),
-              milliseconds(interval));
+    WaitUntil(std::move(condition), milliseconds(timeout), milliseconds(interval));
   });
 }
 

@@ -19,15 +19,16 @@
 //     if (content != 0) tessel_content_close(content, NULL);
 //
 // How it works: Silverlight content runs inside a window. A program that is called the broker
-// answers requests about the content. Each function for a content or an element sends a request to
-// the broker through a pipe and waits for the answer, unless its comment says that it sends
-// nothing. If no broker runs yet, the function starts a broker, or injects one into the process of
-// the window.
+// answers requests about the content. SceneBroker, which comes with this project, is such a
+// program. Each function for a content or an element sends a request to the broker through a pipe
+// and waits for the answer, unless its comment says that it sends nothing. If no broker runs yet,
+// the function starts a broker, or injects one into the process of the window.
 //
-// Durations: a function takes at most 54 s with a broker that runs (18 s each to connect, to write
+// Durations: a request takes at most 54 s with a broker that runs (18 s each to connect, to write
 // and to read), 70 s if it starts a broker, and 320 s if it searches for a broker and injects one.
-// A hostile broker can make a function take longer than that, because it can send an answer in many
-// parts, and each part may take 18 s.
+// A function that also releases elements sends one more request for each of them. A hostile broker
+// can make a request take longer than that, because it can send an answer in many parts, and each
+// part may take 18 s.
 //
 // Results: every int32_t function returns 0 or the code of a failure. "Not found" is not a failure:
 // the function returns 0, and the handle is 0, the text is null, or the list is empty. After a
@@ -60,9 +61,10 @@
 //
 // Threads: any thread may use any handle. Requests for one content and its elements run one after
 // another. Requests for different contents do not wait for each other. A thread may free a handle
-// while another thread uses it. Then a call that has begun its request goes on, and a call that is
-// still waiting for its turn fails with -102. If the element of a running
-// tessel_wait_until_attribute is released or abandoned, the wait fails with -13.
+// while another thread uses it. Then a call that has begun its request goes on, and a call that
+// still waits to use a freed element fails with -102. Closing a content does not affect calls that
+// were already made. If the element of a running tessel_wait_until_attribute is released or
+// abandoned, the wait fails with -13.
 //
 // Finalizers: releasing an element can take as long as any request. So a finalizer should release
 // the element on another thread, or use tessel_element_abandon.
@@ -163,7 +165,8 @@ TESSEL_C_API int32_t tessel_version(int32_t numbers[4], tessel_error** error);
 //
 // `address` is the address of the content. It must not be empty (-5); otherwise it is not checked
 // here. Only its scheme, host and port are used to find the broker (of a file address: the part
-// before the sixth slash). Write this part exactly as SceneBroker prints it when it starts.
+// before the sixth slash, which is file:///C:/a/b of file:///C:/a/b/c.html). Write this part
+// exactly as SceneBroker prints it when it starts.
 //
 // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
 // SL_HTTPS_URI or SL_FILE_URI. With SL_NO_URI the functions of the content search for the broker.
@@ -301,8 +304,9 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
 // check found. If that broker has ended, they send nothing and fail with -7. (A check of your own
-// that calls tessel_content_focused can still inject a broker, because tessel_content_focused
-// always searches.) If a check fails, the wait ends and returns the code of the check.
+// can still start or inject a broker if it calls tessel_content_focused, uses another content, or
+// makes its first search after the first check.) If a check fails, the wait ends and returns the
+// code of the check.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker
@@ -328,8 +332,9 @@ TESSEL_C_API int32_t tessel_wait_until_attribute(tessel_element element, const w
 // `*seen` to a text that describes what it found instead. This text must stay valid until the check
 // is called again or the wait ends.
 //
-// The check returns 0, or a code that ends the wait. The wait then returns this code, and the error
-// of the wait explains only the code. No exception may leave the check.
+// The check returns 0, or a code that ends the wait. The wait then returns this code. The
+// tessel_error of the wait describes only this code, not the function that the check has called. No
+// exception may leave the check.
 typedef int32_t (*tessel_look)(void* context, int32_t* met, const wchar_t** seen);
 
 // Waits until a check of your own sets `*met` to 1. `what` completes the sentence "waited until

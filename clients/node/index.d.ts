@@ -5,14 +5,15 @@
 // How it works: Silverlight content runs inside a window. A program that is called the broker answers
 // requests about the content. Each function of Content and Element sends a request to the broker and
 // waits for the answer, unless its comment says that it sends nothing. If no broker runs yet, the
-// function starts a broker, or injects one into the process of the window. A function takes at most
+// function starts a broker, or injects one into the process of the window. A request takes at most
 // 54 s with a broker that runs, 70 s if it starts a broker, and 320 s if it searches for a broker and
 // injects one.
 //
 // Promises: each function returns a promise and runs on another thread, so it never blocks the event
 // loop. Functions of one content and its elements run one after another, in the order in which the
 // program called them. A wait counts as one function: what you call after waitUntilThere() runs only
-// after this wait has ended. Functions of different contents do not wait for each other.
+// after this wait has ended. Functions of different contents run
+// at the same time, as long as Node.js has a free thread (see UV_THREADPOOL_SIZE in README.md).
 //
 // Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
 // argument of a wrong type, out of range, with an unknown member or scheme, or with U+0000 rejects the

@@ -11,6 +11,7 @@ import { TesselError } from './error.mjs';
 const STACK_SIZE = 1 << 20;
 
 let loaded = null;
+let moduleFolder = null;  // set once its TesselSLB_x64.dll is in the process
 
 // Loads the DLLs, unless an earlier call has loaded them. `module` is the folder of TesselSLB_x64.dll.
 // If it is undefined, uses the folder of the earlier call, or else the folder `bin` of this package.
@@ -21,12 +22,13 @@ export async function load(module) {
   }
   const { default: koffi } = await import('koffi');
   const bin = fileURLToPath(new URL('bin', import.meta.url));
-  const folder = path.resolve(module ?? loaded?.folder ?? bin);
+  const folder = path.resolve(module ?? moduleFolder ?? bin);
+  if (moduleFolder !== null && folder.toLowerCase() !== moduleFolder.toLowerCase()) {
+    throw new Error(
+      `cannot use the module in ${folder}, because this process uses the one in ${moduleFolder}; ` +
+        'use one folder in the whole process');
+  }
   loaded ??= loadFrom(koffi, folder, bin);
-  if (folder.toLowerCase() === loaded.folder.toLowerCase()) return;
-  throw new Error(
-    `cannot use the module in ${folder}, because this process uses the one in ${loaded.folder}; ` +
-      'use one folder in the whole process');
 }
 
 function loadFrom(koffi, folder, bin) {
@@ -34,7 +36,10 @@ function loadFrom(koffi, folder, bin) {
   // Loads the module first. TesselSLB_c.dll, which is loaded next, uses the module that is already in
   // the process.
   loadDll(koffi, path.join(folder, 'TesselSLB_x64.dll'), 'name its folder with the option "module"');
-  const library = loadDll(koffi, path.join(bin, 'TesselSLB_c.dll'), 'install tesselslb again');
+  moduleFolder = folder;
+  const library = loadDll(
+    koffi, path.join(bin, 'TesselSLB_c.dll'),
+    'install tesselslb again, or use a module of its version');
   const freeError = library.func('tessel_error_free', 'void', ['void *']);
   const types = declareTypes(koffi, library);
   const functions = {};
@@ -47,7 +52,9 @@ function loadFrom(koffi, folder, bin) {
     freeError(pointer);
     return error;
   };
-  return { folder, functions, takeError };
+  // koffi refuses a call when too many calls, also of other packages, run or wait for a thread.
+  const mostCalls = Math.ceil(koffi.config().max_async_calls * 0.75);
+  return { functions, takeError, mostCalls };
 }
 
 function growStack(koffi) {
@@ -135,15 +142,14 @@ function declareFunctions(koffi, types) {
   };
 }
 
-// koffi refuses a call when 256 calls run or wait for a thread. Further calls wait here.
-const MOST_CALLS = 200;
+// The number of calls that were passed to koffi and have not ended. Further calls wait in `waiting`.
 let running = 0;
 const waiting = [];
 
 // Calls a function on another thread. Resolves to the last argument. If the function has a result, the
 // last argument is an array or an object that receives this result.
 export async function call(name, ...args) {
-  if (running < MOST_CALLS) running += 1;
+  if (running < loaded.mostCalls) running += 1;
   else await new Promise((resolve) => waiting.push(resolve));
   const error = [null];
   try {

@@ -7,15 +7,17 @@
 //     if (user) user->SetValue(L"Ada");
 //
 // How it works: Silverlight content runs inside a window. A program that is called the broker
-// answers requests about the content. Each function of Content and Element sends a request to the
-// broker through a pipe and waits for the answer, unless its comment says that it sends nothing. If
-// no broker runs yet, the function starts a broker, or injects one into the process of the window.
+// answers requests about the content. SceneBroker, which comes with this project, is such a
+// program. Each function of Content and Element sends a request to the broker through a pipe and
+// waits for the answer, unless its comment says that it sends nothing. If no broker runs yet, the
+// function starts a broker, or injects one into the process of the window.
 //
-// Durations: a function takes at most 54 s with a broker that runs (18 s each to connect, to write
+// Durations: a request takes at most 54 s with a broker that runs (18 s each to connect, to write
 // and to read), 70 s if it starts a broker, and 320 s if it searches for a broker and injects one.
-// A hostile broker can make a function take longer than that, because it can send an answer in many
-// parts, and each part may take 18 s. If the Content has a scheme (see its constructors), only
-// Focused() can inject a broker.
+// A function that also releases elements sends one more request for each of them. A hostile broker
+// can make a request take longer than that, because it can send an answer in many parts, and each
+// part may take 18 s. If the Content has a scheme (see its constructors), only Focused() can inject
+// a broker.
 //
 // Elements: for each element that it sends to the client, the broker keeps an object until the
 // client releases the element. The destructor of Element releases the element by one request.
@@ -143,8 +145,8 @@ class Element {
   [[nodiscard]] std::optional<Element> Parent();
 
   // Returns the ancestors of the element. The broker defines their order. SceneBroker lists them
-  // from the parent up to the root. Throws Error with -12 if the broker sends a different number of
-  // elements than of ancestor numbers.
+  // from the parent up to the root. Throws Error with -12 if the broker does not send exactly one
+  // number (Ancestor::number) for each element.
   [[nodiscard]] std::vector<Ancestor> Ancestors();
 
   // Returns the elements that make up the default selector of this element. The broker defines
@@ -231,8 +233,8 @@ class Content {
   // may change later.
   //
   // `address` is the address of the content. Only its scheme, host and port are used to find the
-  // broker (of a file address: the part before the sixth slash). Write this part exactly as
-  // SceneBroker prints it when it starts.
+  // broker (of a file address: the part before the sixth slash, which is file:///C:/a/b of
+  // file:///C:/a/b/c.html). Write this part exactly as SceneBroker prints it when it starts.
   //
   // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
   // SL_HTTPS_URI or SL_FILE_URI. With SL_NO_URI the functions of this class search for the broker.
@@ -319,8 +321,9 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // returns a bool, WaitUntil returns void.
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and throw Error with -7. A check that
-// calls Focused(), or that uses another Content, can still start or inject a broker.
+// check found. If that broker has ended, they send nothing and throw Error with -7. A check of your
+// own can still start or inject a broker if it calls Focused(), uses another Content, or makes its
+// first search after the first check.
 //
 // Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
 // and Items() do not throw for a positive status. They return nothing, so the wait can go on.
@@ -328,8 +331,8 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // After the time-out, WaitUntil throws Error with the code kTimedOut (-103). The error's `meaning`
 // says what was waited for, how long, and what was seen last. The time-out does not interrupt a
 // check. So if the broker hangs, the wait can take longer than the time-out, by up to 54 s for each
-// request of the last check. If the first check is also the last one, and starts or injects a
-// broker, it can be 320 s.
+// request of the last check. If the first check is also the last one and starts or injects a
+// broker, the wait can exceed the time-out by 320 s.
 template <IsLook Look>
 auto WaitUntil(Condition<Look> condition, std::chrono::milliseconds timeout,
                std::chrono::milliseconds interval = std::chrono::milliseconds(250));

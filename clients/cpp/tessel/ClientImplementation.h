@@ -12,8 +12,9 @@ inline std::string Describe(int code, const std::string& name, const std::string
                             const std::string& cure, const Call& call) {
   std::string text = call.function;
   if (!call.elementId.empty()) text += " of element " + Quoted(call.elementId);
-  return text + " failed with " + std::to_string(code) + " (" + name + "): " + meaning +
-         ". To do: " + cure + ". Address: " + Printable(Narrow(call.address));
+  text += " failed with " + std::to_string(code) + " (" + name + "): " + meaning +
+          ". To do: " + cure + '.';
+  return call.address.empty() ? text : text + " Address: " + Printable(Narrow(call.address));
 }
 
 inline std::wstring WideQuoted(std::wstring_view text) { return Wide(Quoted(text)); }
@@ -84,9 +85,7 @@ inline Error::Error(int number, const std::string& explanation, const std::strin
       elementId(call.elementId),
       address(call.address) {}
 
-inline bool Error::BrokerIsLost() const {
-  return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
-}
+inline bool Error::BrokerIsLost() const { return detail::MeansLost(code); }
 
 // Functions of Element.
 

@@ -14,6 +14,11 @@ namespace detail {
 
 inline std::wstring TextOf(const CComBSTR& text) { return {text.m_str, text.Length()}; }
 
+// Returns whether a call with this result shows that the broker has ended or hangs.
+inline bool MeansLost(int code) {
+  return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
+}
+
 }  // namespace detail
 
 class Session : public std::enable_shared_from_this<Session> {
@@ -248,17 +253,10 @@ class Session : public std::enable_shared_from_this<Session> {
 
   // Returns whether the content is lost after a call with this result.
   bool IsLostAfter(int code) const {
-    switch (code) {
-      case SL_CANNOT_READ:
-      case SL_CANNOT_CONNECT:
-      case SL_BROKER_NOT_STARTED:
-        return true;
-      case SL_INVALID_ARGUMENT:
-      case SL_INVALID_OBJECT:
-        return isLost_;  // the call sent nothing, so the state does not change
-      default:
-        return false;  // a broker has answered; even an injection needs such an answer before
-    }
+    // A call with one of these two codes has usually sent nothing, so the state does not change.
+    // After all other codes a broker has answered; even an injection needs such an answer before.
+    if (code == SL_INVALID_ARGUMENT || code == SL_INVALID_OBJECT) return isLost_;
+    return detail::MeansLost(code);
   }
 
   // Returns true if the pipe of the broker exists. For SL_NO_URI this is the pipe of the tailored

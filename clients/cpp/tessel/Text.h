@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -44,10 +45,10 @@ inline bool IsControl(wchar_t unit) {
       kRanges, [unit](const auto& range) { return range.first <= unit && unit <= range.last; });
 }
 
-inline std::wstring HexDigits(std::uintptr_t number, int count) {
+inline std::wstring HexDigits(wchar_t unit, int count) {
   std::wstring digits;
   for (int shift = 4 * (count - 1); shift >= 0; shift -= 4) {
-    digits += L"0123456789abcdef"[number >> shift & 15];
+    digits += L"0123456789abcdef"[unit >> shift & 15];
   }
   return digits;
 }
@@ -82,9 +83,10 @@ inline std::string Quoted(std::wstring_view text) { return Quoted(Narrow(text));
 
 // Returns the handle as "0x..." without leading zeros.
 inline std::string HandleText(HWND window) {
-  const std::string digits =
-      Narrow(detail::HexDigits(reinterpret_cast<std::uintptr_t>(window), 16));
-  return "0x" + digits.substr((std::min)(digits.find_first_not_of('0'), digits.size() - 1));
+  char digits[16];
+  const auto end = std::to_chars(digits, digits + sizeof(digits),
+                                 reinterpret_cast<std::uintptr_t>(window), 16 /*base*/);
+  return "0x" + std::string(digits, end.ptr);
 }
 
 }  // namespace tessel
