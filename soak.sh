@@ -54,7 +54,9 @@ done
 # calculate EXPRESSION: prints the value of the expression, or 0 if the value is negative.
 calculate() { awk "BEGIN { value = $1; print (value > 0 ? value : 0) }"; }
 
-mkdir -p "$ROOT/build"
+work=$ROOT/build/soak
+mkdir -p "$work"
+. "$ROOT/tests/support/broker.sh"
 require_packages
 build mingw soak
 # Use a separate Wine prefix, because the tests put a stand-in for the broker launcher into their prefix.
@@ -67,21 +69,13 @@ step "Clients against failing brokers"
 ends_with_word '^verdict of the clients: nothing lost' \
   "$ROOT/cmake/run-wine.sh" "$BIN/soak_conductor.exe" "$(calculate "$minutes * 0.6")" "$seed" || failed=1
 step "Threads that share handles of the C interface"
-broker_output=$ROOT/build/soak-broker.txt
-: >"$broker_output"
-"$ROOT/cmake/run-wine.sh" "$BIN/SceneBroker.exe" "Z:$ROOT/tools/scenes/login.json" >"$broker_output" &
-broker=$!
-until grep -q '^ready' "$broker_output"; do
-  kill -0 "$broker" || die "the broker did not start (output: $broker_output)"
-  sleep 0.1
-done
-fact() { sed -n "/^$1: /{s///;s/\r\$//;p;q}" "$broker_output"; }
+serve "$BIN" "$ROOT/tools/scenes/login.json"
 ends_with_word '^verdict of the handles: nothing lost' "$ROOT/cmake/run-wine.sh" "$BIN/soak_shared_handles.exe" \
   "$(fact window)" "$(fact address)" "$(calculate "($minutes * 6 > 10) ? $minutes * 6 : 10")" "$seed" || failed=1
 kill -INT "$broker"
 wait "$broker" || failed=1
-sed -n '/^handed out/,$p' "$broker_output"
-grep -q '^still held: 0' "$broker_output" || failed=1
+step "The broker of the handles: $(summary)"
+[[ $(summary) == *,"still held: 0" ]] || failed=1
 step "A host under hostile clients"
 ends_with_word '^verdict of the host: nothing lost' \
   "$ROOT/cmake/run-wine.sh" "$BIN/soak_host.exe" "$(calculate "$minutes - $((SECONDS - begin)) / 60")" "$seed" || failed=1

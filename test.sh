@@ -44,8 +44,8 @@ hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"
 names=$(IFS='|' && echo "$*")
-# A suite that was killed leaves its stand-ins for the launcher and the injector behind. They would mislead
-# other suites.
+# A suite that was killed has not removed its stand-ins for the launcher and the injector. Other suites would
+# find and start these stand-ins.
 run_suites() {
   rm -rf "$BIN"/slinject* "$ROOT/build/wine/drive_c/Program Files (x86)/Microsoft Silverlight"
   ctest --test-dir build/mingw --output-on-failure --parallel 8 "$@"

@@ -205,8 +205,8 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
   }
 }
 
-// Makes lists of many lengths. Each kind of element is once the last one at every position near the
-// end of a memory block.
+// Makes lists of many lengths. So for each kind of element, the last element of some list begins at
+// each position near the end of a memory block.
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
   // The JSON text of this string fills a block exactly.

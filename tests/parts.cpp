@@ -36,7 +36,8 @@ void RecordStart(const path& file) {
 
 // Prints each request and sends the next answer. In requests and answers, ' stands for ". There are
 // three special answers. "silent" waits until the client has given up. An answer that begins with
-// "*" is repeated for ever. In place of an answer that begins with "~", a release gets [0,true].
+// "*" is repeated for ever. An answer that begins with "~" is sent without the "~". But if the
+// request is a release, [0,true] is sent instead.
 int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstring>& answers) {
   std::cout << "InitComm " << InitComm(scheme, 60000, address.c_str()) << std::endl;
   for (auto answer = answers.begin(); answer != answers.end();) {

@@ -18,8 +18,8 @@ add_dependencies(exports_test TesselSLB TesselSLB_c)
 # test_parts takes the place of the programs that the module starts or talks to. The module finds these
 # programs by name in fixed places, so suites that use them run one at a time (RESOURCE_LOCK).
 add_executable(test_parts parts.cpp)
-target_include_directories(test_parts PRIVATE . ${PROJECT_SOURCE_DIR}/clients/cpp)
-target_link_libraries(test_parts PRIVATE tessel_wire TesselSLB)
+target_include_directories(test_parts PRIVATE .)
+target_link_libraries(test_parts PRIVATE tessel_client_headers TesselSLB)
 tessel_test(startup LIBRARIES tessel_module PROPERTIES RESOURCE_LOCK launcher)
 add_dependencies(startup_test test_parts)
 tessel_test(element LIBRARIES TesselSLB oleaut32)

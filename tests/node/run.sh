@@ -29,7 +29,8 @@ rm -rf node_modules/tesselslb
 cp -r ../tesselslb node_modules/
 node_modules/.bin/tsc --noEmit || fail "the types"
 
-# Node.js needs Windows 10. A prefix reports a new Windows version only after its wineserver has restarted.
+# Node.js needs Windows 10, so this test has a Wine prefix of its own. The new Windows
+# version takes effect only after the wineserver of the prefix has restarted.
 export TESSEL_WINEPREFIX=$root/build/wine-node
 wine=$root/cmake/run-wine.sh
 if [ ! -f "$TESSEL_WINEPREFIX/windows10" ]; then

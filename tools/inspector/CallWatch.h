@@ -15,6 +15,8 @@ class CallWatch : public tessel::CallObserver {
   // ...". Each of the calls waits for at most `longestMilliseconds`.
   void Announce(const std::string& what, std::uint32_t longestMilliseconds);
 
+  const std::string& What() const { return what_; }
+
   // Returns the result code of the last call as an Error.
   tessel::Error LastError() const { return {lastCode_, lastCall_}; }
 

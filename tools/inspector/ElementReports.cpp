@@ -24,9 +24,7 @@ Report ReportIdentity(Inspection& inspection) {
 Report ReportAttribute(Inspection& inspection) {
   tessel::Element element = inspection.FindElement();
   const std::string& name = inspection.Options().text;
-  const std::string text = tessel::Narrow(
-      inspection.Require("read the attribute " + tessel::Quoted(name) + " of " + NameOf(element),
-                         [&] { return element.Attribute(tessel::Wide(name)); }));
+  const std::string text = tessel::Narrow(inspection.Require(inspection.Attribute(element, name)));
   Report report(element);
   report.SetField("name", name);
   report.SetField("text", text);
@@ -37,8 +35,7 @@ Report ReportAttribute(Inspection& inspection) {
 Report ReportItems(Inspection& inspection) {
   tessel::Element element = inspection.FindElement();
   Report report(element);
-  report.AddTexts("items", inspection.Require("read the items of " + NameOf(element),
-                                              [&] { return element.Items(); }));
+  report.AddTexts("items", inspection.Require(inspection.Items(element)));
   return report;
 }
 

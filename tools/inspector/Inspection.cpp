@@ -101,6 +101,16 @@ std::optional<tessel::Element> Inspection::ParentOf(tessel::Element& child) {
   return Do("find the parent of " + NameOf(child), [&] { return child.Parent(); });
 }
 
+std::optional<std::wstring> Inspection::Attribute(tessel::Element& element,
+                                                  const std::string& name) {
+  return Do("read the attribute " + tessel::Quoted(name) + " of " + NameOf(element),
+            [&] { return element.Attribute(tessel::Wide(name)); });
+}
+
+std::optional<std::vector<std::wstring>> Inspection::Items(tessel::Element& element) {
+  return Do("read the items of " + NameOf(element), [&] { return element.Items(); });
+}
+
 std::vector<tessel::Element> Inspection::Find(const std::string& what,
                                               const tessel::Search& search) {
   AnnounceSearch(what, content_.Scheme());

@@ -34,21 +34,25 @@ class Inspection {
   // Returns all elements of the content that match `search`. `what` is as for Do.
   std::vector<tessel::Element> Find(const std::string& what, const tessel::Search& search);
 
+  // Read an attribute, or the items of a list. Return nothing if the broker answers with any
+  // positive status.
+  std::optional<std::wstring> Attribute(tessel::Element& element, const std::string& name);
+  std::optional<std::vector<std::wstring>> Items(tessel::Element& element);
+
+  // Returns the value that the last call has returned. If `value` is empty, throws an error that
+  // reports the status of the broker.
+  template <class Value>
+  Value Require(std::optional<Value> value) const {
+    if (!value) throw MakeCallFailure(watch_.What(), watch_.LastError());
+    return std::move(*value);
+  }
+
   // Runs `body`, which makes calls about one element. `what` completes the message "cannot ...",
   // for example "read the items of element ...".
   template <class Body>
   auto Do(const std::string& what, Body body) {
     watch_.Announce(what, wire::kLongestRoundTripMilliseconds);
     return Explained(what, body);
-  }
-
-  // Does the same as Do, for a `body` that returns an optional. Returns the value of the optional.
-  // If the optional is empty, throws an error that reports the status of the broker.
-  template <class Body>
-  auto Require(const std::string& what, Body body) {
-    auto value = Do(what, body);
-    if (!value) throw MakeCallFailure(what, watch_.LastError());
-    return std::move(*value);
   }
 
  private:

@@ -23,9 +23,7 @@ std::string RefuseState(const std::string& name) {
 
 std::optional<std::string> ReadText(Inspection& inspection, tessel::Element& element,
                                     const std::string& name) {
-  const auto text =
-      inspection.Do("read the attribute " + tessel::Quoted(name) + " of " + NameOf(element),
-                    [&] { return element.Attribute(tessel::Wide(name)); });
+  const auto text = inspection.Attribute(element, name);
   if (!text) return std::nullopt;
   return tessel::Narrow(*text);
 }
@@ -70,9 +68,7 @@ Json ReadSceneElement(Inspection& inspection, tessel::Element& element) {
   json["rect"] = RectJson(element.Record().rect);
   const Json attributes = ReadAttributes(inspection, element);
   if (!attributes.empty()) json["attributes"] = attributes;
-  const auto items =
-      inspection.Do("read the items of " + NameOf(element), [&] { return element.Items(); });
-  if (items) json["items"] = ItemsJson(*items);
+  if (const auto items = inspection.Items(element)) json["items"] = ItemsJson(*items);
   const Json states = ReadStates(inspection, element);
   if (!states.empty()) json["states"] = states;
   return json;
