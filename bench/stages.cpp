@@ -80,12 +80,12 @@ void BareSteps(const ResidentServer& server, const std::wstring& request, Sample
   steps.Mark();
   call.Connect();
   steps.Mark();
-  steps.Mark();  // the bare system calls encode nothing
+  steps.Mark();  // ends the step "encode", which is empty here
   call.Write();
   steps.Mark();
   call.Read();
   steps.Mark();
-  steps.Mark();  // the bare system calls decode nothing
+  steps.Mark();  // ends the step "decode", which is empty here
   call.Close();
   steps.Mark();
 }

@@ -66,8 +66,8 @@ inline bool CanBegin(std::string_view bytes, std::size_t length) {
 }
 
 // Returns the first code point of `bytes`, which must not be empty. If the code point is not valid,
-// `length` of the result is the length of the longest prefix with which the UTF-8 form of some code
-// point begins, and at least 1.
+// `length` of the result is the number of leading bytes of `bytes` that can begin the UTF-8 form of
+// some code point, but at least 1.
 inline base::CodePoint First(std::string_view bytes) {
   const auto lead = static_cast<unsigned char>(bytes[0]);
   if (lead < 0x80) return {lead, 1, true};

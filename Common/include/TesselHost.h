@@ -25,8 +25,9 @@ enum SLChannelResult TESSELSLB_AS_INT {
   SL_CHANNEL_SUCCESS = 0,
   SL_CHANNEL_NOT_INITIALIZED = -1,
   SL_CHANNEL_BUFFER_TOO_SMALL = -2,
-  // InitComm: the scheme is invalid. Other functions: the call is not allowed at this moment,
-  // UninitComm has closed the channel during the call, or InitComm has returned -4.
+  // InitComm: the scheme is invalid. Other functions: the call is out of order (for example
+  // WriteMessage without a request), UninitComm has closed the channel during the call, or InitComm
+  // has returned -4.
   SL_CHANNEL_CLOSED = -3,
   // Another host uses the pipe's name, or a ReadMessage or WriteMessage of an earlier channel with
   // this name is still running.
@@ -61,10 +62,9 @@ extern "C" {
 // - With a different pipe name, InitComm succeeds. UninitComm then closes only the new channel, and
 //   the thread still stays in its old call.
 //
-// If the result is -3, an earlier channel stays open. After 0 or -4 it is closed as soon as no call
-// uses it. After -4 the channel exists only formally: ReadMessage, WriteMessage and UninitComm
-// return -3 until the next InitComm.
-// Result: 0, -3, -4.
+// If the result is -3, an earlier channel stays open. After 0 or -4 the earlier channel is closed
+// as soon as no call uses it. After -4 there is no usable new channel: ReadMessage, WriteMessage
+// and UninitComm return -3 until the next InitComm. Result: 0, -3, -4.
 TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connectTimeout,
                                      const wchar_t* source);
 

@@ -10,7 +10,8 @@
 // Words:
 // - Broker: the Silverlight application that answers the requests about the content.
 // - Scheme: selects the broker (SLUriScheme). There is one broker each for http, https and file. A
-//   tailored broker serves one site alone: all addresses that have the same scheme and host.
+//   tailored broker serves one site alone: all addresses that begin with the same http:, https: or
+//   file: and have the same host.
 // - Launcher: sllauncher.exe of the Silverlight runtime. It starts a broker.
 // - Injector: slinject.exe in the module's folder. It starts a broker in the process that owns the
 //   window.
@@ -41,8 +42,8 @@
 // A status is a number that the broker chooses. The functions return it unchanged. A broker that
 // does not show the content answers with the status SL_NOT_SERVED. Brokers should use 100 for an
 // unknown command, 101 for an unknown element, 102 for something that the element does not support
-// or have, and 103 for a broken request. A broker may also choose a number that is another SL_
-// code. The client cannot tell such a status from the module's own code.
+// or have, and 103 for a broken request. A broker may also send a status that equals an SL_ code
+// other than SL_NOT_SERVED. The client cannot tell such a status from the module's own code.
 //
 // Output arguments change only on success, unless the function's comment says otherwise.
 //
@@ -125,9 +126,10 @@ TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 // search1, search2, search3
 //         the texts, which are not changed. Null counts as an empty text.
 // found   out: a new record for each element, `rect` included. An answer begins with the number of
-//         elements. When this number has been read, the old records are released, one call each. If
-//         the answer then ends too early (SL_ARCHIVE_FAILURE), the vector still has this number of
-//         records, and the records that were not read are empty.
+//         elements. When this number has been read, the records that `found` held before the call
+//         are released, by one call each. If the answer then ends too early (SL_ARCHIVE_FAILURE),
+//         the vector still has this number of records, and the records that were not read are
+//         empty.
 // Result: the search codes, or SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
