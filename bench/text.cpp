@@ -26,7 +26,8 @@ void Require(bool same, const std::string& row, const Workload& workload) {
   std::exit(1);
 }
 
-// The rows of one workload. The result of each row is checked once before it is measured.
+// The rows of the table for one workload. In each row, one JSON library reads or writes the
+// workload. Its result is checked once before the time is measured.
 class Rows {
  public:
   explicit Rows(const Workload& workload)

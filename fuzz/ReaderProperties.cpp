@@ -60,9 +60,9 @@ std::string Shown(const base::ValueView& value) {
   return text ? type + std::string(text->ascii) + plain::ToUtf8(plain::Decode(text->wide)) : type;
 }
 
-// The reader reads a list in steps: pieces of text whose values fit into the reserved memory.
-// Blanks after the first element make the first step (62 units) end at different places of the
-// text.
+// The reader reads a list in steps: pieces of text whose values fit into the reserved memory. The
+// first step is always 62 units long. This function puts blanks after the first element. Their
+// number depends on the text, so the first step ends at a different place in each text.
 template <class Text>
 void CheckSteps(Text text) {
   std::basic_string<typename Text::value_type> padded(text.begin(), text.begin() + 1);

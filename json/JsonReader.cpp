@@ -59,10 +59,10 @@ class DocumentReader {
     return in_.Accept(']');
   }
 
-  // Reads short integers with their commas, then one value and the white space after it. Returns
-  // false and restores the positions in the text and in the output if the text is not valid, or if
-  // the current step (the piece of text for which the output has room) ends before the next comma
-  // or closing bracket.
+  // Reads all integers of at most eight digits that come next, with their commas. Then reads one
+  // value of any kind and the white space after it. Returns false and restores the positions in the
+  // text and in the output if the text is not valid, or if the current step (the piece of text for
+  // which the output has room) ends before the next comma or closing bracket.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();

@@ -76,8 +76,9 @@ class IJbPipe {
   // If `pump` is true, a read that waits lets the windows of its thread receive sent messages.
   virtual void SetPumpMessages(bool pump) = 0;
   // Server only. Wakes a thread that waits in WaitClientToConnect, by connecting to the pipe.
-  // `timeout` limits the attempt to connect. After Shutdown and until Close, CreateServerPipe,
-  // WaitClientToConnect and all reads and writes throw PipeShutdownException.
+  // `timeout` limits the attempt to connect. After Shutdown, some functions throw
+  // PipeShutdownException until Close is called: CreateServerPipe, WaitClientToConnect, and all
+  // reads and writes.
   virtual void Shutdown(std::uint32_t timeout) = 0;
   virtual ~IJbPipe() = default;
 };

@@ -158,8 +158,8 @@ TESSELSLB_API int GetAncestryInfo(const SLElemData& elem,
                                   std::vector<SLElemData, HeapAllocator<SLElemData>>& ancestors,
                                   std::vector<long, HeapAllocator<long>>& numbers);
 
-// Returns the elements that make up the default selector of an element. The broker defines which
-// elements belong to it.
+// Returns a list of elements that the broker chooses for the element. The list is called the
+// default selector. The broker defines its meaning and its order.
 //
 // chain  out: as `ancestors` of GetAncestryInfo.
 // Result: the round-trip codes, or SL_INVALID_OBJECT.

@@ -163,10 +163,11 @@ TESSEL_C_API int32_t tessel_version(int32_t numbers[4], tessel_error** error);
 // window has this title. Only top-level windows with exactly this title count. The function
 // searches for the title only once, so the title may change later.
 //
-// `address` is the address of the content. It must not be empty (-5); otherwise it is not checked
-// here. Only its scheme, host and port are used to find the broker (of a file address: the part
-// before the sixth slash, which is file:///C:/a/b of file:///C:/a/b/c.html). Write this part
-// exactly as SceneBroker prints it when it starts.
+// `address` is the address of the content. The function fails with -5 if it is empty, and checks
+// nothing else about it. Only the beginning of the address is used to find the broker: the scheme,
+// host and port. Of a file address, everything before the sixth slash is used. For
+// file:///C:/a/b/c.html this is file:///C:/a/b. Write this beginning exactly as SceneBroker prints
+// it when it starts.
 //
 // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
 // SL_HTTPS_URI or SL_FILE_URI. With SL_NO_URI the functions of the content search for the broker.
@@ -221,9 +222,9 @@ TESSEL_C_API int32_t tessel_element_parent(tessel_element element, tessel_elemen
 TESSEL_C_API int32_t tessel_element_ancestors(tessel_element element, tessel_list* list,
                                               tessel_error** error);
 
-// Returns a list of the elements that make up the default selector of this element. The broker
-// defines which elements these are, and their order. SceneBroker lists the elements from the root
-// down to this element.
+// Returns a list of elements that the broker chooses for this element. The list is called the
+// default selector. The broker defines its meaning and its order. SceneBroker lists the elements
+// from the root down to this element.
 TESSEL_C_API int32_t tessel_element_selector(tessel_element element, tessel_list* list,
                                              tessel_error** error);
 
@@ -303,10 +304,10 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 // is 0, the functions check once. Between two checks other threads can use the content.
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and fail with -7. (A check of your own
-// can still start or inject a broker if it calls tessel_content_focused, uses another content, or
-// makes its first search after the first check.) If a check fails, the wait ends and returns the
-// code of the check.
+// check found. If that broker has ended, they send nothing and fail with -7. There are three
+// exceptions. Your own function (tessel_look) can start or inject a broker also in a later check if
+// it calls tessel_content_focused, if it uses another content, or if it has made no search with
+// this content before. If a check fails, the wait ends and returns the code of the check.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker

@@ -17,9 +17,9 @@
 //
 // Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
 // argument of a wrong type, out of range, with an unknown member or scheme, or with U+0000 rejects the
-// promise with a TypeError. All other failures reject it with a TesselError: an empty name or address,
-// or a window that does not exist, has the code -5. Content.open describes the failures to load the
-// library, which are an Error.
+// promise with a TypeError. If the DLLs cannot be loaded, Content.open rejects its promise with an
+// Error that is no TesselError (see there). All other failures are a TesselError. For example, an empty
+// name or address, or a window that does not exist, has the code -5.
 //
 // Elements: for each element that it sends to the program, the broker keeps an object until the
 // program releases the element. So release each element. If the program forgets an element, it is
@@ -51,9 +51,9 @@ export interface Place {
   /** The exact title of a top-level window (a string), or a window handle (a number or a bigint). */
   window: string | bigint | number;
   /**
-   * The address of the content. Only its scheme, host and port are used to find the broker (of a file
-   * address: the part before the sixth slash). Write this part exactly as SceneBroker prints it when
-   * it starts.
+   * The address of the content. Only its beginning is used to find the broker: the scheme, host and
+   * port. Of a file address, everything before the sixth slash is used. For file:///C:/a/b/c.html this
+   * is file:///C:/a/b. Write this beginning exactly as SceneBroker prints it when it starts.
    */
   address: string;
   /**
@@ -202,8 +202,9 @@ export class Element implements AsyncDisposable {
   ancestors(): Promise<Ancestor[]>;
 
   /**
-   * The elements that make up the default selector of this element. The broker defines which elements
-   * these are, and their order. SceneBroker lists the elements from the root down to this element.
+   * A list of elements that the broker chooses for this element. The list is called the default
+   * selector. The broker defines its meaning and its order. SceneBroker lists the elements from the
+   * root down to this element.
    */
   selector(): Promise<Element[]>;
 

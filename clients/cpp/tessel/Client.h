@@ -138,7 +138,7 @@ class Element {
 
   // Returns the record that the module uses for the element. Read from it, for example, the window,
   // the process and the scheme. The record belongs to the Element. Its `rect` is empty unless
-  // Find() or FindFirst() has returned the Element.
+  // the Element was returned by Find(), FindFirst() or a wait for IsThere().
   const SLElemData& Record() const { return record_; }
 
   // Returns nothing if the element has no parent.
@@ -149,9 +149,9 @@ class Element {
   // number (Ancestor::number) for each element.
   [[nodiscard]] std::vector<Ancestor> Ancestors();
 
-  // Returns the elements that make up the default selector of this element. The broker defines
-  // which elements these are, and their order. SceneBroker lists the elements from the root down to
-  // this element.
+  // Returns a list of elements that the broker chooses for this element. The list is called the
+  // default selector. The broker defines its meaning and its order. SceneBroker lists the elements
+  // from the root down to this element.
   [[nodiscard]] std::vector<Element> Selector();
 
   // Returns all matching elements below this element.
@@ -232,9 +232,10 @@ class Content {
   // with exactly this title count. The constructor searches for the title only once, so the title
   // may change later.
   //
-  // `address` is the address of the content. Only its scheme, host and port are used to find the
-  // broker (of a file address: the part before the sixth slash, which is file:///C:/a/b of
-  // file:///C:/a/b/c.html). Write this part exactly as SceneBroker prints it when it starts.
+  // `address` is the address of the content. Only its beginning is used to find the broker: the
+  // scheme, host and port. Of a file address, everything before the sixth slash is used. For
+  // file:///C:/a/b/c.html this is file:///C:/a/b. Write this beginning exactly as SceneBroker
+  // prints it when it starts.
   //
   // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
   // SL_HTTPS_URI or SL_FILE_URI. With SL_NO_URI the functions of this class search for the broker.
@@ -321,9 +322,9 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // returns a bool, WaitUntil returns void.
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and throw Error with -7. A check of your
-// own can still start or inject a broker if it calls Focused(), uses another Content, or makes its
-// first search after the first check.
+// check found. If that broker has ended, they send nothing and throw Error with -7. There are three
+// exceptions. Your own function can start or inject a broker also in a later check if it calls
+// Focused(), if it uses another Content, or if it has made no search with this Content before.
 //
 // Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
 // and Items() do not throw for a positive status. They return nothing, so the wait can go on.
