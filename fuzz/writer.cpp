@@ -92,8 +92,9 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // A byte with remainder 8 after division by 9 ends a list, see case 6. Elsewhere, such a byte
-      // of 200 or more adds a binary value, which JSON cannot hold.
+      // Here the remainder of the byte is 8. Inside a list, such a byte ends the list (case 6), so
+      // this case is only reached outside of lists. A byte of at least 200 then adds a binary
+      // value, which JSON cannot hold. A smaller byte adds nothing.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");

@@ -14,8 +14,9 @@ namespace base {
 // two units and become six bytes. A bracket is one unit and becomes two bytes.
 constexpr std::size_t kDensestUnits = 3;
 constexpr std::size_t kDensestBytes = packed::kTextHead;
-// Additional room for the last string of a text, which may have less than three units of text: it
-// may have no comma, or the text may end inside the string, after its opening quote and one unit.
+// Additional room for the last string of the input. This string may take less than three units of
+// the input, because no comma follows it, or because the input ends inside the string, after the
+// opening quote and one unit.
 constexpr std::size_t kExtraBytes = packed::kTextHead + sizeof(Utf16Unit);
 
 // Returns the greatest number of bytes that the values of a text of `units` units can need.

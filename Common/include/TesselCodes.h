@@ -26,7 +26,7 @@ enum SLResult TESSELSLB_AS_INT {
   SL_CANNOT_READ = -6,
   SL_CANNOT_CONNECT = -7,  // the broker's pipe cannot be opened or written to, or is busy for 18 s
   SL_NOT_SERVED = -8,      // the broker does not show this content
-  // The scheme is invalid, the launcher is missing or cannot be started, or the broker's pipe did
+  // The scheme is invalid, sllauncher.exe is missing or cannot be started, or the broker's pipe did
   // not appear within 15 s.
   SL_BROKER_NOT_STARTED = -9,
   SL_INJECTOR_NOT_STARTED = -10,  // slinject.exe cannot be started

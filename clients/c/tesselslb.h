@@ -306,8 +306,8 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 // Only the first check may start or inject a broker. Later checks use the broker that the first
 // check found. If that broker has ended, they send nothing and fail with -7. There are three
 // exceptions. Your own function (tessel_look) can start or inject a broker also in a later check if
-// it calls tessel_content_focused, if it uses another content, or if it has made no search with
-// this content before. If a check fails, the wait ends and returns the code of the check.
+// it calls tessel_content_focused, if it uses another content, or if no call with this content has
+// found a broker before. If a check fails, the wait ends and returns the code of the check.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker

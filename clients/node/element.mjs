@@ -120,8 +120,8 @@ export async function elementsFrom(handle, name, ...args) {
   return await entriesFrom(handle, name, (list, index) => take(handle.queue, list, index), ...args);
 }
 
-// Calls `read` for each index, and resolves to the array of its results. Resolves to null if the
-// function returns no list.
+// Calls the C function `name`, which returns a list, and then `read` for each index of the list.
+// Resolves to the array of what `read` returned, or to null if the C function returned no list.
 function entriesFrom(handle, name, read, ...args) {
   return handle.queue.run(async () => {
     const [list] = await call(name, handle.value, ...args, [null]);

@@ -324,7 +324,7 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // Only the first check may start or inject a broker. Later checks use the broker that the first
 // check found. If that broker has ended, they send nothing and throw Error with -7. There are three
 // exceptions. Your own function can start or inject a broker also in a later check if it calls
-// Focused(), if it uses another Content, or if it has made no search with this Content before.
+// Focused(), if it uses another Content, or if no call with this Content has found a broker before.
 //
 // Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
 // and Items() do not throw for a positive status. They return nothing, so the wait can go on.
