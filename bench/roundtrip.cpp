@@ -22,7 +22,7 @@ using namespace TesselSilverlight;
 struct Answer {
   const char* name;
   wchar_t text;   // the object id that selects an answer with one text
-  wchar_t items;  // the object id for an answer of the same size with many items, or 0
+  wchar_t items;  // the object id that selects an answer with many items and as many bytes, or 0
   std::size_t bytes;
 };
 constexpr Answer kAnswers[] = {

@@ -75,9 +75,9 @@ TESSELSLB_API int __stdcall InitComm(unsigned long scheme, unsigned long connect
 //         out: after -2, the size that the request needs. All other results, success included,
 //         leave `*size` unchanged.
 //
-// After -2 the next call returns the same request at once. Exception: if the request is empty, a
-// call with `*size` 0 returns -2 and loses the request, and the next call returns -3. A buffer of
-// at least one unit avoids this.
+// After -2 the next call returns the same request at once, unless the request is empty. If an empty
+// request meets a buffer with `*size` 0, the call returns -2 and loses the request, and the next
+// call returns -3. A buffer of at least one unit avoids this.
 //
 // ReadMessage waits up to `connectTimeout` for a client, and then up to 3 s for the request. A
 // request may arrive in parts, and the 3 s apply to each part.

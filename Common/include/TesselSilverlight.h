@@ -42,8 +42,9 @@
 // A status is a number that the broker chooses. The functions return it unchanged. A broker that
 // does not show the content answers with the status SL_NOT_SERVED. Brokers should use 100 for an
 // unknown command, 101 for an unknown element, 102 for something that the element does not support
-// or have, and 103 for a broken request. A broker may also send a status that equals an SL_ code
-// other than SL_NOT_SERVED. The client cannot tell such a status from the module's own code.
+// or have, and 103 for a broken request. SL_NOT_SERVED always comes from a broker. All other SL_
+// codes are the module's own. If a broker sends one of them as its status, the client cannot see
+// the difference.
 //
 // Output arguments change only on success, unless the function's comment says otherwise.
 //

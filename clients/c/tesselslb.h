@@ -47,7 +47,7 @@
 // returns -102 and does nothing else. A content may be closed before its elements are released. The
 // elements stay usable.
 //
-// Elements: for each element that it sends to the client, the broker keeps an object until the
+// Elements: the broker keeps an object for each element that it has sent to the client, until the
 // client releases the element. So release each element.
 //
 // A lost broker: SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9) mean
@@ -63,8 +63,8 @@
 // another. Requests for different contents do not wait for each other. A thread may free a handle
 // while another thread uses it. Then a call that has begun its request goes on, and a call that
 // still waits to use a freed element fails with -102. Closing a content does not affect calls that
-// were already made. If the element of a running tessel_wait_until_attribute is released or
-// abandoned, the wait fails with -13.
+// have begun, even if they still wait for their turn. If the element of a running
+// tessel_wait_until_attribute is released or abandoned, the wait fails with -13.
 //
 // Finalizers: releasing an element can take as long as any request. So a finalizer should release
 // the element on another thread, or use tessel_element_abandon.
@@ -304,10 +304,11 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 // is 0, the functions check once. Between two checks other threads can use the content.
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and fail with -7. There are three
-// exceptions. Your own function (tessel_look) can start or inject a broker also in a later check if
-// it calls tessel_content_focused, if it uses another content, or if no call with this content has
-// found a broker before. If a check fails, the wait ends and returns the code of the check.
+// check found. If that broker has ended, they send nothing and fail with -7. This rule does
+// not hold for your own function (tessel_look) in three cases: if it calls tessel_content_focused,
+// if it uses another content, or if no call with this content has found a broker before. Then a
+// later check can start or inject a broker, too. If a check fails, the wait ends and returns the
+// code of the check.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker

@@ -18,11 +18,11 @@
 // Failures: "not found" is not a failure. The promise then resolves to null or to an empty array. An
 // argument of a wrong type, out of range, with an unknown member or scheme, or with U+0000 rejects the
 // promise with a TypeError. If the DLLs cannot be loaded, Content.open rejects its promise with an
-// Error that is no TesselError (see there). All other failures are a TesselError. For example, an empty
+// Error that is no TesselError (see the comment of Content.open). All other failures are a TesselError. For example, an empty
 // name or address, or a window that does not exist, has the code -5.
 //
-// Elements: for each element that it sends to the program, the broker keeps an object until the
-// program releases the element. So release each element. If the program forgets an element, it is
+// Elements: the broker keeps an object for each element that it has sent to your program, until your
+// program releases the element. So release each element. If your program forgets an element, it is
 // released after the garbage collector has found it. That can be late. At the end of the program,
 // forgotten elements are not released.
 //

@@ -1,8 +1,8 @@
 // A stand-in for a program that the module starts: the launcher or the injector. It is a copy of
 // test_parts.exe with the name of that program. Each start is recorded in a file whose name
 // contains an id: the injector's argument --pid, or the host or the scheme for which the launcher
-// starts a broker. The destructor deletes the copy and the files, and ends brokers that the
-// launcher became.
+// must start a broker. A stand-in for the launcher starts no process. It serves as the broker
+// itself. The destructor deletes the copy and the files, and ends the stand-ins that still serve.
 #pragma once
 
 #include <windows.h>

@@ -19,7 +19,7 @@
 // part may take 18 s. If the Content has a scheme (see its constructors), only Focused() can inject
 // a broker.
 //
-// Elements: for each element that it sends to the client, the broker keeps an object until the
+// Elements: the broker keeps an object for each element that it has sent to the client, until the
 // client releases the element. The destructor of Element releases the element by one request.
 //
 // Failures: "not found" is not a failure. The function then returns std::nullopt or an empty list.
@@ -322,9 +322,10 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // returns a bool, WaitUntil returns void.
 //
 // Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and throw Error with -7. There are three
-// exceptions. Your own function can start or inject a broker also in a later check if it calls
-// Focused(), if it uses another Content, or if no call with this Content has found a broker before.
+// check found. If that broker has ended, they send nothing and throw Error with -7. This rule does
+// not hold for your own function in three cases: if it calls Focused(), if it uses another Content,
+// or if no call with this Content has found a broker before. Then a later check can start or inject
+// a broker, too.
 //
 // Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
 // and Items() do not throw for a positive status. They return nothing, so the wait can go on.
