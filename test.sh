@@ -29,17 +29,14 @@ done
 if $list && [ $# -gt 0 ]; then usage >&2; exit 2; fi
 
 mkdir -p "$ROOT/build"
-# Require the package npm only if there is no command npm. Debian's package conflicts with a Node.js that was
-# not installed from Debian.
-npm=()
-command -v npm >/dev/null || npm=(npm)
-require_packages g++ clang lld pkgconf "${npm[@]}"
+require_packages g++ clang lld make npm pkgconf python3
 if $list; then
   configure mingw
   exec ctest --test-dir "$ROOT/build/mingw" --show-only
 fi
 build native
 build mingw
+"$ROOT/package.sh"
 hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
 step "Testing"
 cd "$ROOT"

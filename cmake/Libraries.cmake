@@ -1,5 +1,8 @@
-# CMake functions that help to build the DLLs of this project.
+# CMake functions that help to build the DLLs and tools of this project.
 enable_language(RC)
+
+# Builds everything that users get.
+add_custom_target(product)
 
 # tessel_version_resource(VARIABLE NAME FILE DESCRIPTION) makes the source of a DLL's version resource and
 # stores the path of this source in the variable.
@@ -25,4 +28,21 @@ function(tessel_microsoft_import_library target name definitions)
     COMMAND ${TESSEL_DLLTOOL} -m i386:x86-64 -d ${definitions} -l ${library}
     DEPENDS ${definitions} VERBATIM)
   add_custom_target(${target}_lib ALL DEPENDS ${library})
+  add_dependencies(product ${target}_lib)
+endfunction()
+
+# tessel_product(TARGET) completes a DLL or a program that users get. Moves its debug information into the file
+# FILE.debug of the folder build/mingw/debug. The GNU debugger finds this file beside the DLL or program.
+function(tessel_product target)
+  add_dependencies(product ${target})
+  if(MSVC)
+    return()
+  endif()
+  set(folder ${PROJECT_BINARY_DIR}/debug)
+  file(MAKE_DIRECTORY ${folder})
+  set(file $<TARGET_FILE_NAME:${target}>.debug)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${file}
+    COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file} $<TARGET_FILE:${target}>
+    WORKING_DIRECTORY ${folder} VERBATIM)
 endfunction()

@@ -11,7 +11,8 @@ die() {
 }
 
 # The packages that the build needs. require_packages [PACKAGE...] installs these packages and the named
-# packages. Packages that are already installed are left as they are.
+# packages. Packages that are already installed are left as they are. So is a Node.js that was not installed
+# from Debian, because Debian's package npm conflicts with it.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {
@@ -20,6 +21,7 @@ require_packages() {
     die "this is not a Debian system; install the software of these packages, then build by hand: ${wanted[*]}"
   fi
   for package in "${wanted[@]}"; do
+    [ "$package" != npm ] || ! command -v npm >/dev/null || continue
     dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
       missing+=("$package")
   done

@@ -56,12 +56,13 @@ target_link_options(report_cpp PRIVATE -municode)
 target_link_libraries(report_c PRIVATE TesselSLB_c)
 
 # Tests that are scripts: the same report by each client library, Ctrl-C, the tests and samples that the
-# documents name, clients of the installed tree, a client for Microsoft's ABI, and the npm package.
-foreach(script clients ctrl_c docs install msabi node)
+# documents name, a client for Microsoft's ABI, the npm package, and the package for users.
+foreach(script clients ctrl_c docs msabi node package)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
-set_tests_properties(clients install PROPERTIES RESOURCE_LOCK scenes)
+set_tests_properties(clients package PROPERTIES RESOURCE_LOCK scenes)
+set_tests_properties(package PROPERTIES TIMEOUT 400)
 # The first run makes a Wine prefix and fetches packages. Without access to the npm registry it is skipped.
 set_tests_properties(node PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400)
 

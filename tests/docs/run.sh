@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Fails if a document names a test that does not exist, or shows a sample that differs from its file.
+# Fails if a document names a test that does not exist, shows a sample that differs from its file, or has a link
+# that leads nowhere.
 # Documents name a test as suite/Case, or by the option --gtest_filter of a command.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -33,7 +34,12 @@ done < <(sed -nE "s#.*/(\w+)_test\.exe --gtest_filter='([^']*)'.*#\1 \2#p" docs/
 shows() {
   [[ $(<"$1") == *"$(<"$2")"* ]] || { echo "$1 does not show $2 as it is"; missing=1; }
 }
-shows docs/clients.md clients/cpp/first.cpp
-shows docs/clients.md clients/c/first.c
-shows clients/node/README.md clients/node/first.mjs
+for sample in samples/cpp/first.cpp samples/c/first.c samples/node/first.mjs; do
+  shows README.md "$sample"
+  # A sample is for a user who sees the library for the first time.
+  [ "$(wc -l <"$sample")" -le 40 ] || { echo "$sample is longer than 40 lines"; missing=1; }
+done
+shows clients/node/README.md samples/node/first.mjs
+python3 tests/support/check_links.py ./*.md docs/*.md tests/README.md package/README.md clients/node/README.md ||
+  missing=1
 exit "$missing"

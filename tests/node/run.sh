@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD: tests the npm package with Windows' own Node.js. Fetches the packages that it needs from the
-# npm registry. If it cannot fetch them, its exit code is 77, or 1 if the variable CI is "true".
+# run.sh BUILD: tests the npm package with Windows' own Node.js. Takes the npm package and the sample from the
+# archive that ./package.sh has built. Fetches the other packages from the npm registry. If it cannot fetch
+# them, its exit code is 77, or 1 if the variable CI is "true".
 set -eu
 build=$1
 work=$build/node/test
@@ -25,8 +26,13 @@ if ! cmp -s package-lock.json fetched; then
   npm ci --force --ignore-scripts --no-audit --no-fund >npm.log 2>&1 || { cat npm.log; fail "npm ci"; }
   cp package-lock.json fetched
 fi
-rm -rf node_modules/tesselslb
-cp -r ../tesselslb node_modules/
+# The sample installs the npm package. It finds the part of koffi for Windows in node_modules of this folder.
+rm -rf TesselSLB-* node_modules/tesselslb
+cmake -E tar xf "$root"/build/package/*-x64.zip || fail "no archive: run ./package.sh"
+sample=$(echo "$work"/TesselSLB-*/samples/node)
+(cd "$sample" && npm install --prefer-offline --ignore-scripts --no-audit --no-fund) >npm.log 2>&1 ||
+  { cat npm.log; fail "npm install"; }
+cp -r "$sample/node_modules/tesselslb" node_modules/
 node_modules/.bin/tsc --noEmit || fail "the types"
 
 # Node.js needs Windows 10, so this test has a Wine prefix of its own. The new Windows
@@ -50,9 +56,9 @@ node() {
 
 title='Café Größe – Sign in'
 address=http://shop.example/portal/login.html
-serve "$build/bin" "$root/tools/scenes/login.json"
-node first.txt node_modules/tesselslb/first.mjs
-[ "$(tr -d '\r' <first.txt)" = 'the value was "zoë"' ] || fail "first.mjs: $(<first.txt)"
+serve "$build/bin" "$root/tools/scenes/orders.json"
+node first.txt "$sample/first.mjs"
+[ "$(tr -d '\r' <first.txt)" = 'the note was "Over both panes"' ] || fail "first.mjs: $(<first.txt)"
 stop_broker 1
 
 serve "$build/bin" "$root/tools/scenes/login.json"
