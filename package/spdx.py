@@ -99,7 +99,10 @@ def document(folder, version, seconds):
     code = verification_code(files)
     ours = package_entry("TesselSLB", version, "NOASSERTION", filesAnalyzed=True,
                          licenseInfoFromFiles=["NOASSERTION"],
-                         packageVerificationCode={"packageVerificationCodeValue": code})
+                         packageVerificationCode={
+                             "packageVerificationCodeValue": code,
+                             "packageVerificationCodeExcludedFiles": ["./TesselSLB.spdx.json", "./SHA256SUMS"],
+                         })
     return {
         "spdxVersion": "SPDX-2.3",
         "dataLicense": "CC0-1.0",
