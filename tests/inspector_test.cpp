@@ -118,4 +118,85 @@ TEST(InspectorTest, DumpsTheSceneThatIsServed) {
   }
 }
 
+std::ptrdiff_t CountServed(const std::string& brokerOutput) {
+  const std::regex served("^served: ", std::regex::multiline);
+  return std::distance(std::sregex_iterator(brokerOutput.begin(), brokerOutput.end(), served), {});
+}
+
+// Each row has options of `tree`, and the number of calls for the 8 elements of the login scene:
+// one root, and one list with items. SceneBroker must be able to serve each result.
+TEST(InspectorTest, MakesTheseCallsToReadATree) {
+  const std::pair<std::string, std::ptrdiff_t> kCases[] = {
+      {"", 63},
+      {"--read parents", 22},
+      {"--read attributes", 27},
+      {"--read attributes --attr name", 19},
+      {"--read items", 19},
+      {"--read states", 27},
+      {"--read items,states", 36},
+  };
+  for (const auto& [options, calls] : kCases) {
+    SceneBroker broker(TESSEL_SCENES "/login.json");
+    const auto [code, output] = ToolOutput(broker.InspectorLine("tree --json " + options));
+    EXPECT_EQ(code, 0u) << output;
+    EXPECT_EQ(CountServed(broker.CloseAndReadOutput()), calls) << options;
+    const SceneFile tree(output);
+    EXPECT_EQ(SceneBroker(Narrow(tree.path.wstring())).Fact("focus"), "user") << options;
+  }
+}
+
+// This process is a broker whose element "a" holds "b", which holds "c". Each row has its answers
+// to searches of one level, in the whole content and below "a", and the number of its requests.
+TEST(InspectorTest, AsksForEachParentIfABrokerSearchesOtherLevels) {
+  using Json = nlohmann::json;
+  const Json all = {0, 3, "a", 0, 0, 9, 9, "b", 0, 0, 8, 8, "c", 0, 0, 7, 7};
+  const std::tuple<Json, Json, int> kCases[] = {
+      {{103}, {}, 11},
+      {all, {}, 14},
+      {{0, 2, "a", 0, 0, 9, 9, "b", 0, 0, 8, 8}, {0, 2, "b", 0, 0, 8, 8, "c", 0, 0, 7, 7}, 16},
+  };
+  for (const auto& [roots, belowA, count] : kCases) {
+    ASSERT_EQ(InitComm(SL_TAILORED_URI, 30000, L"tools"), SL_CHANNEL_SUCCESS);
+    ChildProcess tessel(TestFolder() + L"tessel.exe tree --read parents --address tools --window " +
+                        Wide(tessel::HandleText(::GetDesktopWindow())));
+    for (int i = 0; i < count; ++i) {
+      wchar_t text[200];
+      DWORD size = 200;
+      ASSERT_EQ(ReadMessage(text, &size), SL_CHANNEL_SUCCESS) << i;
+      const Json request = Json::parse(Narrow(text));
+      const std::string id = request[2];
+      Json answer = {0, true};
+      if (request[0] == 14) answer = {0, ""};
+      if (request[0] == 6) answer = {0, id == "a" ? "" : id == "b" ? "a" : "b"};
+      if (request[0] == 9) answer = request[6] == 0 ? all : id.empty() ? roots : belowA;
+      EXPECT_EQ(WriteMessage(Wide(answer.dump()).c_str()), SL_CHANNEL_SUCCESS);
+    }
+    EXPECT_THAT(tessel.ReadToEnd(), HasSubstr("  \"a\" [0, 0, 9, 9]\n    \"b\" [0, 0, 8, 8]\n"
+                                              "      \"c\" [0, 0, 7, 7]\n"));
+    EXPECT_EQ(UninitComm(), SL_CHANNEL_SUCCESS);
+  }
+}
+
+// The picture of the login scene is the one in the README.
+TEST(InspectorTest, DrawsThePictureOfTheReadme) {
+  const SceneFile picture("the file is replaced");
+  const std::string command = "tree --json --svg" + Narrow(Quoted(Narrow(picture.path.wstring())));
+  SceneBroker broker(TESSEL_SCENES "/login.json");
+  RunTool(broker.InspectorLine(command), 0, "\"elements\": 8\n}");
+  EXPECT_EQ(FileText(picture.path), FileText(TESSEL_SOURCE "/docs/login.svg"));
+  EXPECT_EQ(CountServed(broker.CloseAndReadOutput()), 19);
+}
+
+TEST(InspectorTest, DrawsAnyText) {
+  const SceneFile file(R"({"version": 1, "address": "desk", "title": "<&>", "elements": [
+      {"id": "<b>&amp;]]>\u0001\u2028", "rect": [-3, 5, -3, 5], "attributes": {"name": "𝄞"}}]})");
+  SceneBroker broker(Narrow(file.path.wstring()));
+  RunTool(broker.InspectorLine("tree --svg" + Narrow(Quoted(Narrow(file.path.wstring())))), 0,
+          "elements: 1\n");
+  const std::string svg = FileText(file.path);
+  EXPECT_THAT(svg, HasSubstr("viewBox=\"-3 5 1 1\""));
+  EXPECT_THAT(svg, HasSubstr("<title>&lt;&amp;&gt;</title>"));
+  EXPECT_THAT(svg, HasSubstr(R"(<title>&lt;b&gt;&amp;amp;]]&gt;\x01\u2028: 𝄞</title>)"));
+}
+
 }  // namespace

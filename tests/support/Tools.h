@@ -72,11 +72,17 @@ class SceneBroker : public ChildProcess {
            tessel::Wide(command.find("--window") == command.npos ? window : "");
   }
 
-  // Closes the broker's window and returns the lines of its summary.
-  std::string CloseAndReadSummary() {
+  // Closes the broker's window and returns the lines that nobody has read yet.
+  std::string CloseAndReadOutput() {
     ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
     const std::string output = ReadToEnd();
     EXPECT_EQ(Wait(), 0u);
+    return output;
+  }
+
+  // Closes the broker's window and returns the lines of its summary.
+  std::string CloseAndReadSummary() {
+    const std::string output = CloseAndReadOutput();
     return output.substr(output.find("handed out: "));
   }
 

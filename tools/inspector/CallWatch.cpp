@@ -12,6 +12,7 @@ void CallWatch::Announce(const std::string& what, std::uint32_t longestMilliseco
 // For a release, Begin makes the text of the notice itself. Nobody calls Announce before a release,
 // because destructors release the elements.
 void CallWatch::Begin(const tessel::Call& call) {
+  ++calls_;
   lastCall_ = call;
   if (std::string_view(call.function) == "ReleaseObj") {
     notice_.emplace("release element " + tessel::Quoted(call.elementId),

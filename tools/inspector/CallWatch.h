@@ -20,6 +20,8 @@ class CallWatch : public tessel::CallObserver {
   // Returns the result code of the last call as an Error.
   tessel::Error LastError() const { return {lastCode_, lastCall_}; }
 
+  long long Calls() const { return calls_; }
+
   void Begin(const tessel::Call& call) override;
   void End(const tessel::Call& call, int code) noexcept override;
 
@@ -27,6 +29,7 @@ class CallWatch : public tessel::CallObserver {
   std::string what_;
   std::uint32_t longestMilliseconds_ = 0;
   std::optional<CallNotice> notice_;
+  long long calls_ = 0;
   tessel::Call lastCall_;
   int lastCode_ = SL_SUCCESS;
 };

@@ -22,6 +22,9 @@ class Inspection {
   const InspectorOptions& Options() const { return options_; }
   HWND Window() const { return content_.Window(); }
 
+  // Returns the number of calls that this run has made until now.
+  long long Calls() const { return watch_.Calls(); }
+
   // Returns the element that the options select.
   tessel::Element FindElement();
   std::optional<tessel::Element> FindFocused();

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -12,6 +13,13 @@ struct InspectorCommand;
 
 // The three texts of the argument "A,B,C". An empty text matches everything.
 using SearchTexts = std::array<std::string, 3>;
+
+// The parts of an element that --read selects.
+inline constexpr char kParentsPart[] = "parents";
+inline constexpr char kAttributesPart[] = "attributes";
+inline constexpr char kItemsPart[] = "items";
+inline constexpr char kStatesPart[] = "states";
+inline constexpr const char* kParts[] = {kParentsPart, kAttributesPart, kItemsPart, kStatesPart};
 
 struct InspectorOptions {
   const InspectorCommand* command = nullptr;
@@ -38,7 +46,11 @@ struct InspectorOptions {
   bool containing = false;            // find: texts match if they are contained
   int relativeSteps = 0;              // id: how far above the element the ancestor is; 0 means none
   bool off = false;                   // check: uncheck the element
-  std::vector<std::string> attributes = {"name", "type"};  // tree
+  // tree
+  std::vector<std::string> attributes = {"name", "type"};
+  std::vector<std::string> read = {std::begin(kParts), std::end(kParts)};
+  bool Reads(const std::string& part) const { return std::ranges::count(read, part) > 0; }
+  std::string svgFile;  // empty: prints the tree instead of drawing it
 };
 
 // If this function returns a value, the tool must end at once with that exit code.

@@ -4,7 +4,9 @@
 #include <map>
 
 #include "tools/inspector/InspectorCommand.h"
-#include "tools/shared/CommandLine.h"
+#include "tools/inspector/OptionParts.h"
+#include "tools/inspector/TreePicture.h"
+#include "tools/inspector/TreeReading.h"
 
 namespace {
 
@@ -12,82 +14,19 @@ using tessel::Quoted;
 
 constexpr int kSceneVersion = 1;
 
-// The names of the states. The broker returns states in the same way as attributes.
-constexpr const char* kStates[] = {"checked", "selected", "value"};
-
 std::string RefuseState(const std::string& name) {
   if (name.empty()) return "must not be empty";
   if (std::ranges::find(kStates, name) == std::end(kStates)) return "";
-  return Quoted(name) + " is a state; states are always read";
+  return Quoted(name) + " is a state; --read says whether states are read";
 }
 
-std::optional<std::string> ReadText(Inspection& inspection, tessel::Element& element,
-                                    const std::string& name) {
-  const auto text = inspection.Attribute(element, name);
-  if (!text) return std::nullopt;
-  return tessel::Narrow(*text);
-}
-
-Json ReadAttributes(Inspection& inspection, tessel::Element& element) {
-  Json attributes;
-  for (const std::string& name : inspection.Options().attributes) {
-    if (const auto text = ReadText(inspection, element, name)) attributes[name] = *text;
+std::string RefusePart(const std::string& name) {
+  std::string allowed;
+  for (const char* part : kParts) {
+    if (name == part) return "";
+    allowed += (allowed.empty() ? "" : ", ") + std::string(part);
   }
-  return attributes;
-}
-
-// Returns the state "checked" as a boolean, as scene files store it. Any text other than "true" and
-// "false" stays a text.
-Json StateJson(const std::string& name, const std::string& text) {
-  if (name == "checked" && (text == "true" || text == "false")) return text == "true";
-  return text;
-}
-
-Json ReadStates(Inspection& inspection, tessel::Element& element) {
-  Json states;
-  for (const char* name : kStates) {
-    if (const auto text = ReadText(inspection, element, name)) {
-      states[name] = StateJson(name, *text);
-    }
-  }
-  return states;
-}
-
-Json ItemsJson(const std::vector<std::wstring>& items) {
-  Json json = Json::array();
-  for (const std::wstring& item : items) json.push_back(tessel::Narrow(item));
-  return json;
-}
-
-Json ReadSceneElement(Inspection& inspection, tessel::Element& element) {
-  Json json;
-  json["id"] = tessel::Narrow(element.Id());
-  if (const auto parent = inspection.ParentOf(element)) {
-    json["parent"] = tessel::Narrow(parent->Id());
-  }
-  json["rect"] = RectJson(element.Record().rect);
-  const Json attributes = ReadAttributes(inspection, element);
-  if (!attributes.empty()) json["attributes"] = attributes;
-  if (const auto items = inspection.Items(element)) json["items"] = ItemsJson(*items);
-  const Json states = ReadStates(inspection, element);
-  if (!states.empty()) json["states"] = states;
-  return json;
-}
-
-// The search for the focus asks the tailored broker first. If the user named another broker, the
-// search might find other content or none, so the report leaves the focus out.
-std::string ReadFocus(Inspection& inspection) {
-  const SLUriScheme scheme = tools::SchemeFromName(inspection.Options().scheme);
-  if (scheme != SL_NO_URI && scheme != SL_TAILORED_URI) return "";
-  const auto focused = inspection.FindFocused();
-  return focused ? tessel::Narrow(focused->Id()) : "";
-}
-
-Json ReadElements(Inspection& inspection) {
-  Json elements = Json::array();
-  auto all = inspection.Find("find the elements of the content", {});
-  for (tessel::Element& element : all) elements.push_back(ReadSceneElement(inspection, element));
-  return elements;
+  return Quoted(name) + " is not one of " + allowed;
 }
 
 std::string PairsText(const Json& pairs) {
@@ -118,19 +57,48 @@ void AddElementLines(Report& report, const Json& elements) {
   }
 }
 
-void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
-  command
-      .add_option(
-          "--attr", options.attributes,
-          "An attribute to read instead of these; repeat the option for more. The states checked, "
-          "selected and value are always read")
+CLI::Option* AddReadOption(CLI::App& command, InspectorOptions& options) {
+  return command
+      .add_option("--read", options.read,
+                  "What to read besides ids and rectangles; each part takes calls. The state "
+                  "selected is read only together with the items")
+      ->type_name("LIST")
+      ->delimiter(',')
+      ->capture_default_str()
+      ->allow_extra_args(false)
+      ->check(RefusePart);
+}
+
+CLI::Option* AddAttributeOption(CLI::App& command, InspectorOptions& options) {
+  return command
+      .add_option("--attr", options.attributes,
+                  "An attribute to read instead of these; repeat the option for more. The states "
+                  "checked, selected and value are read as states")
       ->type_name("NAME")
       ->capture_default_str()
       ->allow_extra_args(false)
       ->check(RefuseState);
 }
 
+void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
+  CLI::Option* const read = AddReadOption(command, options);
+  CLI::Option* const attribute = AddAttributeOption(command, options);
+  command
+      .add_option("--svg", options.svgFile,
+                  "Draw the elements into this file instead of printing them")
+      ->type_name("FILE")
+      ->check(RefuseEmpty)
+      ->excludes(read)
+      ->excludes(attribute);
+  command.parse_complete_callback([attribute, &options] {
+    if (attribute->count() > 0 && !options.Reads(kAttributesPart)) {
+      throw CLI::RequiresError("--attr", "attributes in the list of --read");
+    }
+  });
+}
+
 Report ReportTree(Inspection& inspection) {
+  if (!inspection.Options().svgFile.empty()) return ReportPicture(inspection);
   Report report;
   report.SetField("version", kSceneVersion);
   report.Add("address", inspection.Options().address);

@@ -1,0 +1,98 @@
+#include "tools/inspector/TreeParents.h"
+
+#include <algorithm>
+
+#include "tools/inspector/Progress.h"
+
+namespace {
+
+const tessel::Search kOneLevel = {.option1 = 1};
+
+double AreaOf(const tessel::Element* element) {
+  const RECT& rect = element->Record().rect;
+  return (static_cast<double>(rect.right) - rect.left) *
+         (static_cast<double>(rect.bottom) - rect.top);
+}
+
+// The request for a parent costs two calls, because the client then holds the parent once more and
+// must release it. One search below an element finds all its children, and each of them costs only
+// its release. So the search asks elements for their children, until it knows the parents of all
+// elements. It begins with the largest elements, because most small elements have no children.
+class ParentSearch {
+ public:
+  ParentSearch(Inspection& inspection, std::vector<tessel::Element>& elements)
+      : inspection_(inspection),
+        elements_(elements),
+        progress_(inspection, "parents", elements.size()) {}
+
+  Parents Run() {
+    if (!SearchChildren()) parents_.clear();
+    AskForMissing();
+    return std::move(parents_);
+  }
+
+ private:
+  bool IsComplete() const { return parents_.size() >= elements_.size(); }
+
+  // Returns false if the broker refuses to search one level, or if it searches other levels.
+  bool SearchChildren() {
+    try {
+      return SearchRoots() && SearchBelow();
+    } catch (const InspectorError& error) {
+      if (error.exitCode != ExitCode::kRefused) throw;
+      return false;
+    }
+  }
+
+  // If all elements seem to be roots, the broker may have ignored the number of levels.
+  bool SearchRoots() {
+    return Note(inspection_.Find("find the roots of the content", kOneLevel), L"") &&
+           (elements_.size() == 1 || !IsComplete());
+  }
+
+  bool SearchBelow() {
+    std::vector<tessel::Element*> order;
+    for (tessel::Element& element : elements_) order.push_back(&element);
+    std::ranges::stable_sort(order, std::ranges::greater(), &AreaOf);
+    for (tessel::Element* const parent : order) {
+      if (IsComplete()) return true;
+      auto children = inspection_.Do("find the children of " + NameOf(*parent),
+                                     [&] { return parent->Find(kOneLevel); });
+      if (!Note(std::move(children), parent->Id())) return false;
+    }
+    return true;
+  }
+
+  // Releases the children. Returns false if one of them is found for the second time: then the
+  // search finds more than one level.
+  bool Note(std::vector<tessel::Element> children, const std::wstring& parent) {
+    bool areNew = true;
+    for (tessel::Element& child : children) {
+      const tessel::Element held = std::move(child);
+      areNew = parents_.emplace(held.Id(), parent).second && areNew;
+      progress_.Show(parents_.size());
+    }
+    return areNew;
+  }
+
+  void AskForMissing() {
+    for (tessel::Element& element : elements_) {
+      if (parents_.contains(element.Id())) continue;
+      const auto parent = inspection_.ParentOf(element);
+      parents_.emplace(element.Id(), parent ? parent->Id() : L"");
+      progress_.Show(parents_.size());
+    }
+  }
+
+  Inspection& inspection_;
+  std::vector<tessel::Element>& elements_;
+  Progress progress_;
+  Parents parents_;
+};
+
+}  // namespace
+
+Parents FindParents(Inspection& inspection, std::vector<tessel::Element>& elements) {
+  if (elements.empty()) return {};
+  return ParentSearch(inspection, elements).Run();
+}
