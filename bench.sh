@@ -17,13 +17,14 @@ the tables.
                  roundtrip  an element call to a running server
                  log        a disabled log line
                  growth     time and memory per element as the answer grows
+                 tree       reading a scene of 1,000 elements with the inspector
   --quick      fewer rounds; takes less than two minutes after the build
   --json FILE  also write the tables to a file
   --help       print this text
 TEXT
 }
 
-groups=(text memory roundtrip log growth)
+groups=(text memory roundtrip log growth tree)
 chosen=()
 json=
 options=()
@@ -47,7 +48,7 @@ done
 
 # The benchmark programs of each group: those that run natively, and those that run under Wine.
 declare -A native_programs=([text]=text [memory]=memory [growth]=growth)
-declare -A wine_programs=([text]=text [memory]=memory [roundtrip]='roundtrip stages' [log]=log [growth]=growth)
+declare -A wine_programs=([text]=text [memory]=memory [roundtrip]='roundtrip stages' [log]=log [growth]=growth [tree]=tree)
 
 mkdir -p "$ROOT/build"
 require_packages g++ rapidjson-dev libsimdjson-dev
