@@ -1,15 +1,16 @@
 #include "tools/inspector/Progress.h"
 
 #include <algorithm>
-#include <iostream>
 
 namespace {
 
 constexpr std::chrono::milliseconds kInterval(250);
 
-bool ErrorsGoToTerminal() {
+// Returns null if standard error is not a terminal.
+HANDLE ErrorTerminal() {
+  const HANDLE output = ::GetStdHandle(STD_ERROR_HANDLE);
   DWORD mode = 0;
-  return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  return ::GetConsoleMode(output, &mode) ? output : nullptr;
 }
 
 }  // namespace
@@ -18,7 +19,7 @@ Progress::Progress(const Inspection& inspection, const char* what, std::size_t a
     : inspection_(inspection),
       what_(what),
       all_(all),
-      isShown_(ErrorsGoToTerminal()),
+      terminal_(ErrorTerminal()),
       callsBefore_(inspection.Calls()) {}
 
 Progress::~Progress() {
@@ -27,7 +28,7 @@ Progress::~Progress() {
 
 void Progress::Show(std::size_t done) {
   const Clock::time_point now = Clock::now();
-  if (!isShown_ || done == 0 || now - lastPrint_ < kInterval) return;
+  if (terminal_ == nullptr || done == 0 || now - lastPrint_ < kInterval) return;
   lastPrint_ = now;
   Print(Line(done, now - start_));
 }
@@ -42,9 +43,12 @@ std::string Progress::Line(std::size_t done, Clock::duration elapsed) const {
          std::to_string(static_cast<long long>(left) + 1) + " s left";
 }
 
-// Leaves the cursor at the start of the line, so that other messages overwrite the line.
+// Leaves the cursor at the start of the line, so that other messages overwrite the line. Writes the
+// line at once, because std::cerr writes single characters, and the line would flicker.
 void Progress::Print(const std::string& line) {
   const std::size_t blanks = width_ > line.size() ? width_ - line.size() : 0;
-  std::cerr << line << std::string(blanks, ' ') << '\r' << std::flush;
+  const std::string text = line + std::string(blanks, ' ') + '\r';
+  DWORD written = 0;
+  ::WriteFile(terminal_, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
   width_ = line.size();
 }

@@ -29,7 +29,7 @@ class Progress {
   const Inspection& inspection_;
   const char* const what_;
   const std::size_t all_;
-  const bool isShown_;
+  const HANDLE terminal_;
   const Clock::time_point start_ = Clock::now();
   const long long callsBefore_;
   Clock::time_point lastPrint_ = start_;
