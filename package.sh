@@ -45,7 +45,11 @@ make_tree() {
   (cd "$ROOT/docs" && copy_documents "$1")
   cp -r "$ROOT"/samples/* "$1/samples/"
   cp "$ROOT"/tools/scenes/*.json "$1/scenes/"
-  npm pack --silent --pack-destination "$1/node" "$ROOT/build/mingw/node/tesselslb" >/dev/null
+  python3 "$ROOT/package/licenses.py" "$1/licenses"
+  cp -r "$ROOT/build/mingw/node/tesselslb" "$ROOT/build/package/npm"
+  python3 "$ROOT/package/licenses.py" "$ROOT/build/package/npm/licenses" --dlls
+  npm pack --silent --pack-destination "$1/node" "$ROOT/build/package/npm" >/dev/null
+  rm -r "$ROOT/build/package/npm"
 }
 
 make_package() {

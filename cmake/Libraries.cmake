@@ -41,8 +41,10 @@ function(tessel_product target)
   set(folder ${PROJECT_BINARY_DIR}/debug)
   file(MAKE_DIRECTORY ${folder})
   set(file $<TARGET_FILE_NAME:${target}>.debug)
+  # Otherwise objcopy writes the current time into the files, and no two builds are the same.
+  set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> ${file}
-    COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file} $<TARGET_FILE:${target}>
+    COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> ${file}
+    COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${file} $<TARGET_FILE:${target}>
     WORKING_DIRECTORY ${folder} VERBATIM)
 endfunction()

@@ -1,6 +1,6 @@
 # find_package(TesselSLB) reads this file. It defines three targets: TesselSLB::TesselSLB for broker hosts
 # and for clients that call the module itself, TesselSLB::Client for the C++ client library, and
-# TesselSLB::C for the C interface.
+# TesselSLB::C for the C interface. The function tessel_deploy(TARGET) makes a program of yours ready to run.
 if(TARGET TesselSLB::TesselSLB)
   return()
 endif()
@@ -37,3 +37,14 @@ set_target_properties(TesselSLB::C PROPERTIES
 unset(_before)
 unset(_after)
 unset(_prefix)
+
+# tessel_deploy(TARGET) copies both DLLs into the folder of the program, because Windows looks for them there.
+# With MinGW-w64, the program also contains the compiler's own libraries, so that it needs no other DLLs.
+function(tessel_deploy target)
+  if(MINGW)
+    target_link_options(${target} PRIVATE -static)
+  endif()
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:TesselSLB::TesselSLB>
+      $<TARGET_FILE:TesselSLB::C> $<TARGET_FILE_DIR:${target}> VERBATIM)
+endfunction()

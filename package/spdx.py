@@ -1,4 +1,4 @@
-"""spdx.py FOLDER VERSION TIME: adds the licence texts and the SPDX document TesselSLB.spdx.json to a package.
+"""spdx.py FOLDER VERSION TIME: adds the SPDX document TesselSLB.spdx.json to a package.
 
 The document (SPDX 2.3) lists our files, and the libraries that are linked statically. TIME, in seconds since 1970,
 is the time of the document.
@@ -12,27 +12,10 @@ import time
 from pathlib import Path
 
 from archive import checksum, files_of
+from licenses import LIBRARIES
 
-# The libraries that are linked statically: name, licence, the Debian package that they come from, and the
-# files that contain them. LicenseRef-mingw-w64 stands for the licences in licenses/mingw-w64.txt.
+DLLS = ["bin/TesselSLB_x64.dll", "bin/TesselSLB_c.dll", "node/tesselslb-1.0.0.tgz"]
 TOOLS = ["bin/SceneBroker.exe", "bin/tessel.exe"]
-ALL = ["bin/TesselSLB_x64.dll", "bin/TesselSLB_c.dll"] + TOOLS
-GCC_LICENSE = "GPL-3.0-or-later WITH GCC-exception-3.1"
-LIBRARIES = [
-    ("libstdc++", GCC_LICENSE, "g++-mingw-w64-x86-64-posix", ALL),
-    ("libgcc", GCC_LICENSE, "gcc-mingw-w64-x86-64-posix-runtime", ALL),
-    ("mingw-w64", "LicenseRef-mingw-w64", "mingw-w64-x86-64-dev", ALL),
-    ("CLI11", "BSD-3-Clause", "libcli11-dev", TOOLS),
-    ("nlohmann-json", "MIT", "nlohmann-json3-dev", TOOLS),
-]
-
-
-def copy_licenses(folder):
-    """Copies the licence texts from the Debian packages, because the project does not hold them."""
-    folder.mkdir()
-    for name, _, package, _ in LIBRARIES:
-        (folder / f"{name}.txt").write_bytes(Path("/usr/share/doc", package, "copyright").read_bytes())
-    (folder / "GPL-3.txt").write_bytes(Path("/usr/share/common-licenses/GPL-3").read_bytes())
 
 
 def debian_version(package):
@@ -69,10 +52,9 @@ def package_entry(name, version, licence, **more):
     }
 
 
-def library_entries():
-    return [package_entry(name, debian_version(package), licence, filesAnalyzed=False,
-                          comment=f"from the Debian package {package}")
-            for name, licence, package, _ in LIBRARIES]
+def library_entry(library):
+    return package_entry(library.name, debian_version(library.package), library.licence, filesAnalyzed=False,
+                         comment=f"from the Debian package {library.package}")
 
 
 def relationship(element, kind, related):
@@ -83,8 +65,10 @@ def relationships(files):
     ours = spdx_id("Package", "TesselSLB")
     result = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", ours)]
     result += [relationship(ours, "CONTAINS", file["SPDXID"]) for file in files]
-    for name, _, _, users in LIBRARIES:
-        result += [relationship(spdx_id("File", user), "STATIC_LINK", spdx_id("Package", name)) for user in users]
+    for library in LIBRARIES:
+        users = DLLS + TOOLS if library.in_dlls else TOOLS
+        result += [relationship(spdx_id("File", user), "STATIC_LINK", spdx_id("Package", library.name))
+                   for user in users]
     return result
 
 
@@ -113,7 +97,7 @@ def document(folder, version, seconds):
             "created": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(seconds)),
             "creators": ["Tool: TesselSLB-package.sh"],
         },
-        "packages": [ours, *library_entries()],
+        "packages": [ours, *map(library_entry, LIBRARIES)],
         "files": files,
         "relationships": relationships(files),
         "hasExtractedLicensingInfos": [{
@@ -126,6 +110,5 @@ def document(folder, version, seconds):
 
 if __name__ == "__main__":
     target = Path(sys.argv[1])
-    copy_licenses(target / "licenses")
     text = json.dumps(document(target, sys.argv[2], int(sys.argv[3])), indent=1)
     (target / "TesselSLB.spdx.json").write_text(text + "\n", encoding="utf-8")

@@ -3,7 +3,17 @@
 // the window. For C11 and C++17. "The module" is TesselSLB_x64.dll.
 //
 // Calls: call InitComm once. For each request call ReadMessage, and then WriteMessage exactly once.
-// If ReadMessage fails, do not call WriteMessage. Finally call UninitComm.
+// If ReadMessage fails, do not call WriteMessage. Finally call UninitComm. This host answers every
+// request with the status 102:
+//
+//     wchar_t request[65536];
+//     unsigned long size = 65536;
+//     int code = InitComm(SL_TAILORED_URI, 0xFFFFFFFF, L"http://shop.example/orders.html");
+//     while (code == 0 || code == -6 || code == -7 || code == -15) {
+//       code = ReadMessage(request, &size);
+//       if (code == 0) code = WriteMessage(L"[102]");
+//     }
+//     UninitComm();
 //
 // Threads: one thread at a time may call InitComm, ReadMessage and WriteMessage. Any thread may
 // call UninitComm at any moment, even while another thread is in ReadMessage or WriteMessage. After
@@ -13,7 +23,9 @@
 // leave the functions: std::bad_alloc when memory is exhausted, and std::system_error from InitComm
 // when the pipe's security cannot be set up.
 //
-// Texts are UTF-16. Requests and answers are JSON arrays, but these functions do not check that.
+// Texts are UTF-16. Requests and answers are JSON arrays, but these functions do not check that. A
+// request begins with the number of its command, an answer with a status. docs/protocol.md lists
+// all requests and answers.
 #pragma once
 
 #include <windows.h>

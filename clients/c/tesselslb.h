@@ -13,6 +13,7 @@
 //         tessel_content_find_first(content, &search, &user, &error) == 0 && user != 0) {
 //       tessel_element_set_value(user, L"Ada", &error);
 //     }
+//     _setmode(2 /*stderr*/, _O_U8TEXT);  // so that all letters are printed; in <io.h>, <fcntl.h>
 //     if (error != NULL) fwprintf(stderr, L"%ls; %ls\n", error->meaning, error->cure);
 //     tessel_error_free(error);
 //     if (user != 0) tessel_element_release(user, NULL);

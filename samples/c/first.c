@@ -1,4 +1,6 @@
 // Reads the note of the scene "Orders", and writes another one.
+#include <fcntl.h>
+#include <io.h>
 #include <stdio.h>
 
 #include <tesselslb.h>
@@ -9,6 +11,7 @@ int main(void) {
   tessel_element note = 0;
   wchar_t* text = NULL;
   tessel_error* error = NULL;
+  _setmode(1 /*stdout*/, _O_U8TEXT);  // wprintf stops at a letter such as U+00E9 otherwise
   if (tessel_content_open_title(L"Orders", L"https://orders.example:8443/desk/", SL_NO_URI,
                                 &content, &error) == 0 &&
       tessel_wait_until_there(content, &search, 10000, 250, &note, &error) == 0 &&

@@ -40,6 +40,9 @@ for sample in samples/cpp/first.cpp samples/c/first.c samples/node/first.mjs; do
   [ "$(wc -l <"$sample")" -le 40 ] || { echo "$sample is longer than 40 lines"; missing=1; }
 done
 shows clients/node/README.md samples/node/first.mjs
+for origin in $(sed -nE 's/^set\(TESSEL_HTTP_ORIGIN "(.*)"\)$/\1/p' CMakeLists.txt); do
+  grep -qF "$origin" docs/protocol.md || { echo "docs/protocol.md does not name $origin"; missing=1; }
+done
 python3 tests/support/check_links.py ./*.md docs/*.md tests/README.md package/README.md clients/node/README.md ||
   missing=1
 exit "$missing"

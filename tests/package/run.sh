@@ -64,7 +64,7 @@ for language in cpp c; do
 done
 # The sample in C also for Microsoft's ABI. Uses MinGW's headers, but not its printf functions and start code,
 # because these are for GNU's linker.
-import msvcrt wprintf exit
+import msvcrt _setmode wprintf exit
 mkdir "$tree/samples/c/microsoft"
 echo 'int main(void); void exit(int code); void Start(void) { exit(main()); }' >"$work/start.c"
 for source in "$tree/samples/c/first.c" "$work/start.c"; do
