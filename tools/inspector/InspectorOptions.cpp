@@ -3,6 +3,7 @@
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/InspectorError.h"
 #include "tools/inspector/OptionParts.h"
+#include "tools/inspector/ToolCommand.h"
 #include "tools/shared/CommandLine.h"
 
 namespace {
@@ -17,9 +18,21 @@ void AddTargetOptions(CLI::App& app, Target target, InspectorOptions& options) {
   AddParentOption(app, options);
 }
 
+void AddJsonOption(CLI::App& command, InspectorOptions& options) {
+  command.add_flag("--json", options.json, "Report in JSON");
+}
+
+void AddTool(CLI::App& app, const ToolCommand& command, InspectorOptions& options) {
+  CLI::App& subcommand = *app.add_subcommand(command.name, command.description);
+  AddJsonOption(subcommand, options);
+  if (command.addOptions != nullptr) command.addOptions(subcommand, options);
+  subcommand.callback([&command, &options] { options.toolCommand = &command; });
+}
+
 void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions& options) {
   CLI::App& subcommand = *app.add_subcommand(command.name, command.description);
   AddContentOptions(subcommand, options);
+  AddJsonOption(subcommand, options);
   AddTargetOptions(subcommand, command.target, options);
   if (command.addOptions != nullptr) command.addOptions(subcommand, options);
   subcommand.callback([&command, &options] {
@@ -41,5 +54,6 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
        {LookupCommands(), ElementCommands(), ActionCommands(), TreeCommands()}) {
     for (const InspectorCommand& command : commands) AddCommand(app, command, options);
   }
+  for (const ToolCommand& command : ExplainCommands()) AddTool(app, command, options);
   return tools::ParseCommandLine(app);
 }

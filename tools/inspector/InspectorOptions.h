@@ -10,6 +10,7 @@
 #include <vector>
 
 struct InspectorCommand;
+struct ToolCommand;
 
 // The three texts of the argument "A,B,C". An empty text matches everything.
 using SearchTexts = std::array<std::string, 3>;
@@ -22,7 +23,9 @@ inline constexpr char kStatesPart[] = "states";
 inline constexpr const char* kParts[] = {kParentsPart, kAttributesPart, kItemsPart, kStatesPart};
 
 struct InspectorOptions {
+  // The command: one of these two is set.
   const InspectorCommand* command = nullptr;
+  const ToolCommand* toolCommand = nullptr;
   bool json = false;
 
   std::string window;
@@ -40,7 +43,8 @@ struct InspectorOptions {
   bool NamesElement() const { return at || focus || find; }
 
   // Options that only some commands have.
-  std::string text;  // get: the attribute's name; set: the new value; select: the item's text
+  // get: the attribute's name; set: the new value; select: the item's text; explain: the code
+  std::string text;
   std::optional<SearchTexts> search;  // find: the texts to search for
   int levels = 0;                     // find: how many levels to search; 0 means all
   bool containing = false;            // find: texts match if they are contained

@@ -54,7 +54,6 @@ void AddContentOptions(CLI::App& command, InspectorOptions& options) {
   tools::AddSchemeOption(command, options.scheme,
                          "The broker's scheme, if you know it; otherwise tessel searches. --focus "
                          "always searches");
-  command.add_flag("--json", options.json, "Report in JSON");
 }
 
 void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequired) {

@@ -22,7 +22,7 @@ CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,
 // Adds --option, an integer that is sent to the broker with a point.
 CLI::Option* AddPointOption(CLI::App& app, InspectorOptions& options);
 
-// Adds the options that every command has.
+// Adds the options that name the content: --window, --address and --scheme.
 void AddContentOptions(CLI::App& command, InspectorOptions& options);
 
 // These functions add the options that select an element, and --parent, which selects an ancestor

@@ -12,6 +12,10 @@ std::string RectText(const Json& rect) {
   return '[' + text + ']';
 }
 
+std::string TextOf(const Json& json) {
+  return json.dump(2 /*indent*/, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
+}
+
 Report::Report(const tessel::Element& element) { Add("element", tessel::Narrow(element.Id())); }
 
 void Report::Add(const std::string& key, const std::string& text) {
@@ -41,8 +45,4 @@ void Report::AddTexts(const std::string& key, const std::vector<std::wstring>& t
     entries.push_back({tessel::Narrow(text), tessel::Printable(tessel::Narrow(text))});
   }
   AddList(key, entries);
-}
-
-std::string Report::JsonText() const {
-  return json_.dump(2 /*indent*/, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
 }

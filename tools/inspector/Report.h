@@ -15,6 +15,9 @@ Json RectJson(const RECT& rect);
 // Returns "[left, top, right, bottom]".
 std::string RectText(const Json& rect);
 
+// Returns the JSON text that tessel prints: indented, in UTF-8, and with a line feed at the end.
+std::string TextOf(const Json& json);
+
 class Report {
  public:
   struct Entry {
@@ -38,7 +41,7 @@ class Report {
   void AddLine(const std::string& line) { lines_ += line + '\n'; }
 
   std::string Lines() const { return lines_; }
-  std::string JsonText() const;
+  std::string JsonText() const { return TextOf(json_); }
 
  private:
   Json json_ = Json::object();

@@ -1,0 +1,20 @@
+// Part of tessel. The commands that are not about one content. Such a command makes no Inspection,
+// prints its own report, and chooses its own exit code. Each file that carries out such commands
+// has a table of them.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <span>
+
+#include "tools/inspector/InspectorOptions.h"
+
+struct ToolCommand {
+  const char* name;
+  const char* description;
+  // Returns the exit code. May throw InspectorError. Every command has the option --json.
+  int (*run)(const InspectorOptions& options);
+  // Adds the options that only this command has. Null if the command has no such options.
+  void (*addOptions)(CLI::App& command, InspectorOptions& options) = nullptr;
+};
+
+std::span<const ToolCommand> ExplainCommands();  // defined in ExplainCommand.cpp
