@@ -9,11 +9,10 @@
 #include "UTILITY/VistaSpecific.h"
 #include "internal/SafeObject.h"
 #include "logging/Log.h"
+#include "wire/StartupFiles.h"
 #include "wire/Timeouts.h"
 
 namespace {
-
-constexpr wchar_t kMutexName[] = L"SLINJECT{EAE422D8-9B4C-4395-B672-8EDDCDBA226E}";
 
 bool IsUsable(HWND window) { return window != nullptr && ::IsWindow(window); }
 
@@ -57,7 +56,8 @@ int InjectBroker(HWND window) {
     LOG_ERROR("Invalid window");
     return SL_INVALID_ARGUMENT;
   }
-  const SafeHandle mutex(::CreateMutexW(GetPipeSecurityAttributes(), FALSE /*owned*/, kMutexName));
+  const SafeHandle mutex(
+      ::CreateMutexW(GetPipeSecurityAttributes(), FALSE /*owned*/, wire::kInjectionMutex));
   if (!mutex) {
     LOG_ERROR("Cannot create mutex");
     return SL_FAILURE;
@@ -79,7 +79,7 @@ int RunInjector(HWND window, DWORD processId) {
     LOG_ERROR("Invalid arguments");
     return SL_INVALID_ARGUMENT;
   }
-  const std::wstring injector = PathBesideModule(L"slinject.exe");
+  const std::wstring injector = PathBesideModule(wire::kInjector);
   const std::wstring commandLine =
       L"slinject.exe --pid=" + std::to_wstring(static_cast<int>(processId));
   LOG_INFO("slinject.exe=%ls", injector.c_str());

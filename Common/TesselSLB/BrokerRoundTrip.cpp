@@ -1,22 +1,15 @@
 #include "TesselSLB/BrokerRoundTrip.h"
 
-#include <vector>
-
 #include "TesselSLB/BrokerInjection.h"
 #include "TesselSLB/BrokerPipe.h"
 #include "TesselSLB/BrokerStartup.h"
 #include "UTILITY/JbPipe.h"
 #include "logging/Log.h"
 #include "wire/Addresses.h"
+#include "wire/SearchOrder.h"
 #include "wire/Timeouts.h"
 
 namespace {
-
-std::vector<SLUriScheme> SchemesToTry(std::wstring_view address) {
-  std::vector<SLUriScheme> schemes = {SL_TAILORED_URI};
-  if (const std::optional<SLUriScheme> own = wire::GetUriScheme(address)) schemes.push_back(*own);
-  return schemes;
-}
 
 bool EnsureBroker(DWORD scheme, std::wstring_view address, const std::wstring& pipeName) {
   if (BrokerPipeExists(pipeName, 0 /*wait*/)) return true;
@@ -84,7 +77,7 @@ int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
 int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
                                  std::wstring_view address) {
   int result = SL_NOT_SERVED;
-  for (const DWORD candidate : SchemesToTry(address)) {
+  for (const DWORD candidate : wire::SchemesToTry(address)) {
     LOG_INFO("Prepare to send message for %s scheme", wire::SchemeName(candidate));
     result = SendMessageToBroker(candidate, request, answer, address);
     if (result == SL_SUCCESS) scheme = candidate;

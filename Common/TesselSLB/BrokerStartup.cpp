@@ -12,11 +12,10 @@
 #include "TesselSLB/HiddenProcess.h"
 #include "TesselSLB/ModuleDirectory.h"
 #include "logging/Log.h"
+#include "wire/StartupFiles.h"
 #include "wire/Timeouts.h"
 
 namespace {
-
-constexpr wchar_t kPackageFile[] = L"SLBroker.xap";
 
 std::wstring Quoted(std::wstring_view text) {
   return std::wstring(L"\"").append(text).append(L"\"");
@@ -38,7 +37,7 @@ std::wstring GetBrokerOrigin(DWORD scheme) {
     case SL_HTTPS_URI:
       return Quoted(L"" TESSEL_HTTPS_ORIGIN);
     case SL_FILE_URI:
-      return Quoted(L"file://" + GetModuleDirectory() + kPackageFile);
+      return Quoted(L"file://" + GetModuleDirectory() + wire::kBrokerPackage);
     default:
       LOG_ERROR("Unknown URI scheme %i", scheme);
       return {};
@@ -56,7 +55,7 @@ bool FindLauncher(std::wstring& path) {
     LOG_ERROR("Cannot get program files folder");
     return false;
   }
-  if (!::PathAppendW(buffer.get(), L"Microsoft Silverlight\\sllauncher.exe") ||
+  if (!::PathAppendW(buffer.get(), wire::kLauncherInProgramFiles) ||
       !::PathFileExistsW(buffer.get())) {
     LOG_ERROR("Cannot find sllauncher.exe");
     return false;
@@ -66,7 +65,7 @@ bool FindLauncher(std::wstring& path) {
 }
 
 bool LaunchBroker(DWORD scheme, std::wstring_view address) {
-  const std::wstring package = PathBesideModule(kPackageFile);
+  const std::wstring package = PathBesideModule(wire::kBrokerPackage);
   std::wstring launcher;
   if (!FindLauncher(launcher)) {
     // The texts that the module logs are part of its interface, because users search for them. Keep

@@ -5,16 +5,15 @@
 #include "tools/inspector/OptionText.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
-#include "wire/Addresses.h"
+#include "wire/SearchOrder.h"
 
 namespace {
 
-// Returns the longest duration of a search for the broker, in milliseconds. A search asks the
-// tailored broker and, if the address begins with a known scheme, the broker of that scheme. If
-// neither broker shows the content, the search injects a broker and asks them again.
+// Returns the longest duration of a search for the broker, in milliseconds. If no broker shows the
+// content, the search injects a broker and asks all of them again.
 std::uint32_t LongestSearch(const std::string& address) {
-  const bool hasOwnScheme = wire::GetUriScheme(tessel::Wide(address)).has_value();
-  const std::uint32_t brokers = (hasOwnScheme ? 2 : 1) * wire::kLongestRoundTripMilliseconds;
+  const auto count = static_cast<std::uint32_t>(wire::SchemesToTry(tessel::Wide(address)).size());
+  const std::uint32_t brokers = count * wire::kLongestRoundTripMilliseconds;
   return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
