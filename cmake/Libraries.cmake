@@ -48,3 +48,22 @@ function(tessel_product target)
     COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${file} $<TARGET_FILE:${target}>
     WORKING_DIRECTORY ${folder} VERBATIM)
 endfunction()
+
+# tessel_load_module_late(TARGET) links the target with the module so that the program loads the module when it
+# first calls one of its functions.
+function(tessel_load_module_late target)
+  if(MSVC)
+    target_link_libraries(${target} PRIVATE TesselSLB delayimp)
+    target_link_options(${target} PRIVATE /DELAYLOAD:TesselSLB_x64.dll)
+    return()
+  endif()
+  set(library ${CMAKE_CURRENT_BINARY_DIR}/libTesselSLB_late.a)
+  set(definitions ${PROJECT_BINARY_DIR}/generated/TesselSLB.def)
+  # The working folder keeps the folder's name out of the symbols.
+  add_custom_command(OUTPUT ${library}
+    COMMAND ${CMAKE_DLLTOOL} -d ${definitions} -D TesselSLB_x64.dll --output-delaylib libTesselSLB_late.a
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} DEPENDS TesselSLB ${definitions} VERBATIM)
+  add_custom_target(${target}_late DEPENDS ${library})
+  add_dependencies(${target} ${target}_late TesselSLB)
+  target_link_libraries(${target} PRIVATE ${library})
+endfunction()

@@ -19,6 +19,21 @@ void ExpectAllReleased(SceneBroker& broker) {
   EXPECT_TRUE(std::regex_match(summary, even)) << summary;
 }
 
+// Runs the commands of a transcript, and compares the transcript with the same text that holds
+// their real output and exit codes. `run` runs a command and returns both.
+template <class Run>
+void ExpectTranscript(const std::string& name, Run run) {
+  std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
+  std::string expected, actual;
+  for (std::string line; std::getline(transcript, line); expected += line + '\n') {
+    if (!line.starts_with("$ tessel ")) continue;
+    const auto& [code, output] = run(line.substr(9));
+    actual += line + '\n' + output;
+    if (code != 0) actual += "exit " + std::to_string(code) + '\n';
+  }
+  EXPECT_EQ(actual, expected) << name;
+}
+
 // A transcript holds command lines, their output, and their exit code if it is not 0. PROCESS and
 // WINDOW stand for the broker's process id and window, OWN and TWIN for two windows of this process
 // that have the title "twins". The commands run in order, so each command sees the changes of
@@ -40,22 +55,82 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
     handles["WINDOW"] = broker.Fact("window");
     // Replaces the process id only after "process", because other numbers may be equal to it.
     const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
-    std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
-    std::string expected, actual;
-    for (std::string line; std::getline(transcript, line); expected += line + '\n') {
-      if (!line.starts_with("$ tessel ")) continue;
-      const std::string command =
-          std::regex_replace(line.substr(9), std::regex("OWN"), handles["OWN"]);
+    ExpectTranscript(name, [&](const std::string& line) {
+      const std::string command = std::regex_replace(line, std::regex("OWN"), handles["OWN"]);
       auto [code, output] = ToolOutput(broker.InspectorLine(command));
       for (const auto& [word, handle] : handles)
         output = std::regex_replace(output, std::regex(handle + "\\b"), word);
-      output = std::regex_replace(output, process, "$1PROCESS");
-      actual += line + '\n' + output;
-      if (code != 0) actual += "exit " + std::to_string(code) + '\n';
-    }
-    EXPECT_EQ(actual, expected) << name;
+      return std::pair(code, std::regex_replace(output, process, "$1PROCESS"));
+    });
     ExpectAllReleased(broker);
   }
+  ExpectTranscript("alone",
+                   [](const std::string& line) { return ToolOutput(L"tessel.exe " + Wide(line)); });
+}
+
+// The outputs hold times, or windows that do not belong to the test.
+TEST(InspectorTest, CountsCallsAndFindsServedWindows) {
+  SceneBroker broker(TESSEL_SCENES "/login.json");
+  const std::string time = "[0-9.]+ ms";
+  const std::pair<std::wstring, std::string> kCases[] = {
+      {broker.InspectorLine("find ,,branch --stats"),
+       "\ncalls: 2, " + time + ", longest: \\w+, " + time + "\n  FindCollection: 1, " + time +
+           ", longest: " + time + "\n  ReleaseObj: 1, "},
+      {broker.InspectorLine("at 1,1 --scheme http --stats"),
+       "^calls: 1, [^]*\ntessel: cannot find the element"},
+      {broker.InspectorLine("at 1,-1 --json --stats"),
+       "^[{]\"stats\":[{]\"calls\":1,.*\n[{]\"error\":[{]\"code\":null,.*\"exit\":1[}][}]\n$"},
+      {L"tessel.exe windows --address" + Quoted(broker.Fact("address")),
+       "\n  " + broker.Fact("window") + ' ' + broker.Fact("process") +
+           " SceneBroker[.]exe \"Café Größe – Sign in\" served by: tailored\n[^]*\npipes: 1\n"},
+  };
+  for (const auto& [line, output] : kCases) {
+    const std::string actual = ToolOutput(line).second;
+    EXPECT_TRUE(std::regex_search(actual, std::regex(output))) << Narrow(line) << '\n' << actual;
+  }
+  ExpectAllReleased(broker);
+}
+
+// Each line that `explain` shows must be in the sources of the module. A line "LEVEL TEXT" is there
+// as a call LOG_LEVEL("TEXT"...), or with a prefix in the text.
+TEST(InspectorTest, ExplainsWithLinesThatTheModuleLogs) {
+  std::string sources;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(TESSEL_SOURCE "/Common")) {
+    if (file.path().extension() == ".cpp") sources += FileText(file.path().string());
+  }
+  const auto explained =
+      nlohmann::json::parse(ToolOutput(L"tessel.exe explain --json").second, nullptr, false);
+  int lines = 0;
+  for (const auto& code : explained.at("codes")) {
+    for (const std::string line : code.at("log")) {
+      EXPECT_THAT(sources, HasSubstr(Cut(line, " ").second + '"')) << line;
+      ++lines;
+    }
+  }
+  EXPECT_GT(lines, 50);
+}
+
+// Without the module, a command that needs it names it, and the others work.
+TEST(InspectorTest, NamesTheMissingModule) {
+  const auto folder = std::filesystem::temp_directory_path() / "tessel-alone";
+  std::filesystem::create_directories(folder);
+  std::filesystem::copy_file(TestFolder() + L"tessel.exe", folder / "tessel.exe",
+                             std::filesystem::copy_options::overwrite_existing);
+  const std::tuple<std::string, DWORD, std::string> kCases[] = {
+      {"explain -9", 0, "SL_BROKER_NOT_STARTED"},
+      {"windows", 0, "windows: "},
+      {"--version", 0, "cannot load TesselSLB_x64.dll"},
+      {"tree --window x --address y", 5,
+       "tessel: cannot load TesselSLB_x64.dll: there is no such file; put it beside tessel.exe\n"
+       "  looked in: " +
+           Narrow(folder.wstring()) + ", "},
+  };
+  for (const auto& [command, code, output] : kCases) {
+    ChildProcess tessel((folder / "tessel.exe ").wstring() + Wide(command));
+    EXPECT_THAT(tessel.ReadToEnd(), HasSubstr(output)) << command;
+    EXPECT_EQ(tessel.Wait(), code) << command;
+  }
+  std::filesystem::remove_all(folder);
 }
 
 // Each row has a command, its notice or "", the broker's answer, the exit code, and a part of the

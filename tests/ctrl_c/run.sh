@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # run.sh BUILD: tests Ctrl-C. The test sends SIGINT, which Wine delivers as Ctrl-C. A broker must then print
 # its summary and end, whether it has served a request or not. If a broker still waits for a client that does
-# not read its answer, a second Ctrl-C must end the broker at once, without the summary.
+# not read its answer, a second Ctrl-C must end the broker at once, without the summary. Ctrl-C must also end
+# tessel at once while it waits for a call.
 set -eu
 work=$1/ctrl-c-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
@@ -20,6 +21,21 @@ stop_broker 1
 start_broker "$bin" $address
 "$wine" "$bin/test_parts.exe" mute "$(fact pipe)" &
 wait_for served
+
+# The broker is busy, so a call waits.
+"$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address \
+  2>"$work/tessel.txt" &
+tessel=$!
+until grep -q "waiting for the broker" "$work/tessel.txt"; do
+  kill -0 "$tessel" || fail "tessel ended before Ctrl-C"
+  sleep 0.1
+done
+kill -INT "$tessel"
+code=0
+wait "$tessel" || code=$?
+[ "$code" = 130 ] || fail "tessel ended with $code"
+grep -q "^tessel: ended by Ctrl-C; nothing was released" "$work/tessel.txt" || fail "tessel does not say why it ended"
+
 signals=0
 while kill -INT "$broker" 2>/dev/null; do
   signals=$((signals + 1))

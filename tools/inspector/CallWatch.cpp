@@ -9,11 +9,15 @@ void CallWatch::Announce(const std::string& what, std::uint32_t longestMilliseco
   longestMilliseconds_ = longestMilliseconds;
 }
 
-// For a release, Begin makes the text of the notice itself. Nobody calls Announce before a release,
-// because destructors release the elements.
 void CallWatch::Begin(const tessel::Call& call) {
-  ++calls_;
   lastCall_ = call;
+  if (notices_) StartNotice(call);
+  statistics_.Begin(call.function);
+}
+
+// For a release, makes the text of the notice itself. Nobody calls Announce before a release,
+// because destructors release the elements.
+void CallWatch::StartNotice(const tessel::Call& call) {
   if (std::string_view(call.function) == "ReleaseObj") {
     notice_.emplace("release element " + tessel::Quoted(call.elementId),
                     wire::kLongestRoundTripMilliseconds);
@@ -23,6 +27,7 @@ void CallWatch::Begin(const tessel::Call& call) {
 }
 
 void CallWatch::End(const tessel::Call& /*call*/, int code) noexcept {
+  statistics_.End();
   notice_.reset();
   lastCode_ = code;
 }

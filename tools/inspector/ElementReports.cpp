@@ -1,8 +1,21 @@
 // Part of tessel. The commands that read one element.
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
+#include "tools/inspector/OptionText.h"
 
 namespace {
+
+// Adds a value for --find. Its backslashes must stay as they are in the line, so that the user can
+// copy it. Adds nothing if all texts are empty, because this value would match every element.
+void AddFindText(Report& report, const SearchTexts& texts) {
+  const std::string text = TextOf(texts);
+  if (text == ",,") return;
+  std::string withoutBackslashes = text;
+  std::erase(withoutBackslashes, '\\');
+  const bool isPrintable = tessel::Printable(withoutBackslashes) == withoutBackslashes;
+  report.SetField("find", text);
+  report.AddLine("find: " + (isPrintable ? text : tessel::Printable(text)));
+}
 
 Report ReportIdentity(Inspection& inspection) {
   tessel::Element element = inspection.FindElement();
@@ -18,6 +31,8 @@ Report ReportIdentity(Inspection& inspection) {
   report.Add("text2", tessel::Narrow(identity.text2));
   report.Add("text3", tessel::Narrow(identity.text3));
   report.Add("number", identity.number);
+  AddFindText(report, {tessel::Narrow(identity.text1), tessel::Narrow(identity.text2),
+                       tessel::Narrow(identity.text3)});
   return report;
 }
 

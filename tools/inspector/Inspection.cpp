@@ -3,19 +3,12 @@
 #include <utility>
 
 #include "tools/inspector/OptionText.h"
+#include "tools/inspector/WindowList.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
 #include "wire/SearchOrder.h"
 
 namespace {
-
-// Returns the longest duration of a search for the broker, in milliseconds. If no broker shows the
-// content, the search injects a broker and asks all of them again.
-std::uint32_t LongestSearch(const std::string& address) {
-  const auto count = static_cast<std::uint32_t>(wire::SchemesToTry(tessel::Wide(address)).size());
-  const std::uint32_t brokers = count * wire::kLongestRoundTripMilliseconds;
-  return brokers + wire::kLongestInjectionMilliseconds + brokers;
-}
 
 // Returns the text by which messages name what the options select.
 std::string TargetName(const InspectorOptions& options) {
@@ -23,6 +16,15 @@ std::string TargetName(const InspectorOptions& options) {
   if (options.focus) return "the focused element";
   if (options.find) return "the element that matches " + tessel::Quoted(TextOf(*options.find));
   return "the content";
+}
+
+// Adds titles that the user may have meant, if no window has the given title.
+tessel::Error WithSimilarTitles(tessel::Error error, const InspectorOptions& options) {
+  const bool isTitle = tools::HandleFromText(options.window) == nullptr;
+  if (isTitle && tessel::WindowsWithTitle(tessel::Wide(options.window)).empty()) {
+    error.cure += SimilarTitles(options.window);
+  }
+  return error;
 }
 
 tessel::Content OpenContent(const InspectorOptions& options) {
@@ -33,14 +35,17 @@ tessel::Content OpenContent(const InspectorOptions& options) {
     if (window != nullptr) return {window, address, scheme};
     return {tessel::Wide(options.window), address, scheme};
   } catch (const tessel::Error& error) {
-    throw MakeCallFailure("find " + TargetName(options), error);
+    throw MakeCallFailure("find " + TargetName(options), WithSimilarTitles(error, options), scheme);
   }
 }
 
 }  // namespace
 
 Inspection::Inspection(const InspectorOptions& options)
-    : options_(options), content_(OpenContent(options)) {
+    : options_(options),
+      watch_(!options.json),
+      content_(OpenContent(options)),
+      scheme_(content_.Scheme()) {
   content_.Observe(&watch_);
 }
 
@@ -53,37 +58,32 @@ tessel::Element Inspection::FindNamed() {
   if (options_.at) return FindAt(*options_.at);
   if (options_.find) return FindOnly(*options_.find);
   if (std::optional<tessel::Element> found = FindFocused()) return std::move(*found);
-  throw NothingThere("find the focused element",
-                     "no element has the focus; name one with --at or --find");
+  throw NothingThere("find the focused element", "no element has the focus",
+                     "name one with --at or --find");
 }
 
 tessel::Element Inspection::FindAt(POINT point) {
   const std::string what = "find " + TargetName(options_);
-  AnnounceSearch(what, content_.Scheme());
-  auto found = Explained(what, [&] { return content_.At(point, options_.option); });
-  if (found) return std::move(*found);
-  throw NothingThere(what, "there is none; try another point");
+  auto found = Search(what, content_.Scheme(), [&] { return content_.At(point, options_.option); });
+  if (!found) throw NothingThere(what, "there is none", "try another point");
+  Remember(*found);
+  return std::move(*found);
 }
 
 tessel::Element Inspection::FindOnly(const SearchTexts& texts) {
   const std::string what = "find " + TargetName(options_);
   std::vector<tessel::Element> found = Find(what, SearchFor(texts));
   if (found.size() == 1) return std::move(found.front());
-  throw NothingThere(
-      what, std::to_string(found.size()) + " elements match; " +
-                (found.empty() ? "see what there is with tessel tree"
-                               : "see them with tessel find, and add texts until one is left"));
+  throw NothingThere(what, std::to_string(found.size()) + " elements match",
+                     found.empty() ? "see what there is with tessel tree"
+                                   : "see them with tessel find, and add texts until one is left");
 }
 
-// Uses a Content without a scheme, because Content::Focused() refuses some schemes.
 std::optional<tessel::Element> Inspection::FindFocused() {
   const std::string what = "find the focused element";
-  AnnounceSearch(what, SL_NO_URI);
-  return Explained(what, [&] {
-    tessel::Content content(content_.Window(), tessel::Wide(options_.address));
-    content.Observe(&watch_);
-    return content.Focused();
-  });
+  auto found = Search(what, SL_NO_URI, [&] { return content_.Focused(); });
+  if (found) Remember(*found);
+  return found;
 }
 
 tessel::Element Inspection::AncestorOf(tessel::Element& element, int steps) {
@@ -92,8 +92,8 @@ tessel::Element Inspection::AncestorOf(tessel::Element& element, int steps) {
   if (ancestor) return std::move(*ancestor);
   const std::string name =
       steps == 1 ? "parent" : "ancestor " + std::to_string(steps) + " steps up";
-  throw NothingThere("find the " + name + " of " + NameOf(element),
-                     "it has none; take fewer steps");
+  throw NothingThere("find the " + name + " of " + NameOf(element), "it has none",
+                     "take fewer steps");
 }
 
 std::optional<tessel::Element> Inspection::ParentOf(tessel::Element& child) {
@@ -112,18 +112,23 @@ std::optional<std::vector<std::wstring>> Inspection::Items(tessel::Element& elem
 
 std::vector<tessel::Element> Inspection::Find(const std::string& what,
                                               const tessel::Search& search) {
-  AnnounceSearch(what, content_.Scheme());
-  return Explained(what, [&] { return content_.Find(search); });
+  auto found = Search(what, content_.Scheme(), [&] { return content_.Find(search); });
+  if (!found.empty()) Remember(found.front());
+  return found;
 }
 
-void Inspection::AnnounceSearch(const std::string& what, SLUriScheme scheme) {
-  watch_.Announce(what, scheme == SL_NO_URI ? LongestSearch(options_.address)
-                                            : wire::kLongestRoundTripMilliseconds);
+// If no broker shows the content, a search injects a broker and asks all brokers again.
+std::uint32_t Inspection::LongestCall() const {
+  if (scheme_ != SL_NO_URI) return wire::kLongestRoundTripMilliseconds;
+  const auto count =
+      static_cast<std::uint32_t>(wire::SchemesToTry(tessel::Wide(options_.address)).size());
+  const std::uint32_t brokers = count * wire::kLongestRoundTripMilliseconds;
+  return brokers + wire::kLongestInjectionMilliseconds + brokers;
 }
 
-InspectorError Inspection::NothingThere(const std::string& what,
-                                        const std::string& reasonAndCure) const {
-  return MakeRefusal(ExitCode::kNothingThere, what, reasonAndCure, options_.address);
+InspectorError Inspection::NothingThere(const std::string& what, const std::string& reason,
+                                        const std::string& cure) const {
+  return MakeRefusal(ExitCode::kNothingThere, what, reason, cure, options_.address);
 }
 
 std::string NameOf(const tessel::Element& element) {

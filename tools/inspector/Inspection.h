@@ -21,9 +21,11 @@ class Inspection {
 
   const InspectorOptions& Options() const { return options_; }
   HWND Window() const { return content_.Window(); }
+  const tessel::Content& Content() const { return content_; }
+  const CallStatistics& Statistics() const { return watch_.Statistics(); }
 
   // Returns the number of calls that this run has made until now.
-  long long Calls() const { return watch_.Calls(); }
+  long long Calls() const { return watch_.Statistics().Calls(); }
 
   // Returns the element that the options select.
   tessel::Element FindElement();
@@ -46,8 +48,15 @@ class Inspection {
   // reports the status of the broker.
   template <class Value>
   Value Require(std::optional<Value> value) const {
-    if (!value) throw MakeCallFailure(watch_.What(), watch_.LastError());
+    if (!value) throw MakeCallFailure(watch_.What(), watch_.LastError(), scheme_);
     return std::move(*value);
+  }
+
+  // Waits until a condition about the content is met. `what` is as for Do.
+  template <class Condition>
+  auto WaitFor(const std::string& what, Condition condition, std::chrono::milliseconds timeout) {
+    return Search(what, content_.Scheme(),
+                  [&] { return tessel::WaitUntil(std::move(condition), timeout); });
   }
 
   // Runs `body`, which makes calls about one element. `what` completes the message "cannot ...",
@@ -60,7 +69,8 @@ class Inspection {
 
  private:
   // Makes the error for an element that does not exist.
-  InspectorError NothingThere(const std::string& what, const std::string& reasonAndCure) const;
+  InspectorError NothingThere(const std::string& what, const std::string& reason,
+                              const std::string& cure) const;
 
   // Runs `body`, and turns a tessel::Error into an InspectorError.
   template <class Body>
@@ -68,13 +78,24 @@ class Inspection {
     try {
       return body();
     } catch (const tessel::Error& error) {
-      throw MakeCallFailure(what, error);
+      throw MakeCallFailure(what, error, scheme_);
     }
   }
 
-  // Says what the next call is for, and how long it may take. If `scheme` is SL_NO_URI, the call
-  // searches for the broker.
-  void AnnounceSearch(const std::string& what, SLUriScheme scheme);
+  // Makes a call that may search for the broker. `scheme` is the scheme of the call: SL_NO_URI if
+  // it searches.
+  template <class Body>
+  auto Search(const std::string& what, SLUriScheme scheme, Body body) {
+    scheme_ = scheme;
+    watch_.Announce(what, LongestCall());
+    return Explained(what, body);
+  }
+
+  // Returns the longest duration of a call with the scheme `scheme_`, in milliseconds.
+  std::uint32_t LongestCall() const;
+
+  // Remembers the scheme of the broker that has sent the element. Later calls use this scheme.
+  void Remember(const tessel::Element& element) { scheme_ = element.Record().uriScheme; }
 
   tessel::Element FindNamed();
   tessel::Element FindAt(POINT point);
@@ -83,6 +104,7 @@ class Inspection {
   const InspectorOptions& options_;
   CallWatch watch_;
   tessel::Content content_;
+  DWORD scheme_;  // of the last call; a failure names the pipes of this scheme
 };
 
 // Returns the text by which messages name the element: element "ID".

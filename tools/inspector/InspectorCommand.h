@@ -31,3 +31,4 @@ std::span<const InspectorCommand> LookupCommands();   // defined in LookupReport
 std::span<const InspectorCommand> ElementCommands();  // defined in ElementReports.cpp
 std::span<const InspectorCommand> ActionCommands();   // defined in ActionReports.cpp
 std::span<const InspectorCommand> TreeCommands();     // defined in TreeReport.cpp
+std::span<const InspectorCommand> WaitCommands();     // defined in WaitReport.cpp

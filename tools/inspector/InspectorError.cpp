@@ -1,45 +1,99 @@
 #include "tools/inspector/InspectorError.h"
 
+#include <iostream>
+
+#include "tools/inspector/BrokerPipes.h"
+#include "tools/inspector/Report.h"
+#include "tools/inspector/StartupPaths.h"
+
 namespace {
 
 ExitCode ExitCodeOf(int code) {
   switch (code) {
     case SL_INVALID_ARGUMENT:
       return ExitCode::kUsage;
-    case SL_FAILURE:
     case SL_CANNOT_READ:
+      return ExitCode::kNoAnswer;
     case SL_CANNOT_CONNECT:
+      return ExitCode::kNotConnected;
     case SL_BROKER_NOT_STARTED:
+      return ExitCode::kNotStarted;
     case SL_INJECTOR_NOT_STARTED:
     case SL_INJECTION_FAILED:
-      return ExitCode::kUnreachable;
-    case SL_ARCHIVE_FAILURE:
-    case SL_INVALID_OBJECT:
-      return ExitCode::kUnexpectedAnswer;
-    default:
+      return ExitCode::kInjectionFailed;
+    case SL_NOT_SERVED:
       return ExitCode::kRefused;
+    case tessel::kTimedOut:
+      return ExitCode::kTimedOut;
+    default:
+      return code > SL_SUCCESS ? ExitCode::kRefused : ExitCode::kFailed;
   }
+}
+
+std::string Existing(bool exists) { return exists ? " (exists)" : " (does not exist)"; }
+
+std::string LauncherLine() {
+  const std::wstring path = LauncherPath();
+  return "\n  launcher: " + tessel::Narrow(path) + Existing(FileExists(path));
+}
+
+// Returns the lines that help to find out why no broker could be reached, and an empty text for
+// codes that a broker has caused by its answer.
+std::string SetUpLines(const tessel::Error& error, DWORD scheme) {
+  const ExitCode exitCode = ExitCodeOf(error.code);
+  if (!error.BrokerIsLost() && exitCode != ExitCode::kInjectionFailed) return {};
+  std::string lines;
+  for (const BrokerPipe& pipe : PipesToTry(scheme, error.address)) {
+    lines += "\n  pipe:    " + tessel::Narrow(pipe.name) + Existing(pipe.exists);
+  }
+  if (exitCode == ExitCode::kNotStarted) lines += LauncherLine();
+  return lines +
+         "\n  see:     tessel doctor (checks each step of a call), tessel log, tessel explain " +
+         std::to_string(error.code);
+}
+
+Json ValueOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+std::string JsonLine(const InspectorError& error) {
+  const Failure& failure = error.failure;
+  const Json members = {{"code", failure.code ? Json(*failure.code) : Json()},
+                        {"name", ValueOrNull(failure.name)},
+                        {"meaning", failure.meaning},
+                        {"cure", ValueOrNull(failure.cure)},
+                        {"exit", static_cast<int>(error.exitCode)}};
+  return LineOf(Json{{"error", members}});
 }
 
 }  // namespace
 
-InspectorError MakeRefusal(ExitCode exitCode, const std::string& what,
-                           const std::string& reasonAndCure, const std::string& address) {
-  return {exitCode,
-          "cannot " + what + ": " + reasonAndCure + "\n  address: " + tessel::Printable(address)};
+InspectorError MakeRefusal(ExitCode exitCode, const std::string& what, const std::string& reason,
+                           const std::string& cure, const std::string& address) {
+  return {
+      exitCode,
+      "cannot " + what + ": " + reason + "; " + cure + "\n  address: " + tessel::Printable(address),
+      {.meaning = "cannot " + what + ": " + reason, .cure = cure}};
 }
 
-InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error) {
-  const std::string address = tessel::Narrow(error.address);
+InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error, DWORD scheme) {
+  const std::string address = "\n  address: " + tessel::Printable(tessel::Narrow(error.address));
+  const Failure failure = {error.code, error.name, error.meaning, error.cure};
   // A meaning that is not the one of the table was written for this failure by the client library.
   // It explains enough, so the message leaves out the code.
   if (error.meaning != tessel::DescribeResult(error.code).meaning) {
-    return MakeRefusal(ExitCodeOf(error.code), what, error.meaning + "; " + error.cure, address);
+    return {ExitCodeOf(error.code),
+            "cannot " + what + ": " + error.meaning + "; " + error.cure + address, failure};
   }
-  return {ExitCodeOf(error.code), "cannot " + what + "\n  address: " + tessel::Printable(address) +
-                                      "\n  code:    " + std::to_string(error.code) + " (" +
-                                      error.name + "): " + error.meaning +
-                                      "\n  to do:   " + error.cure};
+  return {ExitCodeOf(error.code),
+          "cannot " + what + address + "\n  code:    " + std::to_string(error.code) + " (" +
+              error.name + "): " + error.meaning + "\n  to do:   " + error.cure +
+              SetUpLines(error, scheme),
+          failure};
+}
+
+int PrintError(const InspectorError& error, bool json) {
+  std::cerr << (json ? JsonLine(error) : "tessel: " + std::string(error.what()) + '\n')
+            << std::flush;
+  return static_cast<int>(error.exitCode);
 }
 
 std::string ExitCodeHelp() {
@@ -48,7 +102,12 @@ std::string ExitCodeHelp() {
          "  1  no such element: none at the point, no focus, no such ancestor, not exactly one "
          "match\n"
          "  2  wrong command line, or not exactly one window with that title or handle\n"
-         "  3  no broker: not started, not connected, or no answer\n"
+         "  3  no broker runs, and none could be started (code -9)\n"
          "  4  the broker refused, with a status of its own\n"
-         "  5  the answer does not fit the request, or any other failure";
+         "  5  the answer does not fit the request, or any other failure\n"
+         "  6  the broker's pipe does not take the request (code -7)\n"
+         "  7  the broker did not answer (code -6)\n"
+         "  8  no broker could be injected (codes -10 and -11)\n"
+         "  9  a wait timed out\n"
+         "  130  ended by Ctrl-C";
 }

@@ -1,7 +1,12 @@
 #include "tools/inspector/InspectorOptions.h"
 
+#include <algorithm>
+#include <utility>
+
+#include "tools/inspector/CommandWords.h"
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/InspectorError.h"
+#include "tools/inspector/ModuleFile.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/ToolCommand.h"
 #include "tools/shared/CommandLine.h"
@@ -16,6 +21,18 @@ void AddTargetOptions(CLI::App& app, Target target, InspectorOptions& options) {
     AddElementOptions(app, options, target == Target::kByOptions);
   }
   AddParentOption(app, options);
+}
+
+void CheckElementOptions(const InspectorOptions& options) {
+  if (options.parentSteps > 0 && !options.NamesElement()) {
+    throw CLI::RequiresError("--parent", "an element: one of --at, --focus and --find");
+  }
+  const SLUriScheme scheme = tools::SchemeFromName(options.scheme);
+  if (options.focus && scheme != SL_NO_URI && scheme != SL_TAILORED_URI) {
+    throw CLI::ValidationError("--scheme",
+                               "the search for the focus asks the tailored broker first; leave "
+                               "--scheme out, or name the element with --at or --find");
+  }
 }
 
 void AddJsonOption(CLI::App& command, InspectorOptions& options) {
@@ -33,14 +50,31 @@ void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions
   CLI::App& subcommand = *app.add_subcommand(command.name, command.description);
   AddContentOptions(subcommand, options);
   AddJsonOption(subcommand, options);
+  AddStatsOption(subcommand, options);
   AddTargetOptions(subcommand, command.target, options);
   if (command.addOptions != nullptr) command.addOptions(subcommand, options);
   subcommand.callback([&command, &options] {
-    if (options.parentSteps > 0 && !options.NamesElement()) {
-      throw CLI::RequiresError("--parent", "an element: one of --at, --focus and --find");
-    }
+    CheckElementOptions(options);
     options.command = &command;
   });
+}
+
+// With --json, every error is JSON. So its text must not be printed here.
+std::optional<int> Parse(CLI::App& app, InspectorOptions& options) {
+  std::vector<std::string> arguments = tools::Arguments();
+  options.json = AskForJson(arguments);
+  CheckWords(app, arguments);
+  try {
+    std::ranges::reverse(arguments);  // CLI11 takes them in this order
+    app.parse(std::move(arguments));
+    return std::nullopt;
+  } catch (const CLI::Success& request) {  // --help or --version
+    return app.exit(request);
+  } catch (const CLI::ParseError& error) {
+    if (options.json) throw InspectorError(ExitCode::kUsage, error.what());
+    app.exit(error);
+    return static_cast<int>(ExitCode::kUsage);
+  }
 }
 
 }  // namespace
@@ -51,9 +85,12 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
   app.require_subcommand(1);
   app.footer("tessel COMMAND --help shows the options of a command.\n\n" + ExitCodeHelp());
   for (const auto commands :
-       {LookupCommands(), ElementCommands(), ActionCommands(), TreeCommands()}) {
+       {LookupCommands(), ElementCommands(), ActionCommands(), TreeCommands(), WaitCommands()}) {
     for (const InspectorCommand& command : commands) AddCommand(app, command, options);
   }
-  for (const ToolCommand& command : ExplainCommands()) AddTool(app, command, options);
-  return tools::ParseCommandLine(app);
+  for (const auto commands : {ExplainCommands(), WindowsCommands()}) {
+    for (const ToolCommand& command : commands) AddTool(app, command, options);
+  }
+  app.set_version_flag("--version", &VersionText, "Print the versions of tessel and the module");
+  return Parse(app, options);
 }

@@ -27,6 +27,7 @@ struct InspectorOptions {
   const InspectorCommand* command = nullptr;
   const ToolCommand* toolCommand = nullptr;
   bool json = false;
+  bool stats = false;
 
   std::string window;
   std::string address;
@@ -43,12 +44,15 @@ struct InspectorOptions {
   bool NamesElement() const { return at || focus || find; }
 
   // Options that only some commands have.
-  // get: the attribute's name; set: the new value; select: the item's text; explain: the code
+  // get, wait: the attribute's name; set: the new value; select: the item's text; explain: the code
   std::string text;
   std::optional<SearchTexts> search;  // find: the texts to search for
   int levels = 0;                     // find: how many levels to search; 0 means all
   bool containing = false;            // find: texts match if they are contained
   int relativeSteps = 0;              // id: how far above the element the ancestor is; 0 means none
+  bool gone = false;                  // wait: until no element matches `find`
+  std::string equals;                 // wait: the text that the attribute must equal
+  double timeoutSeconds = 10;         // wait: the longest wait
   bool off = false;                   // check: uncheck the element
   // tree
   std::vector<std::string> attributes = {"name", "type"};
@@ -57,5 +61,6 @@ struct InspectorOptions {
   std::string svgFile;  // empty: prints the tree instead of drawing it
 };
 
-// If this function returns a value, the tool must end at once with that exit code.
+// If this function returns a value, the tool must end at once with that exit code. Throws
+// InspectorError if the command line is wrong.
 std::optional<int> ReadInspectorOptions(InspectorOptions& options);

@@ -6,6 +6,11 @@
 
 std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
+void AddStatsOption(CLI::App& command, InspectorOptions& options) {
+  command.add_flag("--stats", options.stats,
+                   "Print the number and the times of the calls to standard error");
+}
+
 CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point) {
   const auto store = [name, &point](const std::string& text) {
     point = ParsePoint(text);
@@ -53,7 +58,7 @@ void AddContentOptions(CLI::App& command, InspectorOptions& options) {
       ->check(RefuseEmpty);
   tools::AddSchemeOption(command, options.scheme,
                          "The broker's scheme, if you know it; otherwise tessel searches. --focus "
-                         "always searches");
+                         "always searches, so it allows only tailored");
 }
 
 void AddElementOptions(CLI::App& command, InspectorOptions& options, bool isRequired) {

@@ -14,6 +14,9 @@ inline constexpr int kMostSteps = INT_MAX;
 // A check for CLI11. Returns an error message if `text` is empty, otherwise an empty text.
 std::string RefuseEmpty(const std::string& text);
 
+// Adds --stats.
+void AddStatsOption(CLI::App& command, InspectorOptions& options);
+
 // These functions add an option whose value is "X,Y" or "A,B,C". Any other value is a usage error.
 CLI::Option* AddPoint(CLI::App& app, const std::string& name, std::optional<POINT>& point);
 CLI::Option* AddSearchTexts(CLI::App& app, const std::string& name,

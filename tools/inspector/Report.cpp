@@ -2,6 +2,14 @@
 
 #include <utility>
 
+namespace {
+
+std::string Dumped(const Json& json, int indent) {
+  return json.dump(indent, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace
+
 Json RectJson(const RECT& rect) {
   return Json::array({rect.left, rect.top, rect.right, rect.bottom});
 }
@@ -12,9 +20,9 @@ std::string RectText(const Json& rect) {
   return '[' + text + ']';
 }
 
-std::string TextOf(const Json& json) {
-  return json.dump(2 /*indent*/, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
-}
+std::string TextOf(const Json& json) { return Dumped(json, 2 /*indent*/); }
+
+std::string LineOf(const Json& json) { return Dumped(json, -1 /*no line feeds*/); }
 
 Report::Report(const tessel::Element& element) { Add("element", tessel::Narrow(element.Id())); }
 

@@ -15,8 +15,10 @@ Json RectJson(const RECT& rect);
 // Returns "[left, top, right, bottom]".
 std::string RectText(const Json& rect);
 
-// Returns the JSON text that tessel prints: indented, in UTF-8, and with a line feed at the end.
+// Return the JSON text in UTF-8, with a line feed at the end: TextOf indents it, and LineOf puts it
+// into one line.
 std::string TextOf(const Json& json);
+std::string LineOf(const Json& json);
 
 class Report {
  public:

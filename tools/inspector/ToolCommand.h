@@ -18,3 +18,4 @@ struct ToolCommand {
 };
 
 std::span<const ToolCommand> ExplainCommands();  // defined in ExplainCommand.cpp
+std::span<const ToolCommand> WindowsCommands();  // defined in WindowsCommand.cpp

@@ -2,8 +2,9 @@
 
 #include <shellapi.h>
 
+#include <algorithm>
 #include <memory>
-#include <vector>
+#include <utility>
 
 #include "tools/shared/ConsoleText.h"
 
@@ -18,22 +19,22 @@ constexpr struct {
                 {"https", SL_HTTPS_URI},
                 {"file", SL_FILE_URI}};
 
-// Returns the arguments in UTF-8, in reverse order and without the name of the program, because
-// CLI11 takes them in this form.
-std::vector<std::string> ReversedArguments() {
+}  // namespace
+
+std::vector<std::string> Arguments() {
   int count = 0;
   const std::unique_ptr<wchar_t*, decltype(&::LocalFree)> arguments(
       ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
   std::vector<std::string> result;
-  for (int i = count - 1; i > 0; --i) result.push_back(tessel::Narrow(arguments.get()[i]));
+  for (int i = 1; i < count; ++i) result.push_back(tessel::Narrow(arguments.get()[i]));
   return result;
 }
 
-}  // namespace
-
 std::optional<int> ParseCommandLine(CLI::App& app) {
   try {
-    app.parse(ReversedArguments());
+    std::vector<std::string> arguments = Arguments();
+    std::ranges::reverse(arguments);  // CLI11 takes them in this order
+    app.parse(std::move(arguments));
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kUsageError;

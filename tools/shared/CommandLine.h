@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TesselSilverlight.h"
 
@@ -12,7 +13,10 @@ namespace tools {
 
 inline constexpr int kUsageError = 2;
 
-// Parses this process's arguments. If this function returns a value, it has printed the help text
+// Returns this process's arguments in UTF-8, without the name of the program.
+std::vector<std::string> Arguments();
+
+// Parses these arguments. If this function returns a value, it has printed the help text
 // or an error, and the tool must end with that exit code.
 std::optional<int> ParseCommandLine(CLI::App& app);
 

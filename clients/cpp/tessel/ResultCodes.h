@@ -73,7 +73,8 @@ inline constexpr ResultCode kResultCodes[] = {
     {wire::kNotSupported, "BROKER_NOT_SUPPORTED",
      "a status of the broker, usually: the element has no such attribute, state or item, is not a "
      "list, or is not below the other element",
-     "see what the element has (tessel tree), or use another element"},
+     "see the element's items (tessel items) and states (tessel tree); the broker's documentation "
+     "names the attributes"},
     {wire::kMalformedRequest, "BROKER_MALFORMED_REQUEST",
      "a status of the broker, usually: it could not read the request",
      "check that the values are allowed and that the broker has the same version"},

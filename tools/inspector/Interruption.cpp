@@ -1,0 +1,29 @@
+#include "tools/inspector/Interruption.h"
+
+#include <windows.h>
+
+#include "tools/inspector/InspectorError.h"
+
+namespace {
+
+bool reportsInJson = false;
+
+// Windows runs this function in a thread of its own. TerminateProcess does not wait for the thread
+// that makes the call, which could last a minute.
+BOOL CALLBACK EndAtOnce(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+  const std::string meaning = "ended by Ctrl-C";
+  const std::string cure =
+      "nothing was released: the broker keeps the objects of this run until it ends";
+  PrintError({ExitCode::kInterrupted, meaning + "; " + cure, {.meaning = meaning, .cure = cure}},
+             reportsInJson);
+  ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::kInterrupted));
+  return TRUE;
+}
+
+}  // namespace
+
+void EndAtOnceOnCtrlC(bool json) {
+  reportsInJson = json;
+  ::SetConsoleCtrlHandler(&EndAtOnce, TRUE);
+}
