@@ -18,11 +18,16 @@ start_broker "$bin" $address
 "$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address
 stop_broker 1
 
-start_broker "$bin" $address
-"$wine" "$bin/test_parts.exe" mute "$(fact pipe)" &
-wait_for served
+# Starts a broker that waits for a client that does not read its answer.
+start_busy_broker() {
+  start_broker "$bin" $address
+  "$wine" "$bin/test_parts.exe" mute "$(fact pipe)" &
+  mute=$!
+  wait_for served
+}
 
-# The broker is busy, so a call waits.
+# The broker is busy, so the call waits. Wine may pass Ctrl-C on to the broker, so this broker is not used again.
+start_busy_broker
 "$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address \
   2>"$work/tessel.txt" &
 tessel=$!
@@ -35,7 +40,10 @@ code=0
 wait "$tessel" || code=$?
 [ "$code" = 130 ] || fail "tessel ended with $code"
 grep -q "^tessel: ended by Ctrl-C; nothing was released" "$work/tessel.txt" || fail "tessel does not say why it ended"
+kill -KILL "$broker" "$mute" 2>/dev/null || true
+wait "$broker" "$mute" || true
 
+start_busy_broker
 signals=0
 while kill -INT "$broker" 2>/dev/null; do
   signals=$((signals + 1))
