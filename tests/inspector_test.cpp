@@ -135,8 +135,9 @@ TEST(InspectorTest, NamesTheMissingModule) {
 
 // Each row has a command, its notice or "", the broker's answer, the exit code, and a part of the
 // output. This process is the broker, because SceneBroker does not send the answers in the table.
-// The address has no scheme, so a search asks no other broker. The window is destroyed when the
-// request has arrived, so that a later injection fails.
+// An empty answer disconnects the client. The address has no scheme, so a search asks no other
+// broker. The window is destroyed when the request has arrived, so that a later injection fails.
+// The broker ends after its answer.
 TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   const std::tuple<std::string, std::string, const wchar_t*, DWORD, std::string> kCases[] = {
       {"at 1,2 --scheme tailored",
@@ -144,7 +145,9 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
        "-12 (SL_ARCHIVE_FAILURE)"},
       {"at 1,2", "", L"[4711]", 4, "4711 (the broker's own status)"},
       {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // the injection finds no window
-      {"find ,,", "", L"[0,2000000000]", 5, "cannot find: "},
+      {"find ,,", "", L"[0,2000000000]", 5, "cannot find: memory is exhausted; check the broker"},
+      {"at 1,2", "", L"", 7, "Name.TAILORED (does not exist)\n  see:     tessel doctor"},
+      {"wait --find ,,x --scheme tailored", "", L"[0,0]", 6, "-7 (SL_CANNOT_CONNECT)"},
   };
   for (const auto& [command, notice, answer, code, output] : kCases) {
     SCOPED_TRACE(output);
@@ -160,10 +163,10 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
     if (!notice.empty()) {
       EXPECT_EQ(tessel.ReadLine(), notice);
     }
-    EXPECT_EQ(WriteMessage(answer), SL_CHANNEL_SUCCESS);
+    EXPECT_EQ(WriteMessage(answer), *answer ? SL_CHANNEL_SUCCESS : SL_CHANNEL_CANNOT_WRITE);
+    EXPECT_EQ(UninitComm(), SL_CHANNEL_SUCCESS);
     EXPECT_THAT(tessel.ReadToEnd(), HasSubstr(output));
     EXPECT_EQ(tessel.Wait(), code);
-    EXPECT_EQ(UninitComm(), SL_CHANNEL_SUCCESS);
   }
 }
 
