@@ -6,6 +6,7 @@
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
 #include "support/Tools.h"
+#include "wire/Addresses.h"
 
 namespace {
 
@@ -110,6 +111,18 @@ TEST(InspectorTest, ExplainsWithLinesThatTheModuleLogs) {
   EXPECT_GT(lines, 50);
 }
 
+// Another program serves the pipe, and clients may only write to it.
+TEST(InspectorTest, ShowsThePipeThatItCannotUse) {
+  const std::wstring pipe = wire::PipeName(SL_TAILORED_URI, L"http://foreign");
+  const HANDLE server =
+      ::CreateNamedPipeW(pipe.c_str(), PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE, 1 /*instances*/,
+                         0 /*out*/, 0 /*in*/, 0 /*default time-out*/, nullptr /*security*/);
+  RunTool(L"tessel.exe at 1,2 --address http://foreign --window " +
+              Wide(tessel::HandleText(::GetDesktopWindow())),
+          6, "\n  pipe:    " + Narrow(pipe) + " (exists)\n  pipe:    ");
+  ::CloseHandle(server);
+}
+
 // Without the module, a command that needs it names it, and the others work.
 TEST(InspectorTest, NamesTheMissingModule) {
   const auto folder = std::filesystem::temp_directory_path() / "tessel-alone";
@@ -146,8 +159,7 @@ TEST(InspectorTest, ReportsEveryKindOfAnswer) {
       {"at 1,2", "", L"[4711]", 4, "4711 (the broker's own status)"},
       {"at 1,2", "", L"[-8]", 2, "-5 (SL_INVALID_ARGUMENT)"},  // the injection finds no window
       {"find ,,", "", L"[0,2000000000]", 5, "cannot find: memory is exhausted; check the broker"},
-      {"at 1,2", "", L"", 7, "Name.TAILORED (does not exist)\n  see:     tessel doctor"},
-      {"wait --find ,,x --scheme tailored", "", L"[0,0]", 6, "-7 (SL_CANNOT_CONNECT)"},
+      {"at 1,2", "", L"", 7, "-6 (SL_CANNOT_READ)"},
   };
   for (const auto& [command, notice, answer, code, output] : kCases) {
     SCOPED_TRACE(output);
