@@ -24,9 +24,6 @@ class Inspection {
   const tessel::Content& Content() const { return content_; }
   const CallStatistics& Statistics() const { return watch_.Statistics(); }
 
-  // Returns the number of calls that this run has made until now.
-  long long Calls() const { return watch_.Statistics().Calls(); }
-
   // Returns the element that the options select.
   tessel::Element FindElement();
   std::optional<tessel::Element> FindFocused();

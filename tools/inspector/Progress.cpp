@@ -20,7 +20,7 @@ Progress::Progress(const Inspection& inspection, const char* what, std::size_t a
       what_(what),
       all_(all),
       terminal_(ErrorTerminal()),
-      callsBefore_(inspection.Calls()) {}
+      callsBefore_(inspection.Statistics().Calls()) {}
 
 Progress::~Progress() {
   if (width_ > 0) Print("");
@@ -35,7 +35,7 @@ void Progress::Show(std::size_t done) {
 
 std::string Progress::Line(std::size_t done, Clock::duration elapsed) const {
   const double seconds = std::chrono::duration<double>(elapsed).count();
-  const auto calls = static_cast<double>(inspection_.Calls() - callsBefore_);
+  const auto calls = static_cast<double>(inspection_.Statistics().Calls() - callsBefore_);
   const double left =
       static_cast<double>(all_ - std::min(done, all_)) * seconds / static_cast<double>(done);
   return "tessel: " + std::to_string(done) + " of " + std::to_string(all_) + ' ' + what_ + ", " +
