@@ -1,43 +1,15 @@
 #include "logging/LogLevel.h"
 
-#include <cstring>
-
 #include "logging/LastErrorGuard.h"
 #include "logging/LogEventProvider.h"
 
 namespace logging {
 namespace {
 
-constexpr std::uint64_t kRefreshMilliseconds = 3000;
-
-int LevelFromText(const char* text) {
-  static constexpr struct {
-    const char* name;
-    int level;
-  } kNames[] = {{"VERBOSE", kVerbose}, {"INFO", kInfo}, {"WARNING", kWarning}, {"ERROR", kError}};
-  for (const auto& entry : kNames) {
-    // Does not use lstrcmpi, because lstrcmpi compares by the rules of a language and ignores
-    // control characters.
-    if (::_stricmp(text, entry.name) == 0) return entry.level;
-  }
-  return kFatal;
-}
-
 int ReadLevelFromRegistry() {
-  static const struct {
-    HKEY root;
-    const char* key;
-  } kPlaces[] = {
-      {HKEY_CURRENT_USER, "Environment"},
-      {HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Control\\Session Manager\\Environment"}};
-  char text[11] = {};
-  for (const auto& place : kPlaces) {
-    DWORD size = sizeof(text) - 1;
-    // Without RRF_NOEXPAND, RegGetValueA would accept REG_EXPAND_SZ values as well.
-    if (::RegGetValueA(place.root, place.key, "TESSEL_LOG_LEVEL", RRF_RT_REG_SZ | RRF_NOEXPAND,
-                       nullptr /*type*/, text, &size) == ERROR_SUCCESS) {
-      return LevelFromText(text);
-    }
+  for (const LevelPlace& place : LevelPlaces()) {
+    const LevelText read = ReadLevelText(place);
+    if (read.status == ERROR_SUCCESS) return LevelFromText(read.text).value_or(kFatal);
   }
   return kFatal;
 }
@@ -64,7 +36,7 @@ LogLevels EnsureProviderAndReadLevel(std::uint64_t now) {
   const int configured = ReadLevelFromRegistry();
   return ChangeLevels([&](LogLevels& levels) {
     levels.configured = configured;
-    levels.staleTick = now + kRefreshMilliseconds;
+    levels.staleTick = now + kLevelRefreshMilliseconds;
   });
 }
 

@@ -7,9 +7,9 @@
 #include <atomic>
 #include <cstdint>
 
-namespace logging {
+#include "logging/LevelSource.h"
 
-enum Level : int { kVerbose = -1, kInfo = 0, kWarning = 1, kError = 2, kFatal = 3 };
+namespace logging {
 
 // The levels that decide whether a line is logged. They share 64 bits, so that one atomic operation
 // reads or changes all of them.
