@@ -1,12 +1,15 @@
 # The suites that need Windows. They share one Wine prefix, in which they set no other log level than VERBOSE.
-# The suite "log" sets other levels, so it runs in a Wine prefix of its own.
+# Suites that set other levels have the lock "level". They set them in a Wine prefix of their own.
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
   TESSEL_SOURCE="${PROJECT_SOURCE_DIR}")
 
-tessel_test(log LIBRARIES tessel_module
-  PROPERTIES ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
+tessel_test(log LIBRARIES tessel_module)
+tessel_test(diagnosis LIBRARIES tessel_scene TesselSLB oleaut32)
+add_dependencies(diagnosis_test SceneBroker tessel)
+set_tests_properties(log diagnosis PROPERTIES RESOURCE_LOCK level
+  ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 
 tessel_test(archive LIBRARIES tessel_utility)
 tessel_test(pipe LIBRARIES tessel_utility soak_counters)
@@ -31,6 +34,7 @@ add_dependencies(search_test test_parts tessel)
 # these two suites is only 60 s.
 tessel_test(client LIBRARIES tessel_client oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(client_test test_parts)
+add_dependencies(diagnosis_test test_parts)
 
 tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(c_test test_parts)
@@ -56,13 +60,16 @@ target_link_options(report_cpp PRIVATE -municode)
 target_link_libraries(report_c PRIVATE TesselSLB_c)
 
 # Tests that are scripts: the same report by each client library, Ctrl-C, the tests and samples that the
-# documents name, a client for Microsoft's ABI, the npm package, and the package for users.
-foreach(script clients ctrl_c docs msabi node package)
+# documents name, the log level that `tessel log` sets, a client for Microsoft's ABI, the npm package, and the
+# package for users.
+foreach(script clients ctrl_c docs log_level msabi node package)
   add_test(NAME ${script} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/${script}/run.sh ${PROJECT_BINARY_DIR})
   set_tests_properties(${script} PROPERTIES TIMEOUT 200)
 endforeach()
 set_tests_properties(clients package PROPERTIES RESOURCE_LOCK scenes)
 set_tests_properties(package PROPERTIES TIMEOUT 400)
+set_tests_properties(log_level PROPERTIES RESOURCE_LOCK level
+  ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
 # The first run makes a Wine prefix and fetches packages. Without access to the npm registry it is skipped.
 set_tests_properties(node PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400)
 

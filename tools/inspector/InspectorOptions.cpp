@@ -88,7 +88,8 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
        {LookupCommands(), ElementCommands(), ActionCommands(), TreeCommands(), WaitCommands()}) {
     for (const InspectorCommand& command : commands) AddCommand(app, command, options);
   }
-  for (const auto commands : {ExplainCommands(), WindowsCommands()}) {
+  for (const auto commands :
+       {ExplainCommands(), WindowsCommands(), DoctorCommands(), LogCommands()}) {
     for (const ToolCommand& command : commands) AddTool(app, command, options);
   }
   app.set_version_flag("--version", &VersionText, "Print the versions of tessel and the module");

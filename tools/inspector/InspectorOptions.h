@@ -59,6 +59,14 @@ struct InspectorOptions {
   std::vector<std::string> read = {std::begin(kParts), std::end(kParts)};
   bool Reads(const std::string& part) const { return std::ranges::count(read, part) > 0; }
   std::string svgFile;  // empty: prints the tree instead of drawing it
+
+  std::string module;  // doctor: the module's path; empty for the one beside this program
+
+  // log
+  std::string logLevel;                 // the level to set; empty if the level stays as it is
+  unsigned long logProcess = 0;         // whose lines to show; 0 means all
+  std::string logFile;                  // empty if the lines are only printed
+  std::vector<std::string> logCommand;  // empty if the user ends the command
 };
 
 // If this function returns a value, the tool must end at once with that exit code. Throws

@@ -48,7 +48,7 @@ std::wstring LoadModule() {
   return PathOf(module);
 }
 
-std::string VersionOf(const std::wstring& path) {
+std::optional<std::string> VersionOf(const std::wstring& path) {
   DWORD ignored = 0;
   std::vector<std::byte> resource(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
   VS_FIXEDFILEINFO* info = nullptr;
@@ -56,7 +56,7 @@ std::string VersionOf(const std::wstring& path) {
   if (!::GetFileVersionInfoW(path.c_str(), 0 /*ignored*/, static_cast<DWORD>(resource.size()),
                              resource.data()) ||
       !::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&info), &size)) {
-    return "of unknown version";
+    return std::nullopt;
   }
   return Dotted({HIWORD(info->dwFileVersionMS), LOWORD(info->dwFileVersionMS),
                  HIWORD(info->dwFileVersionLS), LOWORD(info->dwFileVersionLS)});
@@ -66,8 +66,8 @@ std::string VersionText() {
   const std::string tool = "tessel " + Dotted({TESSEL_PRODUCT_VERSION_NUMBERS}) + '\n';
   try {
     const std::wstring module = LoadModule();
-    return tool + tessel::Narrow(kModule) + ' ' + VersionOf(module) + " (" +
-           tessel::Narrow(module) + ')';
+    return tool + tessel::Narrow(kModule) + ' ' + VersionOf(module).value_or("of unknown version") +
+           " (" + tessel::Narrow(module) + ')';
   } catch (const InspectorError& error) {
     return tool + error.failure.meaning;
   }

@@ -19,3 +19,5 @@ struct ToolCommand {
 
 std::span<const ToolCommand> ExplainCommands();  // defined in ExplainCommand.cpp
 std::span<const ToolCommand> WindowsCommands();  // defined in WindowsCommand.cpp
+std::span<const ToolCommand> DoctorCommands();   // defined in doctor/DoctorCommand.cpp
+std::span<const ToolCommand> LogCommands();      // defined in log/LogCommand.cpp

@@ -15,6 +15,12 @@ HWND HandleFromText(std::string_view text) {
   return reinterpret_cast<HWND>(value);
 }
 
+std::string PrintablePath(std::wstring_view path) {
+  std::string text = tessel::Printable(tessel::Narrow(path));
+  for (std::size_t at = 0; (at = text.find("\\\\", at)) != text.npos; ++at) text.erase(at, 1);
+  return text;
+}
+
 void PrepareConsole() { ::SetConsoleOutputCP(CP_UTF8); }
 
 void PrintLine(std::string_view text) { std::cout << text << std::endl; }

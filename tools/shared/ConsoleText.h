@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <string>
 #include <string_view>
 
 #include "tessel/Text.h"
@@ -12,6 +13,10 @@ namespace tools {
 
 // Converts "0x..." with hexadecimal digits to a handle. Returns null for any other text.
 HWND HandleFromText(std::string_view text);
+
+// Returns the name of a file or a pipe for one line of a terminal. Unlike tessel::Printable, keeps
+// backslashes as they are.
+std::string PrintablePath(std::wstring_view path);
 
 // Makes the console show the tool's output as UTF-8.
 void PrepareConsole();

@@ -1,0 +1,41 @@
+#include "tools/inspector/doctor/FocusMessages.h"
+
+#include "json/JsonReader.h"
+#include "json/ListText.h"
+#include "tessel/Text.h"
+#include "wire/Commands.h"
+#include "wire/Statuses.h"
+
+namespace {
+
+std::wstring Request(wire::Command command, DWORD process, const std::wstring& id) {
+  base::ListText request;
+  request.AppendInt(static_cast<int>(command));
+  request.AppendInt(static_cast<int>(process));
+  request.AppendString(id);
+  return std::wstring(request.View());
+}
+
+}  // namespace
+
+std::wstring FocusRequest(DWORD process) {
+  return Request(wire::Command::kFocusedElement, process, L"");
+}
+
+std::wstring ReleaseRequest(DWORD process, const std::wstring& id) {
+  return Request(wire::Command::kRelease, process, id);
+}
+
+std::optional<FocusAnswer> ParseFocusAnswer(std::wstring_view text) {
+  base::ListValue values;
+  const auto type = base::ReadJson(text.substr(0, text.find(L'\0')), values);
+  if (type != base::ValueType::kList || values.ByteSize() == 0) return std::nullopt;
+  const base::ValueView first = values.At(0);
+  const std::optional<int> status = first.GetIfInt();
+  if (!status) return std::nullopt;
+  if (*status != wire::kSuccess) return FocusAnswer{*status, {}};
+  if (first.ByteSize() == values.ByteSize()) return std::nullopt;
+  const auto id = values.At(first.ByteSize()).GetIfString();
+  if (!id) return std::nullopt;
+  return FocusAnswer{*status, tessel::Wide(base::ToUtf8(base::UpToZero(*id)))};
+}

@@ -1,0 +1,31 @@
+// Part of tessel. Sends one request to a pipe and reads the answer, without the module and within a
+// time limit, whatever the server of the pipe does.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+enum class PipeEnd {
+  kAnswered,     // an answer has arrived
+  kAbsent,       // there is no such pipe
+  kDenied,       // this user may not open the pipe
+  kBusy,         // the pipe's only instance served other clients all the time
+  kNotMessages,  // the pipe transfers bytes instead of messages
+  kLeft,         // the server closed the connection without an answer
+  kSilent,       // no answer came in time
+  kTooLong,      // the answer is longer than any answer to this request
+};
+
+struct PipeExchange {
+  PipeEnd end;
+  DWORD serverProcess;  // 0 if the pipe could not be opened
+  std::wstring answer;
+};
+
+// Does not connect to the pipe.
+bool PipeExists(const std::wstring& pipe);
+
+// Returns at the latest when GetTickCount64() reaches `deadline`.
+PipeExchange ExchangeMessages(const std::wstring& pipe, const std::wstring& request,
+                              ULONGLONG deadline);

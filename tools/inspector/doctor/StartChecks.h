@@ -1,0 +1,20 @@
+// Part of tessel. Checks the files and the lock that a call needs to load the module and to start a
+// broker. Starts nothing.
+#pragma once
+
+#include <filesystem>
+
+#include "tools/inspector/doctor/Step.h"
+
+// Returns the path of TesselSLB_x64.dll in the folder of this program.
+std::filesystem::path DefaultModule();
+
+// The step is broken if the file is missing or has no version.
+Step CheckModule(const std::filesystem::path& module);
+
+// These steps are broken if the file is missing, or if another client holds the lock. The package
+// and the injector must be in the module's folder.
+Step CheckLauncher();
+Step CheckPackage(const std::filesystem::path& module);
+Step CheckInjector(const std::filesystem::path& module);
+Step CheckInjectionLock();

@@ -1,0 +1,32 @@
+// Part of tessel. Decides how a call would end.
+#pragma once
+
+#include <string>
+
+#include "tools/inspector/doctor/Findings.h"
+
+// The exit codes of `tessel doctor`. docs/inspector.md lists them.
+enum class DoctorCode : int {
+  kServed = 0,
+  kCanStart = 10,
+  kModule = 11,
+  kAddress = 12,
+  kWindow = 13,
+  kScheme = 14,  // a broker that a call does not reach shows the window
+  kCannotOpen = 15,
+  kNoAnswer = 16,
+  kNotABroker = 17,
+  kRefuses = 18,
+  kLauncher = 19,
+  kPackage = 20,
+  kInjector = 21,
+  kInjectionLock = 22,
+};
+
+struct Verdict {
+  DoctorCode code;
+  std::string result;
+  std::string cure;  // empty if there is nothing to do
+};
+
+Verdict Judge(const Findings& findings);

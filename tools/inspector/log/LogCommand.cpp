@@ -1,0 +1,118 @@
+// Part of tessel. The command `log`: shows the module's log lines of all processes as they come.
+#include <iostream>
+#include <optional>
+
+#include "logging/LevelSource.h"
+#include "tools/inspector/InspectorError.h"
+#include "tools/inspector/OptionParts.h"
+#include "tools/inspector/ToolCommand.h"
+#include "tools/inspector/doctor/LogLevelCheck.h"
+#include "tools/inspector/log/ConsoleStop.h"
+#include "tools/inspector/log/DebugBuffer.h"
+#include "tools/inspector/log/EntryPrinter.h"
+#include "tools/inspector/log/LevelSetting.h"
+#include "tools/inspector/log/LoggedCommand.h"
+
+namespace {
+
+constexpr int kStopped = static_cast<int>(ExitCode::kInterrupted);
+
+// From then on every process uses a changed level.
+constexpr DWORD kPauseAfterChange = logging::kLevelRefreshMilliseconds + 100;
+
+class LogView {
+ public:
+  explicit LogView(const InspectorOptions& options) : printer_(options) {}
+
+  // Prints lines for the given time, which may be INFINITE, and while `process` runs. A null handle
+  // stands for no process. Returns false after Ctrl-C.
+  bool PrintWhile(HANDLE process, DWORD milliseconds) {
+    const ULONGLONG start = ::GetTickCount64();
+    const HANDLE events[] = {stop_.Event(), buffer_.Filled(), process};
+    for (;;) {
+      const ULONGLONG passed = ::GetTickCount64() - start;
+      if (passed >= milliseconds) return true;
+      const DWORD left =
+          milliseconds == INFINITE ? INFINITE : static_cast<DWORD>(milliseconds - passed);
+      // If several events are set, the first of them counts.
+      const DWORD event =
+          ::WaitForMultipleObjects(process == nullptr ? 2 : 3, events, FALSE /*all*/, left);
+      if (event == WAIT_OBJECT_0) return false;
+      if (event == WAIT_OBJECT_0 + 1) printer_.Print(buffer_.Take());
+      if (process == nullptr || !IsSet(process)) continue;
+      // The last line of a process that has ended may still be in the buffer.
+      if (IsSet(buffer_.Filled())) printer_.Print(buffer_.Take());
+      return true;
+    }
+  }
+
+ private:
+  static bool IsSet(HANDLE object) {
+    return ::WaitForSingleObject(object, 0 /*ms*/) == WAIT_OBJECT_0;
+  }
+
+  // In this order, so that nothing is written if another viewer has the buffer.
+  DebugBuffer buffer_;
+  EntryPrinter printer_;
+  const ConsoleStop stop_;
+};
+
+int RunAndShow(LogView& view, const std::vector<std::string>& command) {
+  const tools::Handle process = StartCommand(command);
+  if (!view.PrintWhile(process.get(), INFINITE)) return kStopped;
+  DWORD code = 0;
+  ::GetExitCodeProcess(process.get(), &code);
+  return static_cast<int>(code);
+}
+
+void Tell(const std::string& text) { std::cerr << "tessel: " << text << std::endl; }
+
+// Tells the user why few lines may appear.
+void TellIfSwitchedOff() {
+  const Step level = CheckLogLevel();
+  if (level.state != Step::State::kFound) Tell("log level: " + level.finding + "; give --level");
+}
+
+int ShowLog(const InspectorOptions& options) {
+  LogView view(options);
+  // Declared after the buffer, so that the level changes only while the buffer is held.
+  std::optional<LevelSetting> level;
+  if (options.logLevel.empty()) {
+    TellIfSwitchedOff();
+  } else {
+    level.emplace(options.logLevel);
+    Tell("the user's log level is " + options.logLevel + " until this command ends");
+  }
+  const bool isChanged = level && level->HasChanged();
+  if (options.logCommand.empty()) {
+    view.PrintWhile(nullptr, INFINITE);
+    return kStopped;
+  }
+  if (!view.PrintWhile(nullptr, isChanged ? kPauseAfterChange : 0)) return kStopped;
+  return RunAndShow(view, options.logCommand);
+}
+
+void AddLogOptions(CLI::App& command, InspectorOptions& options) {
+  command
+      .add_option("--level", options.logLevel,
+                  "Set the user's log level in the registry, and restore it at the end")
+      ->check(CLI::IsMember({"VERBOSE", "INFO", "WARNING", "ERROR"}, CLI::ignore_case));
+  command.add_option("--process", options.logProcess, "Show only the lines of this process")
+      ->type_name("ID")
+      ->check(CLI::PositiveNumber);
+  command.add_option("--file", options.logFile, "Also write the lines to this file")
+      ->type_name("FILE")
+      ->check(RefuseEmpty);
+  command
+      .add_option("command", options.logCommand,
+                  "Write -- before it. Run this command, end with it, and return its exit code")
+      ->type_name("COMMAND...");
+}
+
+constexpr ToolCommand kCommands[] = {
+    {"log", "Show the module's log lines of all processes as they come", &ShowLog, &AddLogOptions},
+};
+
+}  // namespace
+
+std::span<const ToolCommand> LogCommands() { return kCommands; }
