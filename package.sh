@@ -26,7 +26,7 @@ source_time() {
 
 # copy_documents FOLDER: copies the documents for users, and makes their links fit the package's folders.
 copy_documents() {
-  local documents=(clients inspector protocol scene security)
+  local documents=(clients inspector not-working protocol scene security)
   mkdir -p "$1/docs"
   cp "${documents[@]/%/.md}" "$1/docs/"
   cp "$ROOT/package/README.md" "$1/"
