@@ -60,6 +60,8 @@ constexpr struct {
      "no broker runs, and Silverlight's launcher is not installed\n"
      "a broker runs, but for another scheme or another address\n"
      "no scheme was given: the search asks the tailored broker first, and ends if none runs\n"
+     "the tailored broker answered, but does not show this window (-8): so the search asked the "
+     "broker of the address's scheme, and none runs\n"
      "the address begins with a scheme in capital letters, such as HTTP:\n"
      "SLBroker.xap is not beside the module, so the launcher cannot start the broker\n"
      "the launcher ran, but the broker's pipe did not appear within 15 s",

@@ -58,7 +58,9 @@ inline HWND OnlyWindowWithTitle(std::wstring_view title, std::wstring_view addre
   const Call call = {"Content", L"", std::wstring(address)};
   if (found.empty()) {
     throw Error(SL_INVALID_ARGUMENT, "no top-level window has the title " + Quoted(title),
-                "write it exactly, or give the handle, 0x...", call);
+                "start the program that shows the window, write its title exactly, or give its "
+                "handle (0x...)",
+                call);
   }
   if (found.size() == 1) return found.front();
   std::string handles;
