@@ -35,8 +35,7 @@ void HostChannel::Open(SLUriScheme scheme, const std::wstring& address) {
   }
 }
 
-void HostChannel::Serve(const std::function<std::wstring(const std::wstring&)>& answer,
-                        const std::function<void(bool)>& sent) {
+void HostChannel::Serve(const AnswerFunction& answer, const SentFunction& sent) {
   std::wstring request;
   while (!stopped_) {
     int code = Read(request);

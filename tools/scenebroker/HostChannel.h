@@ -2,14 +2,14 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <string>
 
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
+#include "tools/pipe/RequestServer.h"
 #include "tools/scenebroker/HostModule.h"
 
-class HostChannel {
+class HostChannel : public tools::RequestServer {
  public:
   // Throws std::runtime_error if the module does not export the channel's functions.
   explicit HostChannel(const HostModule& module);
@@ -17,15 +17,9 @@ class HostChannel {
   // Throws std::runtime_error if the channel cannot be opened.
   void Open(SLUriScheme scheme, const std::wstring& address);
 
-  // Runs until Stop is called. Passes each request to `answer`, and writes the text that `answer`
-  // returns. Then calls `sent`: with true if the client received the text, otherwise with false.
   // Throws std::runtime_error if the channel fails and cannot recover.
-  void Serve(const std::function<std::wstring(const std::wstring&)>& answer,
-             const std::function<void(bool)>& sent);
-
-  // Closes the channel, which ends Serve. May be called from any thread, any number of times.
-  // Returns true for the first call, and false for later calls, which do nothing.
-  bool Stop();
+  void Serve(const AnswerFunction& answer, const SentFunction& sent) override;
+  bool Stop() override;
 
  private:
   // Returns the code of ReadMessage. If the code is 0, `request` holds the message.

@@ -61,24 +61,23 @@ std::wstring DefaultModulePath() {
 }
 
 // Windows calls the console handler on a separate thread and passes only the event, so the handler
-// finds the channel in `channelToStop`. The mutex keeps the channel alive while the handler uses
-// it.
-std::mutex channelMutex;
-HostChannel* channelToStop = nullptr;
+// finds the server in `serverToStop`. The mutex keeps the server alive while the handler uses it.
+std::mutex serverMutex;
+tools::RequestServer* serverToStop = nullptr;
 
-// For the first Ctrl-C or Ctrl-Break, stops the channel and returns TRUE; the broker then ends in
+// For the first Ctrl-C or Ctrl-Break, stops the server and returns TRUE; the broker then ends in
 // order. For a second Ctrl-C or Ctrl-Break, and for any other event, returns FALSE, and Windows
 // ends the process. This is needed if the last answer waits for a client that never reads it.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-  const std::lock_guard lock(channelMutex);
-  return channelToStop != nullptr && channelToStop->Stop();
+  const std::lock_guard lock(serverMutex);
+  return serverToStop != nullptr && serverToStop->Stop();
 }
 
 class StopOnConsoleEvent {
  public:
-  explicit StopOnConsoleEvent(HostChannel& channel) {
-    Set(&channel);
+  explicit StopOnConsoleEvent(tools::RequestServer& server) {
+    Set(&server);
     ::SetConsoleCtrlHandler(&OnConsoleEvent, TRUE /*add*/);
   }
   ~StopOnConsoleEvent() { Set(nullptr); }
@@ -86,13 +85,13 @@ class StopOnConsoleEvent {
   StopOnConsoleEvent& operator=(const StopOnConsoleEvent&) = delete;
 
  private:
-  static void Set(HostChannel* channel) {
-    const std::lock_guard lock(channelMutex);
-    channelToStop = channel;
+  static void Set(tools::RequestServer* server) {
+    const std::lock_guard lock(serverMutex);
+    serverToStop = server;
   }
 };
 
-void Serve(HostChannel& channel, ServedScene& served, const NoticeWindows& notices) {
+void Serve(tools::RequestServer& server, ServedScene& served, const NoticeWindows& notices) {
   SceneService service(served, ::GetCurrentProcessId());
   const auto answer = [&](const std::wstring& request) {
     const std::string text = Narrow(request);
@@ -101,7 +100,7 @@ void Serve(HostChannel& channel, ServedScene& served, const NoticeWindows& notic
     if (answer.changedBy != 0) notices.Post(answer.changedBy);
     return Wide(answer.text);
   };
-  channel.Serve(answer, [&](bool delivered) { served.objects.Settle(delivered); });
+  server.Serve(answer, [&](bool delivered) { served.objects.Settle(delivered); });
 }
 
 void Run(const Options& options) {
