@@ -4,9 +4,12 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <mutex>
 #include <string>
 
+#include "tools/faults/FaultOptions.h"
+#include "tools/faults/FaultyPipe.h"
 #include "tools/scenebroker/HostChannel.h"
 #include "tools/scenebroker/HostModule.h"
 #include "tools/scenebroker/NoticeWindows.h"
@@ -16,6 +19,7 @@
 #include "tools/scenebroker/SceneWindow.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
+#include "wire/Addresses.h"
 
 namespace {
 
@@ -29,6 +33,7 @@ struct Options {
   std::string scheme = "tailored";
   std::string dll;
   int additionalWindows = 0;
+  tools::FaultOptions faults;
 };
 
 std::optional<int> ReadOptions(Options& options) {
@@ -48,9 +53,10 @@ std::optional<int> ReadOptions(Options& options) {
       ->check(CLI::Range(0, kMostNoticeWindows))
       ->type_name("COUNT")
       ->capture_default_str();
+  tools::AddFaultOptions(app, options.faults);
   app.footer(
       "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene cannot be shown or "
-      "served,\n2 wrong command line.");
+      "served,\n2 wrong command line, 4 ended by the fault crash.");
   return tools::ParseCommandLine(app);
 }
 
@@ -103,17 +109,30 @@ void Serve(tools::RequestServer& server, ServedScene& served, const NoticeWindow
   server.Serve(answer, [&](bool delivered) { served.objects.Settle(delivered); });
 }
 
+// The module's channel cannot misbehave, so faults need another server.
+std::unique_ptr<tools::RequestServer> OpenServer(const Options& options, const HostModule& module,
+                                                 const std::wstring& address) {
+  const SLUriScheme scheme = tools::SchemeFromName(options.scheme);
+  if (!options.faults.rules.empty()) {
+    return std::make_unique<tools::FaultyPipe>(wire::PipeName(scheme, address),
+                                               options.faults.Schedule(), &PrintFault);
+  }
+  auto channel = std::make_unique<HostChannel>(module);
+  channel->Open(scheme, address);
+  return channel;
+}
+
 void Run(const Options& options) {
   ServedScene served(ReadSceneFile(Wide(options.scene)));
   const HostModule module(options.dll.empty() ? DefaultModulePath() : Wide(options.dll));
-  HostChannel channel(module);
   NoticeWindows notices(module, options.additionalWindows);
-  channel.Open(tools::SchemeFromName(options.scheme), Wide(served.scene.address));
+  const auto server = OpenServer(options, module, Wide(served.scene.address));
   {
-    const StopOnConsoleEvent stopOnConsoleEvent(channel);
-    const SceneWindow window(Wide(served.scene.title), notices, [&channel] { channel.Stop(); });
+    const StopOnConsoleEvent stopOnConsoleEvent(*server);
+    const SceneWindow window(Wide(served.scene.title), notices, [&server] { server->Stop(); });
+    if (!options.faults.rules.empty()) PrintSeed(options.faults.seed);
     PrintFacts(served, options.scheme, window.Handle(), notices.Handles());
-    Serve(channel, served, notices);
+    Serve(*server, served, notices);
   }
   PrintSummary(served.objects);
 }

@@ -63,6 +63,13 @@ void PrintFacts(const ServedScene& served, const std::string& scheme, HWND windo
   Print(lines + "ready\n");
 }
 
+void PrintSeed(unsigned seed) { Print(Line("seed", std::to_string(seed))); }
+
+void PrintFault(const tools::FaultRule& rule, const std::wstring& request) {
+  const std::string target = request.empty() ? "" : " for " + Narrow(request);
+  Print(Line("fault", Printable(rule.text + target)));
+}
+
 void PrintServed(std::string_view request, std::string_view answer) {
   Print(Line("served", Printable(request) + " -> " + Printable(answer)));
 }
