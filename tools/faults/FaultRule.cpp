@@ -1,11 +1,11 @@
 #include "tools/faults/FaultRule.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <vector>
 
 #include "tessel/Text.h"
+#include "tools/faults/RuleText.h"
 #include "wire/Commands.h"
 
 namespace tools {
@@ -14,10 +14,15 @@ namespace {
 
 using tessel::Quoted;
 
+constexpr int kMost = 2147483647;
+constexpr const char* kConditions[] = {"command", "call", "element", "chance"};
+
+// Returns the names of all forms, separated by commas.
 std::string FaultNames() {
   std::string names;
-  for (const FaultForm& form : kFaultForms)
+  for (const FaultForm& form : kFaultForms) {
     names += (names.empty() ? "" : ", ") + std::string(form.name);
+  }
   return names;
 }
 
@@ -27,127 +32,76 @@ class RuleParser {
 
   FaultRule Parse() {
     ReadFault();
-    if (next_ == text_.size()) return rule_;
-    if (!Skip('@')) Refuse(next_, "conditions begin with @; write @ here");
+    if (text_.IsAtEnd()) return rule_;
+    if (!text_.Skip('@')) text_.Refuse(text_.Position(), "conditions begin with @; write @ here");
     do ReadCondition();
-    while (Skip(','));
+    while (text_.Skip(','));
     return rule_;
   }
 
  private:
   void ReadFault() {
-    const std::size_t start = next_;
-    const std::string name = ReadUntil("=@,");
+    const std::size_t start = text_.Position();
+    const std::string name = text_.ReadUntil("=@,");
     const auto* const form = std::ranges::find(kFaultForms, name, &FaultForm::name);
     if (form == std::end(kFaultForms)) {
-      Refuse(start, "there is no fault " + Quoted(name) + "; use one of " + FaultNames());
+      text_.Refuse(start, "there is no fault " + Quoted(name) + "; use one of " + FaultNames());
     }
     rule_.kind = form->kind;
-    const std::size_t afterName = next_;
-    const bool hasNumber = Skip('=');
-    if (form->number == nullptr && hasNumber)
-      Refuse(afterName, name + " has no number; leave it out");
-    if (form->number == nullptr) return;
-    if (!hasNumber) Refuse(afterName, "the number is missing; write " + name + '=' + form->number);
-    rule_.number = ReadNumber(form->least, form->most);
+    ReadNumber(*form);
+  }
+
+  void ReadNumber(const FaultForm& form) {
+    const std::size_t start = text_.Position();
+    const std::string name = form.name;
+    const bool hasNumber = text_.Skip('=');
+    if (form.number == nullptr) {
+      if (hasNumber) text_.Refuse(start, name + " has no number; leave it out");
+      return;
+    }
+    if (!hasNumber) {
+      text_.Refuse(start, "the number is missing; write " + name + '=' + form.number);
+    }
+    rule_.number = text_.ReadInteger("@,", form.least, form.most);
   }
 
   void ReadCondition() {
-    const std::size_t start = next_;
-    const std::string name = ReadUntil("=,");
+    const std::size_t start = text_.Position();
+    const std::string name = text_.ReadUntil("=,");
     if (std::ranges::find(kConditions, name) == std::end(kConditions)) {
-      Refuse(start, "there is no condition " + Quoted(name) +
-                        "; use one of command, call, element, chance");
+      text_.Refuse(start, "there is no condition " + Quoted(name) +
+                              "; use one of command, call, element, chance");
     }
     if (std::ranges::find(seen_, name) != seen_.end()) {
-      Refuse(start, "the condition " + name + " stands twice; leave one out");
+      text_.Refuse(start, "the condition " + name + " stands twice; leave one out");
     }
     seen_.push_back(name);
-    if (!Skip('=')) Refuse(next_, "the value is missing; write " + name + "=VALUE");
-    if (name == "command") rule_.command = ReadNumber(1, kMost);
-    if (name == "call") rule_.call = ReadNumber(1, kMost);
-    if (name == "element") rule_.element = ReadElement();
-    if (name == "chance") rule_.chance = ReadChance();
+    if (!text_.Skip('=')) {
+      text_.Refuse(text_.Position(), "the value is missing; write " + name + "=VALUE");
+    }
+    ReadValue(name);
     CheckCondition(start, name);
+  }
+
+  void ReadValue(const std::string& condition) {
+    if (condition == "command") rule_.command = text_.ReadInteger(",", 1, kMost);
+    if (condition == "call") rule_.call = text_.ReadInteger(",", 1, kMost);
+    if (condition == "element") rule_.element = text_.ReadId(',');
+    if (condition == "chance") rule_.chance = text_.ReadChance(",");
   }
 
   // Refuses a condition under which the fault could never happen.
   void CheckCondition(std::size_t start, const std::string& name) const {
     if (rule_.kind == FaultKind::kVanishBefore && (name == "command" || name == "element")) {
-      Refuse(start, "the broker vanishes before it knows the " + name + "; use vanish-after");
+      text_.Refuse(start, "the broker vanishes before it knows the " + name + "; use vanish-after");
     }
     if (rule_.kind == FaultKind::kHugeCount && name == "command" &&
         !IsAnsweredWithCount(*rule_.command)) {
-      Refuse(start, "answers to this command have no count; use command 8, 9, 16 or 18");
+      text_.Refuse(start, "answers to this command have no count; use command 8, 9, 16 or 18");
     }
   }
 
-  int ReadNumber(int least, int most) {
-    const std::size_t start = next_;
-    const std::string text = ReadUntil("@,");
-    int number = 0;
-    if (!IsWholeNumber(text, number) || number < least || number > most) {
-      Refuse(start, Quoted(text) + " is not allowed; write an integer from " +
-                        std::to_string(least) + " to " + std::to_string(most));
-    }
-    return number;
-  }
-
-  double ReadChance() {
-    const std::size_t start = next_;
-    const std::string text = ReadUntil(",");
-    double chance = 0;
-    if (!IsWholeNumber(text, chance) || !(chance > 0 && chance <= 1)) {
-      Refuse(start,
-             Quoted(text) + " is not allowed; write a number above 0 and up to 1, such as 0.25");
-    }
-    return chance;
-  }
-
-  // In an id, a backslash stands before a comma or a backslash.
-  std::string ReadElement() {
-    const std::size_t start = next_;
-    std::string id;
-    for (; next_ < text_.size() && text_[next_] != ','; ++next_) {
-      if (text_[next_] == '\\' && ++next_ == text_.size()) {
-        Refuse(next_ - 1, "a backslash ends the rule; write two backslashes for one");
-      }
-      id += text_[next_];
-    }
-    if (id.empty()) Refuse(start, "the id is empty; write an id, or leave element out");
-    return id;
-  }
-
-  std::string ReadUntil(const char* ends) {
-    const std::size_t start = next_;
-    next_ = std::min(text_.find_first_of(ends, start), text_.size());
-    return text_.substr(start, next_ - start);
-  }
-
-  bool Skip(char character) {
-    if (next_ == text_.size() || text_[next_] != character) return false;
-    ++next_;
-    return true;
-  }
-
-  template <class Number>
-  static bool IsWholeNumber(const std::string& text, Number& number) {
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end;
-  }
-
-  [[noreturn]] void Refuse(std::size_t position, const std::string& reason) const {
-    const std::size_t character = tessel::Wide(text_.substr(0, position)).size() + 1;
-    throw FaultRuleError(Quoted(text_) + ", character " + std::to_string(character) + ": " +
-                         reason);
-  }
-
-  static constexpr int kMost = 2147483647;
-  static constexpr const char* kConditions[] = {"command", "call", "element", "chance"};
-
-  const std::string& text_;
-  std::size_t next_ = 0;
+  RuleText text_;
   FaultRule rule_;
   std::vector<std::string> seen_;
 };
