@@ -43,6 +43,8 @@ foreach(tool scenebroker inspector)
   tessel_test(${tool} LIBRARIES tessel_scene tessel_client oleaut32 PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
+tessel_test(fault LIBRARIES tessel_faults tessel_client oleaut32)
+add_dependencies(fault_test SceneBroker)
 tessel_test(windows LIBRARIES TesselSLB)
 # This suite must not run together with other suites that have the lock "launcher". It serves content without
 # an address. Some of those suites serve an address without a known scheme. Both use the same pipe.

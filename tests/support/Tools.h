@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <map>
 #include <regex>
 
@@ -37,8 +38,10 @@ inline void RunTool(const std::wstring& commandLine, DWORD code, const std::stri
 struct SceneFile {
   explicit SceneFile(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
   ~SceneFile() { std::filesystem::remove(path); }
-  const std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                     (std::to_wstring(::GetCurrentProcessId()) + L"-scene-ä.json");
+  inline static std::atomic<int> count = 0;
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() / (std::to_wstring(::GetCurrentProcessId()) +
+                                                L"-scene-ä" + std::to_wstring(++count) + L".json");
 };
 
 // A running SceneBroker and the facts that it printed. The constructor waits for the line "ready".
