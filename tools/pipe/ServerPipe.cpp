@@ -76,6 +76,8 @@ bool ServerPipe::Accept() {
     const Outcome outcome =
         Finish(::ConnectNamedPipe(pipe_.get(), &overlapped_), INFINITE, stop_.get());
     if (outcome.error == ERROR_SUCCESS || outcome.error == ERROR_PIPE_CONNECTED) return true;
+    // A client that connects while Stop is called stays connected until the pipe is closed.
+    if (stopped_) break;
     // A client that has already left occupies the pipe until it is disconnected.
     Disconnect();
     if (outcome.error != ERROR_NO_DATA) Pause(kPauseAfterFailureMilliseconds);
