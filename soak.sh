@@ -11,9 +11,10 @@ usage: ./soak.sh [--seed N] [MINUTES]
 Installs what is missing, builds, and runs three parts under Wine.
 
 Clients: two processes with four threads each call two brokers. The brokers are
-killed, suspended, ended in order and started again. Impostors take their place
-that talk nonsense, vanish, hang up, are slow or never answer. Each call may end
-only with a code that its broker's state explains.
+killed, suspended, ended in order and started again, also with each fault of
+SceneBroker's option --fault. Impostors take their place that talk nonsense. Each
+call may end only with a code that its broker's state explains. Each fault must
+happen at least once.
 
 Handles: threads share handles of the C interface. They use them and free them at
 random. The broker must get back every element.
@@ -27,7 +28,7 @@ not 0 when a verdict is bad.
 
   MINUTES   for all parts together, without the build; 5 if absent. The clients
             get six tenths, the handles one tenth, the host the rest. This includes
-            the warm-ups: about a minute for the clients and half a minute for the
+            the warm-ups: about two minutes for the clients and half a minute for the
             host. After its warm-up each part runs for 10 seconds at least, so less
             than 2 minutes still take almost 2.
   --seed N  for the random faults; printed by every run

@@ -31,26 +31,33 @@ std::filesystem::path LogFile(DWORD run, int broker) {
   return TemporaryFile(run, broker, (L"-" + std::to_wstring(++life) + L".log").c_str());
 }
 
-std::wstring CommandLine(DWORD run, int broker) {
+std::wstring CommandLine(DWORD run, int broker, const std::wstring& options) {
   const std::filesystem::path scene = TemporaryFile(run, broker, L".json");
   std::ofstream(scene, std::ios::binary) << SceneText(broker, run);
-  return OwnFolder() + L"SceneBroker.exe \"" + scene.wstring() + L"\"";
+  return OwnFolder() + L"SceneBroker.exe \"" + scene.wstring() + L"\"" + options;
 }
 
 }  // namespace
 
-BrokerLife::BrokerLife(DWORD run, int broker)
-    : program_(CommandLine(run, broker), LogFile(run, broker)) {
-  std::string output;
-  for (int i = 0; (output = program_.Output()).find("ready") == std::string::npos; ++i) {
-    if (i > 3000 || !program_.Runs())
-      throw std::runtime_error("a broker does not start: " + output);
-    ::Sleep(10);
-  }
+BrokerLife::BrokerLife(DWORD run, int broker, const std::wstring& options)
+    : program_(CommandLine(run, broker, options), LogFile(run, broker)) {
+  const std::string output = OutputUntilReady();
   const std::string pipeName = Fact(output, "pipe");
   pipeName_.assign(pipeName.begin(), pipeName.end());
   life_.window = static_cast<DWORD>(std::stoull(Fact(output, "window"), nullptr, 0));
   life_.process = std::stoul(Fact(output, "process"));
+}
+
+std::string BrokerLife::OutputUntilReady() const {
+  for (int i = 0;; ++i) {
+    // Look whether the broker runs before reading its output, because a broker may crash as soon as
+    // it has printed "ready".
+    const bool runs = program_.Runs();
+    const std::string output = program_.Output();
+    if (output.find("ready") != std::string::npos) return output;
+    if (i > 3000 || !runs) throw std::runtime_error("a broker does not start: " + output);
+    ::Sleep(10);
+  }
 }
 
 std::string BrokerLife::Fact(const std::string& output, const std::string& key) const {
@@ -64,6 +71,8 @@ void BrokerLife::Kill() const {
   program_.Wait(kEndMilliseconds);
 }
 
+DWORD BrokerLife::AwaitEnd() const { return program_.Wait(kEndMilliseconds); }
+
 bool BrokerLife::CloseInOrder() const {
   ::PostMessageW(reinterpret_cast<HWND>(static_cast<ULONG_PTR>(life_.window)), WM_CLOSE, 0, 0);
   const DWORD code = program_.Wait(kEndMilliseconds);
@@ -73,6 +82,14 @@ bool BrokerLife::CloseInOrder() const {
       code == 0 && summary.starts_with("handed out: ") && Fact("\n" + summary, "still held") == "0";
   if (!balanced) std::printf("\na broker ended with code %lu: %s\n", code, summary.c_str());
   return balanced;
+}
+
+long BrokerLife::FaultCount() const {
+  const std::string output = program_.Output(), line = "\nfault: ";
+  long count = 0;
+  for (std::size_t i = 0; (i = output.find(line, i)) != std::string::npos; i += line.size())
+    ++count;
+  return count;
 }
 
 }  // namespace soak

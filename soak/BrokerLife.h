@@ -10,13 +10,15 @@ namespace soak {
 
 class BrokerLife {
  public:
-  // Starts the broker and waits until it serves.
-  BrokerLife(DWORD run, int broker);
+  // Starts the broker and waits until it serves. `options` are SceneBroker's.
+  BrokerLife(DWORD run, int broker, const std::wstring& options);
 
   const std::wstring& PipeName() const { return pipeName_; }
   Life Facts() const { return life_; }
 
   void Kill() const;
+  // Waits until the broker has ended by itself, and returns its exit code.
+  DWORD AwaitEnd() const;
   void Suspend() const { program_.Suspend(); }
   void Resume() const { program_.Resume(); }
   // Closes the broker's window and waits until the broker has ended. Returns false if the broker
@@ -24,7 +26,11 @@ class BrokerLife {
   // function is called, no client may hold an object.
   bool CloseInOrder() const;
 
+  // The number of faults that the broker has printed.
+  long FaultCount() const;
+
  private:
+  std::string OutputUntilReady() const;
   std::string Fact(const std::string& output, const std::string& key) const;
 
   Program program_;

@@ -2,30 +2,23 @@
 // its behaviour in the memory shared with the clients, before the change happens.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <random>
 
 #include "BrokerLife.h"
-#include "Impostor.h"
 
 namespace soak {
 
-// After kSuspend, each fault ends the broker and puts an impostor in its place: a hostile server on
-// the broker's pipe. PhaseKind explains what each kind of impostor does.
-enum class Fault {
+// What can happen to the broker's process.
+enum class Event {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // the impostor sends broken answers: the next 8 of AllNonsense()
-  kVanish,
-  kHangUp,
-  kSlow,
-  kSilent,
+  kNonsense,  // an impostor takes the broker's place and sends the next 8 of AllNonsense()
 };
-constexpr int kFaults = 8;
-constexpr const char* kFaultNames[kFaults] = {"ended in order", "killed",        "suspended",
-                                              "nonsense",       "vanished",      "hung up",
-                                              "slow",           "never answered"};
+constexpr int kEvents = 4;
+constexpr const char* kEventNames[kEvents] = {"ended in order", "killed", "suspended", "nonsense"};
 
 class FaultyBroker {
  public:
@@ -34,11 +27,13 @@ class FaultyBroker {
     Start();
   }
 
-  // Makes the broker fail as `fault` says, and returns when the broker serves again.
-  void RunFault(Fault fault, std::minstd_rand& random);
+  // Both functions return when the broker serves undisturbed again. RunFault starts the broker
+  // again with the option --fault, first with this fault and then without.
+  void RunEvent(Event event, std::minstd_rand& random);
+  void RunFault(tools::FaultKind fault, std::minstd_rand& random);
   // Replaces the broker with an impostor that sends every broken answer of AllNonsense(). Returns
   // when the broker serves again.
-  void SendAllNonsense(std::minstd_rand& random);
+  void SendAllNonsense();
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
@@ -47,14 +42,18 @@ class FaultyBroker {
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }
 
+  // For each fault, how often the broker printed that it happened.
+  const std::array<long, kFaults>& FaultCounts() const { return faultCounts_; }
+
  private:
   Timeline& Phases() { return state_.brokers[broker_].timeline; }
   void Start();
+  void StartLife(PhaseKind starting, PhaseKind serving, const std::wstring& options);
   void Kill();
+  void Suspend(DWORD milliseconds);
   void AwaitCalm();
-  void Impersonate(PhaseKind kind, DWORD milliseconds, std::minstd_rand& random);
-  void SendNonsense(int kinds, std::minstd_rand& random);
-  void End(std::unique_ptr<Impostor> impostor);
+  void AwaitCrash();
+  void SendNonsense(int kinds);
 
   SharedState& state_;
   const DWORD run_;
@@ -63,6 +62,7 @@ class FaultyBroker {
   std::wstring pipeName_;
   std::size_t nextNonsense_ = 0;
   long ended_ = 0, unbalanced_ = 0;
+  std::array<long, kFaults> faultCounts_ = {};
 };
 
 }  // namespace soak

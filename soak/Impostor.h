@@ -1,37 +1,35 @@
 // Runs in the conductor (soak_conductor). A hostile server that takes over the pipe of a broker
-// after the broker's process has ended, until the broker is started again.
+// after the broker's process has ended, until the broker is started again. Answers each request
+// with the broken answer that the current phase names.
 #pragma once
 
 #include <windows.h>
 
-#include <random>
+#include <memory>
 #include <string>
+#include <thread>
 
 #include "Timeline.h"
+#include "tools/pipe/ServerPipe.h"
 
 namespace soak {
 
 class Impostor {
  public:
-  // Waits until it can create the pipe.
-  explicit Impostor(const std::wstring& pipeName);
-  ~Impostor();
-  Impostor(const Impostor&) = delete;
-  Impostor& operator=(const Impostor&) = delete;
+  // Waits until it can create the pipe. Clients that connect wait until Start is called.
+  Impostor(const std::wstring& pipeName, const Timeline& timeline);
 
-  // Treats clients as `phase` says (see PhaseKind), for `milliseconds`. If a client is connected
-  // when the time ends, serves this client to the end.
-  void Serve(const Phase& phase, DWORD milliseconds, std::minstd_rand& random);
+  // Between Start and Stop, all phases must be of the kind kNonsense.
+  void Start() { thread_ = std::jthread(&Impostor::Serve, this); }
+  // Serves a connected client to the end. The pipe exists until the destructor runs.
+  void Stop();
 
  private:
-  bool Connect(ULONGLONG end);
-  bool Finish(BOOL done, DWORD milliseconds);
-  void Answer(const std::string& bytes);
-  void AwaitLeave(ULONGLONG end);
+  void Serve();
 
-  HANDLE event_;
-  HANDLE pipe_ = INVALID_HANDLE_VALUE;
-  OVERLAPPED overlapped_ = {};
+  const Timeline& timeline_;
+  std::unique_ptr<tools::ServerPipe> pipe_;
+  std::jthread thread_;
 };
 
 // Waits until no process has a pipe with the name `pipeName`.

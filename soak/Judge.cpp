@@ -18,14 +18,47 @@ int AnswerOf(const Call& call, DWORD process) {
   return AfterSearch(call, call.process == process ? call.status : SL_NOT_SERVED);
 }
 
+bool IsLost(int code) { return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT; }
+
+bool AllowsWithFault(const Call& call, tools::FaultKind fault, DWORD process, int code) {
+  using tools::FaultKind;
+  switch (fault) {
+    case FaultKind::kDelay:
+    case FaultKind::kLong:
+    case FaultKind::kDeaf:
+      return code == AnswerOf(call, process);
+    // One call waits for the answer, all other calls wait for a connection.
+    case FaultKind::kHang:
+      return IsLost(code);
+    // The broker disconnects before or after the request is written.
+    case FaultKind::kVanishBefore:
+      return IsLost(code);
+    case FaultKind::kVanishAfter:
+    case FaultKind::kVanishDuring:
+      return code == SL_CANNOT_READ;
+    case FaultKind::kStatus:
+      return code == kFaultStatus;
+    case FaultKind::kWrongType:
+    case FaultKind::kTooFew:
+    case FaultKind::kBrokenJson:
+      return code == SL_ARCHIVE_FAILURE;
+    case FaultKind::kHugeCount:
+      return code == (BeginsWithCount(call.operation.answer)
+                          ? OutcomeOf(HugeCount(), call.operation.answer)
+                          : AnswerOf(call, process));
+    case FaultKind::kCrash:
+      return code == AnswerOf(call, process) || IsLost(code) || code == SL_BROKER_NOT_STARTED;
+  }
+  return false;
+}
+
 bool Allows(const Call& call, const Phase& phase, int code) {
   switch (phase.kind) {
     case PhaseKind::kServing:
     case PhaseKind::kSuspended:
       return code == AnswerOf(call, phase.detail);
     case PhaseKind::kEnding:
-      return code == AnswerOf(call, phase.detail) || code == SL_CANNOT_READ ||
-             code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
+      return code == AnswerOf(call, phase.detail) || IsLost(code) || code == SL_BROKER_NOT_STARTED;
     case PhaseKind::kAbsent:
       return code == SL_BROKER_NOT_STARTED;
     case PhaseKind::kStarting:  // no client knows the new process id yet
@@ -33,19 +66,13 @@ bool Allows(const Call& call, const Phase& phase, int code) {
     case PhaseKind::kNonsense:
       return code ==
              AfterSearch(call, OutcomeOf(AllNonsense()[phase.detail], call.operation.answer));
-    case PhaseKind::kVanishing:
-      return code == SL_CANNOT_READ;
-    case PhaseKind::kHangingUp:  // the impostor disconnects before or after the request is written
-      return code == SL_CANNOT_CONNECT || code == SL_CANNOT_READ;
-    case PhaseKind::kSlow:
-      return code == kSlowStatus;
-    // One call waits for the answer, all other calls wait for a connection.
-    case PhaseKind::kSilent:
-      return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT;
     case PhaseKind::kClosing:
-      return code == SL_CANNOT_READ || code == SL_CANNOT_CONNECT || code == SL_BROKER_NOT_STARTED;
+      return IsLost(code) || code == SL_BROKER_NOT_STARTED;
+    default:
+      // Without a process id, the broker still starts, and there may be no pipe.
+      if (phase.detail == 0 && code == SL_BROKER_NOT_STARTED) return true;
+      return AllowsWithFault(call, FaultOf(phase.kind), phase.detail, code);
   }
-  return false;
 }
 
 template <class... Arguments>
@@ -61,7 +88,7 @@ void Describe(const Timeline& timeline, long began, long ended, char (&text)[120
   for (long moment = began; moment <= ended && length < 100; ++moment) {
     const Phase phase = timeline.At(moment);
     length += std::snprintf(text + length, sizeof(text) - length, "%s%s",
-                            moment == began ? "" : ", ", kPhaseNames[static_cast<int>(phase.kind)]);
+                            moment == began ? "" : ", ", PhaseName(static_cast<int>(phase.kind)));
     if (phase.kind == PhaseKind::kNonsense && length < 100)
       length += std::snprintf(text + length, sizeof(text) - length, " %lu", phase.detail);
   }

@@ -2,10 +2,13 @@
 
 #include "SharedState.h"
 #include "TesselSilverlight.h"
+#include "tools/pipe/ServerPipe.h"
 
 namespace soak {
 
 namespace {
+
+using tools::MessageOfText;
 
 // A vector of this many elements needs 120 GB. The machine must have less memory, so that the
 // allocation fails.
@@ -19,53 +22,53 @@ std::vector<Nonsense> MakeNonsense() {
       // These bytes are not a message, not JSON, or not an array, or too much follows the array.
       {"", {}},
       {"[", {}},
-      {MessageOf(L"nonsense"), {}},
-      {MessageOf(L"{}"), {}},
-      {MessageOf(L"77"), {}},
-      {MessageOf(L"\xFEFF"), {}},
-      {MessageOf(L"[0,\"fre"), {}},
-      {MessageOf(L"[0]x") + "y", {}},
-      {MessageOf(L"[77]]]"), {}},
-      {MessageOf(L"[77,]"), {}},
-      {MessageOf(L"[0 0]"), {}},
-      {MessageOf(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
-      {MessageOf(std::wstring(1 << 20, L'[')), {}},
-      {MessageOf(many + many), {}},
+      {MessageOfText(L"nonsense"), {}},
+      {MessageOfText(L"{}"), {}},
+      {MessageOfText(L"77"), {}},
+      {MessageOfText(L"\xFEFF"), {}},
+      {MessageOfText(L"[0,\"fre"), {}},
+      {MessageOfText(L"[0]x") + "y", {}},
+      {MessageOfText(L"[77]]]"), {}},
+      {MessageOfText(L"[77,]"), {}},
+      {MessageOfText(L"[0 0]"), {}},
+      {MessageOfText(deep + deep + deep + deepEnd + deepEnd + deepEnd), {}},
+      {MessageOfText(std::wstring(1 << 20, L'[')), {}},
+      {MessageOfText(many + many), {}},
       // These arrays do not begin with a status.
-      {MessageOf(L"[]"), {}},
-      {MessageOf(L"[null]"), {{'?'}}},
-      {MessageOf(L"[\"0\"]"), {{'s'}}},
-      {MessageOf(L"[0.0]"), {{'?'}}},
-      {MessageOf(L"[4294967296]"), {{'?'}}},
-      {MessageOf(L"[[0]]"), {{'?'}}},
+      {MessageOfText(L"[]"), {}},
+      {MessageOfText(L"[null]"), {{'?'}}},
+      {MessageOfText(L"[\"0\"]"), {{'s'}}},
+      {MessageOfText(L"[0.0]"), {{'?'}}},
+      {MessageOfText(L"[4294967296]"), {{'?'}}},
+      {MessageOfText(L"[[0]]"), {{'?'}}},
       // These arrays begin with the status 77, which is no success. A client ignores everything
       // else in these messages.
-      {MessageOf(L"[77]"), other},
-      {MessageOf(L"[77") + "]", other},
-      {MessageOf(L"[77]]"), other},  // one character after the array is accepted
-      {MessageOf(std::wstring(L"[77]\0[0]", 8)), other},
-      {MessageOf(L"/**/ [77, null]"), other},
-      {MessageOf(L"[77," + deep + deepEnd + L"]"), other},
-      {MessageOf(L"[77,\"" + many + many + L"\"]"), other},
+      {MessageOfText(L"[77]"), other},
+      {MessageOfText(L"[77") + "]", other},
+      {MessageOfText(L"[77]]"), other},  // one character after the array is accepted
+      {MessageOfText(std::wstring(L"[77]\0[0]", 8)), other},
+      {MessageOfText(L"/**/ [77, null]"), other},
+      {MessageOfText(L"[77," + deep + deepEnd + L"]"), other},
+      {MessageOfText(L"[77,\"" + many + many + L"\"]"), other},
       // These answers report success, with values that fit only some calls.
-      {MessageOf(L"[0]"), {{'i', 0}}},
-      {MessageOf(L"[0,0]"), {{'i', 0}, {'i', 0}}},
-      {MessageOf(L"[0,null]"), {{'i', 0}, {'?'}}},
-      {MessageOf(L"[0,true]"), {{'i', 0}, {'b', 1}}},
-      {MessageOf(L"[0,false]"), {{'i', 0}, {'b', 0}}},
-      {MessageOf(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
-      {MessageOf(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
-      {MessageOf(L"[0,\"fre\\u0000md\"]"), {{'i', 0}, {'s'}}},
-      {MessageOf(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
-      {MessageOf(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
-      {MessageOf(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
-      {MessageOf(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
-      {MessageOf(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
+      {MessageOfText(L"[0]"), {{'i', 0}}},
+      {MessageOfText(L"[0,0]"), {{'i', 0}, {'i', 0}}},
+      {MessageOfText(L"[0,null]"), {{'i', 0}, {'?'}}},
+      {MessageOfText(L"[0,true]"), {{'i', 0}, {'b', 1}}},
+      {MessageOfText(L"[0,false]"), {{'i', 0}, {'b', 0}}},
+      {MessageOfText(L"[0,\"fremd\"]"), {{'i', 0}, {'s'}}},
+      {MessageOfText(L"[0,\"\xD800\"]"), {{'i', 0}, {'s'}}},
+      {MessageOfText(L"[0,\"fre\\u0000md\"]"), {{'i', 0}, {'s'}}},
+      {MessageOfText(L"[0,3,\"fremd\"]"), {{'i', 0}, {'i', 3}, {'s'}}},
+      {MessageOfText(L"[0,1,\"fremd\",1,1]"), {{'i', 0}, {'i', 1}, {'s'}, {'i', 1}, {'i', 1}}},
+      {MessageOfText(L"[0,1,2,3,4]"), {{'i', 0}, {'i', 1}, {'i', 2}, {'i', 3}, {'i', 4}}},
+      {MessageOfText(L"[0,\"\",\"\",\"\",\"4\"]"), {{'i', 0}, {'s'}, {'s'}, {'s'}, {'s'}}},
+      {MessageOfText(L"[0,1,\"" + many + L"\"]"), {{'i', 0}, {'i', 1}, {'s'}}},
       // These answers have counts that are negative, or too large for the memory.
-      {MessageOf(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
-      {MessageOf(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
-      {MessageOf(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
-      {MessageOf(L"[0,2147483647,\"fremd\"]"), {{'i', 0}, {'i', kLargestCount}, {'s'}}},
+      {MessageOfText(L"[0,-1]"), {{'i', 0}, {'i', -1}}},
+      {MessageOfText(L"[0,-2147483648,\"fremd\"]"), {{'i', 0}, {'i', -2147483647 - 1}, {'s'}}},
+      {MessageOfText(L"[0,2147483647]"), {{'i', 0}, {'i', kLargestCount}}},
+      {MessageOfText(L"[0,2147483647,\"fremd\"]"), {{'i', 0}, {'i', kLargestCount}, {'s'}}},
   };
 }
 
@@ -87,14 +90,17 @@ class Reader {
 
 }  // namespace
 
-std::string MessageOf(const std::wstring& text) {
-  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
-}
-
 const std::vector<Nonsense>& AllNonsense() {
   static const std::vector<Nonsense> all = MakeNonsense();
   return all;
 }
+
+const Nonsense& HugeCount() {
+  static const Nonsense hugeCount = {"", {{'i', 0}, {'i', kLargestCount}}};
+  return hugeCount;
+}
+
+bool BeginsWithCount(Layout layout) { return *layout == '*' || *layout == '#'; }
 
 int OutcomeOf(const Nonsense& nonsense, Layout layout) {
   Reader reader(nonsense.values);
@@ -103,7 +109,7 @@ int OutcomeOf(const Nonsense& nonsense, Layout layout) {
   if (status->number != SL_SUCCESS) return status->number;
   while (*layout != '\0') {
     int times = 1;
-    if (*layout == '*' || *layout == '#') {
+    if (BeginsWithCount(layout)) {
       const Value* const count = reader.Next('i');
       if (count == nullptr) return SL_ARCHIVE_FAILURE;
       times = count->number;

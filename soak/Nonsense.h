@@ -22,8 +22,8 @@ struct Nonsense {
 
 const std::vector<Nonsense>& AllNonsense();
 
-// Returns the bytes of a message that consists of this text.
-std::string MessageOf(const std::wstring& text);
+// The answer of a broker with the fault "huge-count".
+const Nonsense& HugeCount();
 
 // Describes the values that follow the status in an answer. The letters 'i', 'b' and 's' are types
 // as in Value. '*' and '#' are counts, which are ints: the values described up to the next count,
@@ -31,6 +31,9 @@ std::string MessageOf(const std::wstring& text);
 // ints. For '#' the client first allocates a vector of that size, which fails if the count is too
 // large.
 using Layout = const char*;
+
+// Returns whether the first value after the status is a count.
+bool BeginsWithCount(Layout layout);
 
 // Returns the code that a call must return if `nonsense` is its answer and `layout` is the layout
 // of a right answer. Returns kBadAlloc or kLengthError if the call must throw this exception.

@@ -58,8 +58,8 @@ std::string Progress::Table() const {
       if (const long long count = Count(row, code); count != 0)
         codes += " " + NameOf(code) + ":" + std::to_string(count);
     }
-    text += std::string("  ") + (row == kPhaseKinds ? "in several phases" : kPhaseNames[row]) +
-            ":" + codes + "\n";
+    text += std::string("  ") + (row == kPhaseKinds ? "in several phases" : PhaseName(row)) + ":" +
+            codes + "\n";
   }
   return text;
 }

@@ -6,32 +6,44 @@
 #include <windows.h>
 
 #include <atomic>
+#include <iterator>
+
+#include "tools/faults/FaultRule.h"
 
 namespace soak {
 
 enum class PhaseKind : DWORD {
-  kServing,    // the broker serves undisturbed
-  kSuspended,  // the broker's process is suspended for a while, so its correct answers come late
-  kEnding,     // the broker is being closed or killed
-  kAbsent,     // no pipe with the name of the broker's pipe exists
-  kStarting,   // the broker starts again; the clients do not know its new process yet
-  // In the phases below, an impostor serves the pipe: a hostile server in the broker's place.
-  kNonsense,   // the impostor sends a broken answer of AllNonsense()
-  kVanishing,  // the impostor reads the request and disconnects
-  kHangingUp,  // the impostor disconnects without reading the request
-  kSlow,       // the impostor answers kSlowStatus after a delay
-  kSilent,     // the impostor never answers
-  kClosing,    // the impostor closes the pipe
+  kServing,     // the broker serves undisturbed
+  kSuspended,   // the broker's process is suspended for a while, so its correct answers come late
+  kEnding,      // the broker is being closed or killed
+  kAbsent,      // no pipe with the name of the broker's pipe exists
+  kStarting,    // the broker starts again; the clients do not know its new process yet
+  kNonsense,    // an impostor serves the pipe and sends a broken answer of AllNonsense()
+  kClosing,     // the impostor closes the pipe
+  kFirstFault,  // the broker has the first fault of kFaultForms; further phases are for the others
 };
-constexpr int kSlowStatus = 78;
-constexpr int kPhaseKinds = 11;
-constexpr const char* kPhaseNames[kPhaseKinds] = {
-    "serving",   "suspended",  "ending", "absent", "starting", "talking nonsense",
-    "vanishing", "hanging up", "slow",   "silent", "closing"};
+constexpr int kFaultStatus = 79;  // what a broker with the fault "status" answers
+constexpr int kFirstFault = static_cast<int>(PhaseKind::kFirstFault);
+constexpr int kFaults = static_cast<int>(std::size(tools::kFaultForms));
+constexpr int kPhaseKinds = kFirstFault + kFaults;
+
+constexpr PhaseKind PhaseOf(tools::FaultKind fault) {
+  return static_cast<PhaseKind>(kFirstFault + static_cast<int>(fault));
+}
+constexpr tools::FaultKind FaultOf(PhaseKind kind) {
+  return static_cast<tools::FaultKind>(static_cast<int>(kind) - kFirstFault);
+}
+constexpr const char* PhaseName(int kind) {
+  constexpr const char* kNames[kFirstFault] = {"serving",  "suspended",        "ending", "absent",
+                                               "starting", "talking nonsense", "closing"};
+  return kind < kFirstFault ? kNames[kind] : tools::kFaultForms[kind - kFirstFault].name;
+}
 
 struct Phase {
   PhaseKind kind;
-  DWORD detail;  // the broker's process id; in kNonsense, the index in AllNonsense(); otherwise 0
+  // In kNonsense, the index in AllNonsense(). Otherwise the broker's process id, or 0 if there is
+  // no broker or if the clients do not know the process id yet.
+  DWORD detail;
 };
 
 // The phases of one broker, in order and numbered from 0 on. Such a number is called a moment. Only

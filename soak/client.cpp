@@ -92,7 +92,9 @@ int main(int count, char** arguments) {
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
   SwitchOffTextCache();
-  AllNonsense();  // allocates the table before the counting begins
+  // Allocate the tables before the counting begins.
+  AllNonsense();
+  HugeCount();
   if (!CountersSeeLeaks()) {
     std::printf("client %d: a counter does not see a planted leak\n", index);
     return 1;

@@ -16,9 +16,9 @@ namespace {
 
 using namespace soak;
 
-// How often each fault happens, relative to the other faults. The last fault is rare, because it
-// takes long.
-constexpr int kWeights[kFaults] = {6, 6, 6, 10, 4, 4, 3, 1};
+// How often each event, and then each fault, happens, relative to the others. The fault "hang" is
+// rare, because it takes long.
+constexpr int kWeights[kEvents + kFaults] = {6, 6, 6, 10, 3, 1, 4, 4, 3, 3, 3, 3, 3, 3, 3, 3, 4};
 
 std::wstring OwnProgram(const wchar_t* name) {
   wchar_t path[MAX_PATH] = {};
@@ -61,21 +61,26 @@ class Conductor {
   // Makes every kind of failure happen once. Then makes random failures until the clients have
   // finished their own warm-up, in which they count their resources for the first time.
   void WarmUp() {
-    for (int fault = 0; fault < kFaults; ++fault)
-      Disturb(*brokers_[fault % kBrokers], static_cast<Fault>(fault));
-    brokers_[0]->SendAllNonsense(random_);
+    for (int failure = 0; failure < kEvents + kFaults; ++failure)
+      Disturb(*brokers_[failure % kBrokers], failure);
+    brokers_[0]->SendAllNonsense();
     state_->warm = 1;
     while (state_->ready < kClients && ClientsRun()) DisturbAtRandom();
   }
 
   void DisturbAtRandom() {
     ::Sleep(300 + random_() % 1500);
-    Disturb(*brokers_[random_() % kBrokers], static_cast<Fault>(anyFault_(random_)));
+    Disturb(*brokers_[random_() % kBrokers], anyFailure_(random_));
   }
 
-  void Disturb(FaultyBroker& broker, Fault fault) {
-    broker.RunFault(fault, random_);
-    ++faults_[static_cast<int>(fault)];
+  // A failure is the number of an event, or kEvents plus the number of a fault.
+  void Disturb(FaultyBroker& broker, int failure) {
+    if (failure < kEvents) {
+      broker.RunEvent(static_cast<Event>(failure), random_);
+      ++events_[failure];
+    } else {
+      broker.RunFault(static_cast<tools::FaultKind>(failure - kEvents), random_);
+    }
   }
 
   int Judge() {
@@ -96,6 +101,7 @@ class Conductor {
     progress_.Hide();
     std::printf("%s", clients.c_str());
     PrintFigures(ended, unbalanced);
+    good = PrintFaults() && good;
     good = good && state_->wrong == 0 && state_->unexpected == 0 && unbalanced == 0;
     std::printf("verdict of the clients: %s\n", good ? "nothing lost" : "LOST");
     return good ? 0 : 1;
@@ -105,8 +111,8 @@ class Conductor {
     std::printf("seed %u: %lld calls; codes by the phase of the broker:\n%s", seed_,
                 progress_.Calls(), progress_.Table().c_str());
     std::printf("brokers:");
-    for (int i = 0; i < kFaults; ++i)
-      std::printf("%s %s %ld", i == 0 ? "" : ",", kFaultNames[i], faults_[i]);
+    for (int i = 0; i < kEvents; ++i)
+      std::printf("%s %s %ld", i == 0 ? "" : ",", kEventNames[i], events_[i]);
     std::printf("\n");
     const long reports = state_->reports;
     for (long i = 0; i < reports && i < SharedState::kReports; ++i)
@@ -117,17 +123,31 @@ class Conductor {
         state_->wrong.load(), state_->unexpected.load(), ended, unbalanced);
   }
 
+  // Prints how many requests each fault has hit. Returns false if a fault has not happened.
+  bool PrintFaults() const {
+    bool all = true;
+    std::printf("faults:");
+    for (std::size_t i = 0; i < kFaults; ++i) {
+      long count = 0;
+      for (const auto& broker : brokers_) count += broker->FaultCounts()[i];
+      std::printf("%s %s %ld", i == 0 ? "" : ",", tools::kFaultForms[i].name, count);
+      all = all && count > 0;
+    }
+    std::printf("%s\n", all ? "; each has happened" : "; NOT EACH HAS HAPPENED");
+    return all;
+  }
+
   const DWORD run_ = ::GetCurrentProcessId();
   const SharedMemory state_{run_};
   const ULONGLONG start_ = ::GetTickCount64();
   const double minutes_;
   const unsigned seed_;
   std::minstd_rand random_;
-  std::discrete_distribution<int> anyFault_{std::begin(kWeights), std::end(kWeights)};
+  std::discrete_distribution<int> anyFailure_{std::begin(kWeights), std::end(kWeights)};
   Progress progress_{*state_};
   std::unique_ptr<FaultyBroker> brokers_[kBrokers];
   std::unique_ptr<Program> clients_[kClients];
-  long faults_[kFaults] = {};
+  long events_[kEvents] = {};
 };
 
 }  // namespace
