@@ -75,7 +75,8 @@ TEST(ResultCodes, AreExactlyThoseOfThePublicHeader) {
                                          {"BROKER_UNKNOWN_COMMAND", wire::kUnknownCommand},
                                          {"BROKER_UNKNOWN_ELEMENT", wire::kUnknownElement},
                                          {"BROKER_NOT_SUPPORTED", wire::kNotSupported},
-                                         {"BROKER_MALFORMED_REQUEST", wire::kMalformedRequest}};
+                                         {"BROKER_MALFORMED_REQUEST", wire::kMalformedRequest},
+                                         {"BROKER_NOT_RECORDED", wire::kNotRecorded}};
   const std::string header = FileText(TESSEL_SOURCE "/Common/include/TesselCodes.h");
   const std::regex code("\\n\\s*(SL_\\w+)(?: = (-?\\d+))?");
   for (std::sregex_iterator next(header.begin() + header.find("enum SLResult"), header.end(), code);

@@ -16,6 +16,9 @@ enum Status : int {
   kUnknownElement = 101,
   kNotSupported = 102,  // the element has no such attribute, state or item
   kMalformedRequest = 103,
+
+  // A broker that replays a recording uses this number.
+  kNotRecorded = 104,
 };
 
 }  // namespace wire

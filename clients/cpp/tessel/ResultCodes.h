@@ -78,6 +78,11 @@ inline constexpr ResultCode kResultCodes[] = {
     {wire::kMalformedRequest, "BROKER_MALFORMED_REQUEST",
      "a status of the broker, usually: it could not read the request",
      "check that the values are allowed and that the broker has the same version"},
+    {wire::kNotRecorded, "BROKER_NOT_RECORDED",
+     "a status of the broker, usually: it replays a recording, and the request differs from the "
+     "recorded one",
+     "see the deviation that SceneBroker has printed, and send the recorded requests in their "
+     "order"},
 };
 
 // Returns the explanation of a result code. A number that is not in the table is a status of the
