@@ -14,8 +14,9 @@ class RequestServer {
   virtual ~RequestServer() = default;
 
   // Serves one client after the other until Stop is called. Passes each request to `answer`, and
-  // sends the text that `answer` returns. Then calls `sent`: with true if the client received the
-  // text, otherwise with false. Calls both functions on the thread that called Serve.
+  // sends the text that `answer` returns. If this text is empty, disconnects the client without an
+  // answer. Then calls `sent`: with true if the client received the text, otherwise with false.
+  // Calls both functions on the thread that called Serve.
   virtual void Serve(const AnswerFunction& answer, const SentFunction& sent) = 0;
 
   // Ends Serve. May be called from any thread, any number of times, also before Serve. Returns true

@@ -99,6 +99,7 @@ std::optional<std::string> ServerPipe::Read() {
 }
 
 bool ServerPipe::Write(std::string_view bytes) {
+  if (bytes.empty()) return false;
   if (Finish(StartWrite(bytes), kExchangeMilliseconds).error != ERROR_SUCCESS) return false;
   return ::FlushFileBuffers(pipe_.get()) != 0;
 }
