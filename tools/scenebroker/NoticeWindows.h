@@ -14,6 +14,9 @@ inline constexpr int kMostNoticeWindows = 10;
 
 class NoticeWindows {
  public:
+  // Makes no windows, and needs no module.
+  NoticeWindows() : count_(0) {}
+
   // Throws std::runtime_error if `count` is not 0 and the module has no additional windows.
   NoticeWindows(const HostModule& module, int count);
   NoticeWindows(const NoticeWindows&) = delete;

@@ -6,13 +6,17 @@
 #include <iostream>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "tools/faults/FaultOptions.h"
 #include "tools/faults/FaultyPipe.h"
+#include "tools/pipe/StopOnConsoleEvent.h"
+#include "tools/recording/Recorder.h"
 #include "tools/scenebroker/HostChannel.h"
 #include "tools/scenebroker/HostModule.h"
 #include "tools/scenebroker/NoticeWindows.h"
+#include "tools/scenebroker/ReplayRun.h"
 #include "tools/scenebroker/SceneReader.h"
 #include "tools/scenebroker/SceneReport.h"
 #include "tools/scenebroker/SceneService.h"
@@ -27,6 +31,7 @@ using tessel::Narrow;
 using tessel::Wide;
 
 constexpr int kFailure = 1;
+constexpr int kDeviation = 3;
 
 struct Options {
   std::string scene;
@@ -34,15 +39,38 @@ struct Options {
   std::string dll;
   int additionalWindows = 0;
   tools::FaultOptions faults;
+  std::optional<std::string> record;  // the file to create
+  std::optional<std::string> replay;  // the file to serve instead of a scene
 };
+
+// A replay takes everything from the recording, so it excludes all other options. Call this
+// function after all other options were added.
+void AddRecordingOptions(CLI::App& app, Options& options) {
+  app.add_option("--record", options.record,
+                 "Record the requests and answers in this file, which must not exist yet; it holds "
+                 "what users type, passwords too")
+      ->type_name("FILE")
+      ->excludes(app.get_option("--fault"));  // it would hold the answers before they are spoilt
+  CLI::Option* const replay =
+      app.add_option("--replay", options.replay, "Serve this recording instead of a scene")
+          ->type_name("FILE");
+  for (CLI::Option* const option : app.get_options()) {
+    if (option != replay && option != app.get_help_ptr()) replay->excludes(option);
+  }
+  app.callback([&options] {
+    if (options.scene.empty() && !options.replay) {
+      throw CLI::RequiredError("a scene file, or --replay with a recording");
+    }
+  });
+}
 
 std::optional<int> ReadOptions(Options& options) {
   CLI::App app(
-      "Serves a scene, a form described by a JSON file, to clients of TesselSLB_x64.dll until "
-      "Ctrl-C.",
+      "Serves a scene, a form described by a JSON file, or a recording to clients of "
+      "TesselSLB_x64.dll until Ctrl-C.",
       "SceneBroker");
   app.allow_windows_style_options(false);  // "/x" is a path, not an option
-  app.add_option("scene", options.scene, "The scene file")->required()->type_name("SCENE");
+  app.add_option("scene", options.scene, "The scene file")->type_name("SCENE");
   tools::AddSchemeOption(app, options.scheme, "The scheme to serve")->capture_default_str();
   app.add_option("--dll", options.dll,
                  "The module. The default is TesselSLB_x64.dll in the folder of this program")
@@ -54,9 +82,11 @@ std::optional<int> ReadOptions(Options& options) {
       ->type_name("COUNT")
       ->capture_default_str();
   tools::AddFaultOptions(app, options.faults);
+  AddRecordingOptions(app, options);
   app.footer(
-      "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene cannot be shown or "
-      "served,\n2 wrong command line, 4 ended by the fault crash.");
+      "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene or the recording "
+      "cannot be\nshown or served, 2 wrong command line, 3 a request was not the recorded one, 4 "
+      "ended by the\nfault crash.");
   return tools::ParseCommandLine(app);
 }
 
@@ -66,38 +96,16 @@ std::wstring DefaultModulePath() {
   return path.substr(0, path.rfind(L'\\') + 1) + L"TesselSLB_x64.dll";
 }
 
-// Windows calls the console handler on a separate thread and passes only the event, so the handler
-// finds the server in `serverToStop`. The mutex keeps the server alive while the handler uses it.
-std::mutex serverMutex;
-tools::RequestServer* serverToStop = nullptr;
-
-// For the first Ctrl-C or Ctrl-Break, stops the server and returns TRUE; the broker then ends in
-// order. For a second Ctrl-C or Ctrl-Break, and for any other event, returns FALSE, and Windows
-// ends the process. This is needed if the last answer waits for a client that never reads it.
-BOOL WINAPI OnConsoleEvent(DWORD event) {
-  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-  const std::lock_guard lock(serverMutex);
-  return serverToStop != nullptr && serverToStop->Stop();
+// Returns null if nothing is to be recorded.
+std::unique_ptr<tools::Recorder> BeginRecording(const Options& options, const Scene& scene) {
+  if (!options.record) return nullptr;
+  auto recorder = std::make_unique<tools::Recorder>(Wide(*options.record));
+  recorder->Begin({Wide(scene.address), options.scheme, Wide(scene.title)});
+  return recorder;
 }
 
-class StopOnConsoleEvent {
- public:
-  explicit StopOnConsoleEvent(tools::RequestServer& server) {
-    Set(&server);
-    ::SetConsoleCtrlHandler(&OnConsoleEvent, TRUE /*add*/);
-  }
-  ~StopOnConsoleEvent() { Set(nullptr); }
-  StopOnConsoleEvent(const StopOnConsoleEvent&) = delete;
-  StopOnConsoleEvent& operator=(const StopOnConsoleEvent&) = delete;
-
- private:
-  static void Set(tools::RequestServer* server) {
-    const std::lock_guard lock(serverMutex);
-    serverToStop = server;
-  }
-};
-
-void Serve(tools::RequestServer& server, ServedScene& served, const NoticeWindows& notices) {
+void Serve(tools::RequestServer& server, ServedScene& served, const NoticeWindows& notices,
+           tools::Recorder* recorder) {
   SceneService service(served, ::GetCurrentProcessId());
   const auto answer = [&](const std::wstring& request) {
     const std::string text = Narrow(request);
@@ -106,7 +114,10 @@ void Serve(tools::RequestServer& server, ServedScene& served, const NoticeWindow
     if (answer.changedBy != 0) notices.Post(answer.changedBy);
     return Wide(answer.text);
   };
-  server.Serve(answer, [&](bool delivered) { served.objects.Settle(delivered); });
+  const auto recorded = [&](const std::wstring& request) {
+    return recorder != nullptr ? recorder->Record(request, answer).answer : answer(request);
+  };
+  server.Serve(recorded, [&](bool delivered) { served.objects.Settle(delivered); });
 }
 
 // The module's channel cannot misbehave, so faults need another server.
@@ -122,19 +133,26 @@ std::unique_ptr<tools::RequestServer> OpenServer(const Options& options, const H
   return channel;
 }
 
-void Run(const Options& options) {
+void RunScene(const Options& options) {
   ServedScene served(ReadSceneFile(Wide(options.scene)));
   const HostModule module(options.dll.empty() ? DefaultModulePath() : Wide(options.dll));
   NoticeWindows notices(module, options.additionalWindows);
   const auto server = OpenServer(options, module, Wide(served.scene.address));
+  const auto recorder = BeginRecording(options, served.scene);
   {
-    const StopOnConsoleEvent stopOnConsoleEvent(*server);
+    const tools::StopOnConsoleEvent stopOnConsoleEvent(*server);
     const SceneWindow window(Wide(served.scene.title), notices, [&server] { server->Stop(); });
     if (!options.faults.rules.empty()) PrintSeed(options.faults.seed);
     PrintFacts(served, options.scheme, window.Handle(), notices.Handles());
-    Serve(*server, served, notices);
+    Serve(*server, served, notices, recorder.get());
   }
   PrintSummary(served.objects);
+}
+
+int Run(const Options& options) {
+  if (options.replay) return RunReplay(Wide(*options.replay)) ? 0 : kDeviation;
+  RunScene(options);
+  return 0;
 }
 
 }  // namespace
@@ -144,8 +162,7 @@ int main() {
   Options options;
   if (const std::optional<int> code = ReadOptions(options)) return *code;
   try {
-    Run(options);
-    return 0;
+    return Run(options);
   } catch (const std::exception& error) {
     std::cerr << "SceneBroker: " << error.what() << std::endl;
     return kFailure;

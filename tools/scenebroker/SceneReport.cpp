@@ -27,6 +27,16 @@ std::string Line(std::string_view key, std::string_view value) {
 
 std::string Line(std::string_view key, int value) { return Line(key, std::to_string(value)); }
 
+// Returns the facts that clients need to find the content.
+std::string ContentLines(const tools::RecordingHeader& content, HWND window) {
+  const SLUriScheme scheme = tools::SchemeFromName(content.scheme);
+  return Line("window", tessel::HandleText(window)) +
+         Line("title", Printable(Narrow(content.title))) +
+         Line("process", std::to_string(::GetCurrentProcessId())) +
+         Line("address", Printable(Narrow(content.address))) + Line("scheme", content.scheme) +
+         Line("pipe", Narrow(wire::PipeName(scheme, content.address)));
+}
+
 // Returns the line "element: ..." with a point and the id of the element. Lines with the parent's
 // id, each attribute's or state's name, and the number of items follow if the element has these.
 std::string ElementLines(const SceneMap& map, const SceneElement& element) {
@@ -46,12 +56,7 @@ std::string ElementLines(const SceneMap& map, const SceneElement& element) {
 void PrintFacts(const ServedScene& served, const std::string& scheme, HWND window,
                 const std::vector<HWND>& noticeWindows) {
   const Scene& scene = served.scene;
-  std::string lines = Line("window", tessel::HandleText(window));
-  lines += Line("title", Printable(scene.title));
-  lines += Line("process", std::to_string(::GetCurrentProcessId()));
-  lines += Line("address", Printable(scene.address));
-  lines += Line("scheme", scheme);
-  lines += Line("pipe", Narrow(wire::PipeName(tools::SchemeFromName(scheme), Wide(scene.address))));
+  std::string lines = ContentLines({Wide(scene.address), scheme, Wide(scene.title)}, window);
   if (!scene.focus.empty()) lines += Line("focus", Printable(scene.focus));
   for (const SceneElement& element : scene.Elements()) {
     lines += ElementLines(served.map, element);
@@ -71,7 +76,25 @@ void PrintFault(const tools::FaultRule& rule, const std::wstring& request) {
 }
 
 void PrintServed(std::string_view request, std::string_view answer) {
-  Print(Line("served", Printable(request) + " -> " + Printable(answer)));
+  Print(Line("served",
+             Printable(request) + " -> " + (answer.empty() ? "no answer" : Printable(answer))));
+}
+
+void PrintReplayFacts(const tools::Recording& recording, HWND window) {
+  Print(ContentLines(recording.header, window) +
+        Line("exchanges", static_cast<int>(recording.exchanges.size())) + "ready\n");
+}
+
+void PrintDeviation(const Replay::Deviation& deviation) {
+  const std::string expected = deviation.expected ? Printable(Narrow(*deviation.expected))
+                                                  : "no request: the recording ends here";
+  Print(Line("deviation", "line " + std::to_string(deviation.line)) + Line("expected", expected) +
+        Line("actual", Printable(Narrow(deviation.actual))));
+}
+
+void PrintReplaySummary(const Replay& replay) {
+  Print(Line("replayed", static_cast<int>(replay.Replayed())) +
+        Line("left", static_cast<int>(replay.Left())));
 }
 
 void PrintNotice(int window, int command) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/faults/FaultRule.h"
+#include "tools/scenebroker/Replay.h"
 #include "tools/scenebroker/ServedScene.h"
 
 // Prints the facts that clients need to find the scene's content, then facts about each element,
@@ -20,3 +21,8 @@ void PrintFault(const tools::FaultRule& rule, const std::wstring& request);
 void PrintServed(std::string_view request, std::string_view answer);
 void PrintNotice(int window, int command);
 void PrintSummary(const HeldObjects& objects);
+
+// These functions are for a recording that is replayed.
+void PrintReplayFacts(const tools::Recording& recording, HWND window);
+void PrintDeviation(const Replay::Deviation& deviation);
+void PrintReplaySummary(const Replay& replay);
