@@ -89,7 +89,7 @@ std::optional<int> ReadInspectorOptions(InspectorOptions& options) {
     for (const InspectorCommand& command : commands) AddCommand(app, command, options);
   }
   for (const auto commands :
-       {ExplainCommands(), WindowsCommands(), DoctorCommands(), LogCommands()}) {
+       {ExplainCommands(), WindowsCommands(), DoctorCommands(), LogCommands(), TapCommands()}) {
     for (const ToolCommand& command : commands) AddTool(app, command, options);
   }
   app.set_version_flag("--version", &VersionText, "Print the versions of tessel and the module");

@@ -67,6 +67,8 @@ struct InspectorOptions {
   unsigned long logProcess = 0;         // whose lines to show; 0 means all
   std::string logFile;                  // empty if the lines are only printed
   std::vector<std::string> logCommand;  // empty if the user ends the command
+
+  std::string record;  // tap: the file to create
 };
 
 // If this function returns a value, the tool must end at once with that exit code. Throws

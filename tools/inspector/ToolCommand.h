@@ -21,3 +21,4 @@ std::span<const ToolCommand> ExplainCommands();  // defined in ExplainCommand.cp
 std::span<const ToolCommand> WindowsCommands();  // defined in WindowsCommand.cpp
 std::span<const ToolCommand> DoctorCommands();   // defined in doctor/DoctorCommand.cpp
 std::span<const ToolCommand> LogCommands();      // defined in log/LogCommand.cpp
+std::span<const ToolCommand> TapCommands();      // defined in TapCommand.cpp
