@@ -35,10 +35,37 @@ void ExpectTranscript(const std::string& name, Run run) {
   EXPECT_EQ(actual, expected) << name;
 }
 
+std::string TwinWindow() {
+  return tessel::HandleText(
+      ::CreateWindowW(L"STATIC", L"twins", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0));
+}
+
 // A transcript holds command lines, their output, and their exit code if it is not 0. PROCESS and
 // WINDOW stand for the broker's process id and window, OWN and TWIN for two windows of this process
 // that have the title "twins". The commands run in order, so each command sees the changes of
 // earlier commands.
+void PlayTranscript(const char* name, const SceneBroker& broker) {
+  static std::map<std::string, std::string> handles = {{"OWN", TwinWindow()},
+                                                       {"TWIN", TwinWindow()}};
+  handles["WINDOW"] = broker.Fact("window");
+  // Replaces the process id only after "process", because other numbers may be equal to it.
+  const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
+  ExpectTranscript(name, [&](const std::string& line) {
+    const std::string command = std::regex_replace(line, std::regex("OWN"), handles["OWN"]);
+    auto [code, output] = ToolOutput(broker.InspectorLine(command));
+    for (const auto& [word, handle] : handles)
+      output = std::regex_replace(output, std::regex(handle + "\\b"), word);
+    return std::pair(code, std::regex_replace(output, process, "$1PROCESS"));
+  });
+}
+
+// A replay must give the inspector the same answers as the scene.
+void ExpectReplay(const char* name, const NewFile& recording) {
+  SceneBroker replay("--replay=" + recording.Name());
+  PlayTranscript(name, replay);
+  EXPECT_THAT(replay.CloseAndRead(0), testing::EndsWith("\nleft: 0\n")) << name;
+}
+
 TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
   const std::tuple<const char*, std::string, const wchar_t*> kCases[] = {
       {"login", TESSEL_SCENES "/login.json", L""},
@@ -46,24 +73,12 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
       {"odd", TESSEL_TRANSCRIPTS "/odd.json", L""},
       {"desk", TESSEL_TRANSCRIPTS "/desk.json", L""},
   };
-  std::map<std::string, std::string> handles;
-  for (const char* name : {"OWN", "TWIN"}) {
-    handles[name] = tessel::HandleText(
-        ::CreateWindowW(L"STATIC", L"twins", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, 0));
-  }
   for (const auto& [name, scene, options] : kCases) {
-    SceneBroker broker(scene, options);
-    handles["WINDOW"] = broker.Fact("window");
-    // Replaces the process id only after "process", because other numbers may be equal to it.
-    const std::regex process("(process\"?: )" + broker.Fact("process") + "\\b");
-    ExpectTranscript(name, [&](const std::string& line) {
-      const std::string command = std::regex_replace(line, std::regex("OWN"), handles["OWN"]);
-      auto [code, output] = ToolOutput(broker.InspectorLine(command));
-      for (const auto& [word, handle] : handles)
-        output = std::regex_replace(output, std::regex(handle + "\\b"), word);
-      return std::pair(code, std::regex_replace(output, process, "$1PROCESS"));
-    });
+    const NewFile recording("session");
+    SceneBroker broker(scene, options + (L" --record" + Quoted(recording.Name())));
+    PlayTranscript(name, broker);
     ExpectAllReleased(broker);
+    ExpectReplay(name, recording);
   }
   ExpectTranscript("alone",
                    [](const std::string& line) { return ToolOutput(L"tessel.exe " + Wide(line)); });
@@ -144,6 +159,18 @@ TEST(InspectorTest, NamesTheMissingModule) {
     EXPECT_EQ(tessel.Wait(), code) << command;
   }
   std::filesystem::remove_all(folder);
+}
+
+TEST(InspectorTest, PrintsTheSameThroughATap) {
+  const NewFile recording("tapped");
+  SceneBroker broker(TESSEL_SCENES "/login.json", L" --scheme http");
+  {
+    Tap tap(broker, recording);
+    PlayTranscript("login", broker);
+  }
+  ExpectAllReleased(broker);
+  broker.Kill();
+  ExpectReplay("login", recording);
 }
 
 // Each row has a command, its notice or "", the broker's answer, the exit code, and a part of the
@@ -229,7 +256,7 @@ TEST(InspectorTest, MakesTheseCallsToReadATree) {
     SceneBroker broker(TESSEL_SCENES "/login.json");
     const auto [code, output] = ToolOutput(broker.InspectorLine("tree --json " + options));
     EXPECT_EQ(code, 0u) << output;
-    EXPECT_EQ(CountServed(broker.CloseAndReadOutput()), calls) << options;
+    EXPECT_EQ(CountServed(broker.CloseAndRead(0)), calls) << options;
     const SceneFile tree(output);
     EXPECT_EQ(SceneBroker(Narrow(tree.path.wstring())).Fact("focus"), "user") << options;
   }
@@ -274,7 +301,7 @@ TEST(InspectorTest, DrawsThePictureOfTheReadme) {
   SceneBroker broker(TESSEL_SCENES "/login.json");
   RunTool(broker.InspectorLine(command), 0, "\"elements\": 8\n}");
   EXPECT_EQ(FileText(picture.path), FileText(TESSEL_SOURCE "/docs/login.svg"));
-  EXPECT_EQ(CountServed(broker.CloseAndReadOutput()), 19);
+  EXPECT_EQ(CountServed(broker.CloseAndRead(0)), 19);
 }
 
 TEST(InspectorTest, DrawsAnyText) {

@@ -39,8 +39,9 @@ add_dependencies(diagnosis_test test_parts)
 tessel_test(c LIBRARIES TesselSLB_c TesselSLB oleaut32 PROPERTIES RESOURCE_LOCK launcher TIMEOUT 60)
 add_dependencies(c_test test_parts)
 
-foreach(tool scenebroker inspector)
-  tessel_test(${tool} LIBRARIES tessel_scene tessel_client oleaut32 PROPERTIES RESOURCE_LOCK "launcher;scenes")
+foreach(tool scenebroker inspector recording)
+  tessel_test(${tool} LIBRARIES tessel_scene tessel_recording tessel_client oleaut32
+    PROPERTIES RESOURCE_LOCK "launcher;scenes")
   add_dependencies(${tool}_test SceneBroker tessel)
 endforeach()
 tessel_test(fault LIBRARIES tessel_faults tessel_client oleaut32)
@@ -72,6 +73,8 @@ set_tests_properties(clients package PROPERTIES RESOURCE_LOCK scenes)
 set_tests_properties(package PROPERTIES TIMEOUT 400)
 set_tests_properties(log_level PROPERTIES RESOURCE_LOCK level
   ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
+# When the tap has ended, its clients look for a launcher.
+set_tests_properties(ctrl_c PROPERTIES RESOURCE_LOCK launcher)
 # The first run makes a Wine prefix and fetches packages. Without access to the npm registry it is skipped.
 set_tests_properties(node PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400)
 

@@ -2,7 +2,8 @@
 # run.sh BUILD: tests Ctrl-C. The test sends SIGINT, which Wine delivers as Ctrl-C. A broker must then print
 # its summary and end, whether it has served a request or not. If a broker still waits for a client that does
 # not read its answer, a second Ctrl-C must end the broker at once, without the summary. Ctrl-C must also end
-# tessel at once while it waits for a call.
+# tessel at once while it waits for a call. A tap must first finish the exchange that has begun, so that the
+# recording has every exchange of the broker.
 set -eu
 work=$1/ctrl-c-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
@@ -51,3 +52,27 @@ while kill -INT "$broker" 2>/dev/null; do
 done
 [ "$signals" -gt 1 ] || fail "the broker did not wait for its client"
 [ -z "$(summary)" ] || fail "the broker was not ended by a second Ctrl-C: $(summary)"
+
+start_broker "$bin" $address --scheme http
+rm -f "$work/tap.jsonl"
+: >"$work/tap.txt"
+"$wine" "$bin/tessel.exe" tap --address $address --scheme http --record "Z:$work/tap.jsonl" >"$work/tap.txt" &
+tap=$!
+window=$(fact window)
+until grep -q ^ready "$work/tap.txt"; do kill -0 "$tap"; sleep 0.1; done
+while "$wine" "$bin/tessel.exe" tree --window="$window" --address=$address; do :; done >"$work/clients.txt" 2>&1 &
+clients=$!
+until grep -q ^served "$work/tap.txt"; do sleep 0.1; done
+# The broker is suspended, so that Ctrl-C most likely comes while the tap waits for an answer.
+kill -STOP "$broker"
+sleep 1
+kill -INT "$tap"
+sleep 0.2
+kill -CONT "$broker"
+wait "$tap" || fail "the tap ended with $?"
+wait "$clients"
+kill -INT "$broker"
+wait "$broker"
+served=$(grep -c ^served "$work/broker.txt")
+[ "$(tail -n +2 "$work/tap.jsonl" | wc -l)" = "$served" ] || fail "the tap has not recorded $served exchanges"
+grep -q "^recorded: $served" "$work/tap.txt" || fail "$(tail -n 1 "$work/tap.txt"), not $served"

@@ -44,6 +44,16 @@ struct SceneFile {
                                                 L"-scene-ä" + std::to_wstring(++count) + L".json");
 };
 
+// The path of a file that does not exist yet. The destructor removes the file.
+struct NewFile {
+  explicit NewFile(const std::string& name)
+      : path(std::filesystem::temp_directory_path() /
+             tessel::Wide(std::to_string(::GetCurrentProcessId()) + "-ä-" + name)) {}
+  ~NewFile() { std::filesystem::remove(path); }
+  std::string Name() const { return tessel::Narrow(path.wstring()); }
+  const std::filesystem::path path;
+};
+
 // A running SceneBroker and the facts that it printed. The constructor waits for the line "ready".
 class SceneBroker : public ChildProcess {
  public:
@@ -75,20 +85,31 @@ class SceneBroker : public ChildProcess {
            tessel::Wide(command.find("--window") == command.npos ? window : "");
   }
 
-  // Closes the broker's window and returns the lines that nobody has read yet.
-  std::string CloseAndReadOutput() {
-    ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
-    const std::string output = ReadToEnd();
-    EXPECT_EQ(Wait(), 0u);
-    return output;
-  }
-
   // Closes the broker's window and returns the lines of its summary.
   std::string CloseAndReadSummary() {
-    const std::string output = CloseAndReadOutput();
+    const std::string output = CloseAndRead(0);
     return output.substr(output.find("handed out: "));
+  }
+
+  // Closes the broker's window and returns all lines that were not read yet.
+  std::string CloseAndRead(DWORD exitCode) {
+    ::PostMessageW(tools::HandleFromText(Fact("window")), WM_CLOSE, 0, 0);
+    const std::string output = ReadToEnd();
+    EXPECT_EQ(Wait(), exitCode);
+    return output;
   }
 
  private:
   std::map<std::string, std::string> facts_;
+};
+
+// A running tap of the tailored pipe for the clients of `broker`. The constructor waits for the
+// line "ready".
+struct Tap : ChildProcess {
+  Tap(const SceneBroker& broker, const NewFile& recording)
+      : ChildProcess(TestFolder() + L"tessel.exe tap --address" + Quoted(broker.Fact("address")) +
+                     L" --scheme" + Quoted(broker.Fact("scheme")) + L" --record" +
+                     Quoted(recording.Name())) {
+    while (!ReadLine().starts_with("ready") && Wait(0) == STILL_ACTIVE) continue;
+  }
 };
