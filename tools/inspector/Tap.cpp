@@ -1,19 +1,39 @@
 #include "tools/inspector/Tap.h"
 
-#include <stdexcept>
-
 #include "tools/inspector/ProcessTitle.h"
 #include "tools/inspector/Report.h"
-#include "tools/pipe/ClientPipe.h"
+#include "tools/pipe/PipeExchange.h"
 #include "tools/pipe/StopOnConsoleEvent.h"
 #include "tools/recording/RecordingLines.h"
 #include "tools/recording/RequestText.h"
 #include "tools/shared/ConsoleText.h"
+#include "wire/Timeouts.h"
 
 namespace {
 
 using tessel::Narrow;
 using tessel::Printable;
+
+// Connecting, writing and reading, as for a client.
+constexpr ULONGLONG kAnswerMilliseconds = 3 * wire::kPipeTimeoutMilliseconds;
+constexpr std::size_t kLongestAnswer = 0x7FFFFFFF;  // in UTF-16 units
+
+std::string NoAnswer(tools::PipeEnd end) {
+  switch (end) {
+    case tools::PipeEnd::kAbsent:
+      return "the broker's pipe is gone";
+    case tools::PipeEnd::kDenied:
+      return "this user may not open the broker's pipe";
+    case tools::PipeEnd::kBusy:
+      return "the broker's pipe stays busy";
+    case tools::PipeEnd::kNotMessages:
+      return "the broker's pipe is not in message mode";
+    case tools::PipeEnd::kSilent:
+      return "the broker sent nothing in time";
+    default:
+      return "the broker disconnected";
+  }
+}
 
 }  // namespace
 
@@ -51,13 +71,11 @@ std::wstring Tap::Answer(const std::wstring& request) {
 
 // Returns an empty text if the broker does not answer. The client then gets no answer either.
 std::wstring Tap::Pass(const std::wstring& request) {
-  failure_.clear();
-  try {
-    return tools::AskPipe(brokerPipe_, request);
-  } catch (const std::runtime_error& error) {
-    failure_ = error.what();
-    return L"";
-  }
+  const tools::PipeExchange asked = tools::ExchangeMessages(
+      brokerPipe_, request, ::GetTickCount64() + kAnswerMilliseconds, kLongestAnswer);
+  const bool hasAnswered = asked.end == tools::PipeEnd::kAnswered;
+  failure_ = hasAnswered ? "" : NoAnswer(asked.end);
+  return hasAnswered ? asked.answer : L"";
 }
 
 void Tap::Begin(const std::wstring& title) {
@@ -68,6 +86,6 @@ void Tap::Begin(const std::wstring& title) {
 void Tap::PrintExchange(const tools::Exchange& exchange) const {
   if (options_.json) return tools::PrintLine(tools::LineOf(exchange));
   const std::string answer =
-      failure_.empty() ? Printable(Narrow(exchange.answer)) : "no answer: the tap " + failure_;
+      failure_.empty() ? Printable(Narrow(exchange.answer)) : "no answer: " + failure_;
   tools::PrintLine("served: " + Printable(Narrow(exchange.request)) + " -> " + answer);
 }

@@ -3,7 +3,7 @@
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/Tap.h"
 #include "tools/inspector/ToolCommand.h"
-#include "tools/pipe/ClientPipe.h"
+#include "tools/pipe/PipeExchange.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
 #include "wire/Addresses.h"

@@ -12,12 +12,12 @@
 #include <windows.h>
 
 #include <atomic>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "tools/pipe/RequestServer.h"
+#include "tools/shared/Handle.h"
 
 namespace tools {
 
@@ -56,11 +56,6 @@ class ServerPipe : public RequestServer {
   void Pause(DWORD milliseconds);
 
  private:
-  struct HandleCloser {
-    void operator()(HANDLE handle) const { ::CloseHandle(handle); }
-  };
-  using Handle = std::unique_ptr<void, HandleCloser>;
-
   struct Outcome {
     DWORD error;
     DWORD bytes;

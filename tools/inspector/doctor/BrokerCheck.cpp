@@ -4,15 +4,19 @@
 
 #include "tessel/Text.h"
 #include "tools/inspector/doctor/FocusMessages.h"
-#include "tools/inspector/doctor/PipeExchange.h"
 #include "tools/inspector/doctor/ProcessFacts.h"
 #include "tools/inspector/doctor/WindowCheck.h"
+#include "tools/pipe/PipeExchange.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
 #include "wire/Addresses.h"
 #include "wire/Statuses.h"
 
 namespace {
+
+using tools::PipeEnd;
+
+constexpr std::size_t kLongestAnswer = 32768;  // in UTF-16 units; longer than any id
 
 // This part of the time is kept for the release. A release needs only one exchange with a broker
 // that has just answered.
@@ -42,7 +46,8 @@ Conclusion ConcludeElement(const std::wstring& pipe, DWORD windowProcess, const 
   if (id.empty()) {
     return {BrokerState::kShowsWindow, "shows this window, nothing has the focus"};
   }
-  const auto release = ExchangeMessages(pipe, ReleaseRequest(windowProcess, id), deadline);
+  const auto release =
+      tools::ExchangeMessages(pipe, ReleaseRequest(windowProcess, id), deadline, kLongestAnswer);
   const bool isReleased = release.end == PipeEnd::kAnswered;
   return {BrokerState::kShowsWindow, "shows this window, the focus is on " + tessel::Quoted(id) +
                                          (isReleased ? "" : ", which could not be released")};
@@ -103,8 +108,8 @@ Step StepOf(SLUriScheme scheme, const std::wstring& pipe, DWORD server,
 }
 
 Conclusion Ask(const std::wstring& pipe, DWORD windowProcess, ULONGLONG deadline, DWORD& server) {
-  const PipeExchange asked =
-      ExchangeMessages(pipe, FocusRequest(windowProcess), deadline - kReleaseMilliseconds);
+  const tools::PipeExchange asked = tools::ExchangeMessages(
+      pipe, FocusRequest(windowProcess), deadline - kReleaseMilliseconds, kLongestAnswer);
   server = asked.serverProcess;
   if (asked.end != PipeEnd::kAnswered) return ConcludeFailure(asked.end, server);
   const std::optional<FocusAnswer> answer = ParseFocusAnswer(asked.answer);

@@ -4,8 +4,8 @@
 
 #include "tessel/Text.h"
 #include "tools/inspector/doctor/AddressCheck.h"
-#include "tools/inspector/doctor/PipeExchange.h"
 #include "tools/inspector/doctor/StartChecks.h"
+#include "tools/pipe/PipeExchange.h"
 #include "wire/Addresses.h"
 
 namespace {
@@ -38,7 +38,7 @@ void AskBrokers(const ExaminedCall& call, Findings& findings) {
   const std::vector<SLUriScheme> ofCall = SchemesOfCall(call.scheme, address);
   const std::vector<SLUriScheme> all = AllSchemes(ofCall);
   auto running = std::ranges::count_if(
-      all, [&](SLUriScheme scheme) { return PipeExists(wire::PipeName(scheme, address)); });
+      all, [&](SLUriScheme scheme) { return tools::PipeExists(wire::PipeName(scheme, address)); });
   for (std::size_t i = 0; i < all.size(); ++i) {
     const ULONGLONG now = std::min(::GetTickCount64(), end);
     const ULONGLONG part = (end - now) / static_cast<ULONGLONG>(running > 1 ? running : 1);

@@ -1,12 +1,14 @@
-#include "tools/inspector/doctor/PipeExchange.h"
+#include "tools/pipe/PipeExchange.h"
 
 #include <algorithm>
 
+#include "tools/pipe/ServerPipe.h"
 #include "tools/shared/Handle.h"
 
+namespace tools {
 namespace {
 
-constexpr std::size_t kLongestAnswer = 32768;  // in UTF-16 units
+constexpr std::size_t kPartSize = 65536;  // bytes that one read asks for
 constexpr DWORD kRetryMilliseconds = 10;
 
 DWORD MillisecondsUntil(ULONGLONG deadline) {
@@ -23,9 +25,9 @@ HANDLE OpenOnce(const std::wstring& pipe) {
 }
 
 // Returns an empty handle and sets `end` if the pipe cannot be opened.
-tools::Handle Open(const std::wstring& pipe, ULONGLONG deadline, PipeEnd& end) {
+Handle Open(const std::wstring& pipe, ULONGLONG deadline, PipeEnd& end) {
   for (;;) {
-    tools::Handle opened = tools::OwnHandle(OpenOnce(pipe));
+    Handle opened = OwnHandle(OpenOnce(pipe));
     if (opened) return opened;
     const DWORD error = ::GetLastError();
     end = error == ERROR_FILE_NOT_FOUND  ? PipeEnd::kAbsent
@@ -59,7 +61,7 @@ class Transfer {
 
  private:
   const HANDLE pipe_;
-  const tools::Handle event_{::CreateEventW(nullptr, TRUE /*manual reset*/, FALSE, nullptr)};
+  const Handle event_{::CreateEventW(nullptr, TRUE /*manual reset*/, FALSE, nullptr)};
   OVERLAPPED overlapped_ = {};
   DWORD bytes_ = 0;
 };
@@ -77,21 +79,25 @@ PipeEnd EndOf(DWORD error) {
   }
 }
 
-PipeEnd Write(HANDLE pipe, const std::wstring& text, ULONGLONG deadline) {
+PipeEnd Write(HANDLE pipe, const std::string& message, ULONGLONG deadline) {
   Transfer writing(pipe);
-  const auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  const auto size = static_cast<DWORD>(message.size());
   return EndOf(writing.Finish(
-      ::WriteFile(pipe, text.data(), size, nullptr /*written*/, writing.Overlapped()), deadline));
+      ::WriteFile(pipe, message.data(), size, nullptr, writing.Overlapped()), deadline));
 }
 
-PipeEnd Read(HANDLE pipe, std::wstring& text, ULONGLONG deadline) {
-  Transfer reading(pipe);
-  text.resize(kLongestAnswer);
-  const auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-  const PipeEnd end = EndOf(reading.Finish(
-      ::ReadFile(pipe, text.data(), size, nullptr /*read*/, reading.Overlapped()), deadline));
-  text.resize(reading.Bytes() / sizeof(wchar_t));
-  return end;
+// Reads one message, in parts.
+PipeEnd Read(HANDLE pipe, std::string& message, ULONGLONG deadline, std::size_t longest) {
+  for (;;) {
+    Transfer reading(pipe);
+    const std::size_t size = message.size();
+    message.resize(size + kPartSize);
+    const PipeEnd end = EndOf(reading.Finish(
+        ::ReadFile(pipe, message.data() + size, kPartSize, nullptr, reading.Overlapped()),
+        deadline));
+    message.resize(size + reading.Bytes());
+    if (end != PipeEnd::kTooLong || message.size() > longest) return end;
+  }
 }
 
 }  // namespace
@@ -102,14 +108,19 @@ bool PipeExists(const std::wstring& pipe) {
 }
 
 PipeExchange ExchangeMessages(const std::wstring& name, const std::wstring& request,
-                              ULONGLONG deadline) {
+                              ULONGLONG deadline, std::size_t longest) {
   PipeExchange result = {PipeEnd::kNotMessages, 0, {}};
-  const tools::Handle pipe = Open(name, deadline, result.end);
+  const Handle pipe = Open(name, deadline, result.end);
   if (!pipe) return result;
   ::GetNamedPipeServerProcessId(pipe.get(), &result.serverProcess);
   DWORD mode = PIPE_READMODE_MESSAGE;
   if (!::SetNamedPipeHandleState(pipe.get(), &mode, nullptr, nullptr)) return result;
-  result.end = Write(pipe.get(), request, deadline);
-  if (result.end == PipeEnd::kAnswered) result.end = Read(pipe.get(), result.answer, deadline);
+  result.end = Write(pipe.get(), MessageOfText(request), deadline);
+  if (result.end != PipeEnd::kAnswered) return result;
+  std::string answer;
+  result.end = Read(pipe.get(), answer, deadline, longest * sizeof(wchar_t));
+  result.answer = TextOfMessage(answer);
   return result;
 }
+
+}  // namespace tools

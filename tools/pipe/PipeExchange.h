@@ -4,7 +4,10 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <string>
+
+namespace tools {
 
 enum class PipeEnd {
   kAnswered,     // an answer has arrived
@@ -14,7 +17,7 @@ enum class PipeEnd {
   kNotMessages,  // the pipe transfers bytes instead of messages
   kLeft,         // the server closed the connection without an answer
   kSilent,       // no answer came in time
-  kTooLong,      // the answer is longer than any answer to this request
+  kTooLong,      // the answer is longer than the caller allows
 };
 
 struct PipeExchange {
@@ -26,6 +29,9 @@ struct PipeExchange {
 // Does not connect to the pipe.
 bool PipeExists(const std::wstring& pipe);
 
-// Returns at the latest when GetTickCount64() reaches `deadline`.
+// Returns at the latest when GetTickCount64() reaches `deadline`. The answer may have at most
+// `longest` UTF-16 units.
 PipeExchange ExchangeMessages(const std::wstring& pipe, const std::wstring& request,
-                              ULONGLONG deadline);
+                              ULONGLONG deadline, std::size_t longest);
+
+}  // namespace tools
