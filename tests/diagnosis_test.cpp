@@ -33,7 +33,11 @@ struct ModuleFolder {
 
 class DiagnosisTest : public testing::Test {
  protected:
-  DiagnosisTest() { LogCapture::SetLevel("ERROR"); }
+  DiagnosisTest() {
+    LogCapture::SetLevel("ERROR");
+    // The system makes the first environment of a session from the registry.
+    ::SetEnvironmentVariableA("TESSEL_LOG_LEVEL", nullptr);
+  }
   ~DiagnosisTest() override { LogCapture::SetLevel(nullptr); }
 
   // Runs doctor with this suite's window, unless `options` names another one, and the module of
@@ -97,9 +101,12 @@ TEST_F(DiagnosisTest, NamesWhatABrokerLacks) {
     LogCapture::SetLevel(level);
     Doctor(content, 0, finding, "");
   }
+  LogCapture::SetLevel(nullptr);
+  ::SetEnvironmentVariableA("TESSEL_LOG_LEVEL", "VERBOSE");
+  Doctor(content, 0, "is not set in the registry, only in this console", "");
   // Exactly the elements of the runs that reached the broker were handed out, and all came back.
   EXPECT_THAT(broker.CloseAndReadSummary(),
-              HasSubstr("\nundelivered: 0\nreleased: 7\nstill held: 0"));
+              HasSubstr("\nundelivered: 0\nreleased: 8\nstill held: 0"));
 }
 
 TEST_F(DiagnosisTest, NamesWhatALauncherLacks) {
