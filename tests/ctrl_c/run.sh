@@ -27,8 +27,10 @@ start_busy_broker() {
   wait_for served
 }
 
-# The broker is busy, so the call waits. Wine may pass Ctrl-C on to the broker, so this broker is not used again.
+# The broker is busy, so the call waits. The next check has a broker of its own, because it needs one that has
+# just begun to wait for its client.
 start_busy_broker
+: >"$work/tessel.txt"  # an earlier run may have left this file
 "$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address \
   2>"$work/tessel.txt" &
 tessel=$!
