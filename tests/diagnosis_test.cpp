@@ -147,6 +147,11 @@ TEST_F(DiagnosisTest, NamesAPipeThatNoBrokerServes) {
     ScriptedBroker broker(SL_TAILORED_URI, content, {answer});
     Doctor("--scheme tailored --address " + tessel::Narrow(content), code, cause, cure);
   }
+  {
+    ScriptedBroker broker(SL_TAILORED_URI, L"http://wrong-window.example/x", {"*[-8]"});
+    Doctor("--address http://wrong-window.example/x", 19, "the http broker does not run",
+           "to do: check --window");
+  }
   // This process has a pipe that it never serves, and later a client that keeps the pipe busy.
   const std::wstring address = L"http://busy.example/x",
                      name = wire::PipeName(SL_TAILORED_URI, address);

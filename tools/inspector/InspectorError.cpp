@@ -49,7 +49,7 @@ std::string SetUpLines(const tessel::Error& error, DWORD scheme) {
   if (exitCode == ExitCode::kNotStarted) lines += LauncherLine();
   return lines +
          "\n  see:     tessel doctor (checks each step of a call), tessel log, tessel explain " +
-         std::to_string(error.code);
+         std::to_string(error.code) + ", docs/not-working.md";
 }
 
 Json ValueOrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }

@@ -12,8 +12,17 @@ std::string NameOf(const BrokerFinding& broker) {
   return "the " + tools::NameOfScheme(broker.scheme) + " broker";
 }
 
+// Returns what to check before a broker is started. If a broker answered that it does not show the
+// window, the window is the most likely mistake.
+std::string CheckBeforeStart(const Findings& findings) {
+  for (const BrokerFinding& broker : findings.asked) {
+    if (broker.state == BrokerState::kShowsOthers) return broker.step.cure;
+  }
+  return "check --address and --scheme";
+}
+
 Verdict JudgeLaunch(const Findings& findings, const std::string& name) {
-  const std::string check = "check --address and --scheme; ";
+  const std::string check = CheckBeforeStart(findings) + "; ";
   if (IsBroken(findings.launcher)) {
     return {DoctorCode::kLauncher, name + " does not run, and there is no launcher to start it",
             check + findings.launcher.cure};
@@ -23,7 +32,7 @@ Verdict JudgeLaunch(const Findings& findings, const std::string& name) {
             check + findings.package.cure};
   }
   return {DoctorCode::kCanStart, name + " does not run; a call would start it (not tried)",
-          "if a broker should run already, check --address and --scheme"};
+          "if a broker should run already, " + CheckBeforeStart(findings)};
 }
 
 Verdict JudgeInjection(const Findings& findings) {
