@@ -44,11 +44,14 @@ struct SceneFile {
                                                 L"-scene-ä" + std::to_wstring(++count) + L".json");
 };
 
-// The path of a file that does not exist yet. The destructor removes the file.
+// The path of a file that does not exist yet. The destructor removes the file. The constructor
+// removes it, too, because a test that crashed may have left it, and Wine gives process ids again.
 struct NewFile {
   explicit NewFile(const std::string& name)
       : path(std::filesystem::temp_directory_path() /
-             tessel::Wide(std::to_string(::GetCurrentProcessId()) + "-ä-" + name)) {}
+             tessel::Wide(std::to_string(::GetCurrentProcessId()) + "-ä-" + name)) {
+    std::filesystem::remove(path);
+  }
   ~NewFile() { std::filesystem::remove(path); }
   std::string Name() const { return tessel::Narrow(path.wstring()); }
   const std::filesystem::path path;

@@ -28,13 +28,13 @@ void RefuseItself(const std::string& scheme) {
 void RequireBroker(const std::wstring& pipe) {
   if (tools::PipeExists(pipe)) return;
   throw InspectorError(
-      ExitCode::kUnreachable,
+      ExitCode::kNotStarted,
       "cannot tap: no broker serves the pipe " + tessel::Narrow(pipe) + "; start the broker first");
 }
 
 void RequireFree(const std::wstring& pipe) {
   if (!tools::PipeExists(pipe)) return;
-  throw InspectorError(ExitCode::kUnexpectedAnswer,
+  throw InspectorError(ExitCode::kFailed,
                        "cannot tap: a broker or another tap already serves the pipe " +
                            tessel::Narrow(pipe) + "; end it first");
 }
