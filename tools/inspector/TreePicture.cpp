@@ -62,7 +62,7 @@ Report ReportPicture(Inspection& inspection) {
   const std::string& name = inspection.Options().svgFile;
   const std::filesystem::path path = tessel::Wide(name);
   const auto failure = MakeRefusal(
-      ExitCode::kUnexpectedAnswer, "write the picture " + tessel::Quoted(name),
+      ExitCode::kFailed, "write the picture " + tessel::Quoted(name), "the file cannot be created",
       "check that its folder exists, that it has a valid name, and that you may write there",
       inspection.Options().address);
   if (!CanWriteFile(path)) throw failure;
