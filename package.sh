@@ -26,9 +26,9 @@ source_time() {
 
 # copy_documents FOLDER: copies the documents for users, and makes their links fit the package's folders.
 copy_documents() {
-  local documents=(clients inspector not-working protocol scene security)
+  local documents=(clients inspector not-working performance performance-run protocol recording scene security)
   mkdir -p "$1/docs"
-  cp "${documents[@]/%/.md}" "$1/docs/"
+  cp "${documents[@]/%/.md}" login.svg "$1/docs/"
   cp "$ROOT/package/README.md" "$1/"
   cp "$ROOT"/clients/node/{README.md,index.d.ts} "$1/node/"
   sed -i -E 's#\]\(\.\./package/README\.md#](../README.md#g

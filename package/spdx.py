@@ -14,7 +14,7 @@ from pathlib import Path
 from archive import checksum, files_of
 from licenses import LIBRARIES
 
-DLLS = ["bin/TesselSLB_x64.dll", "bin/TesselSLB_c.dll", "node/tesselslb-1.0.0.tgz"]
+DLLS = ["bin/TesselSLB_x64.dll", "bin/TesselSLB_c.dll"]
 TOOLS = ["bin/SceneBroker.exe", "bin/tessel.exe"]
 
 
@@ -62,11 +62,12 @@ def relationship(element, kind, related):
 
 
 def relationships(files):
+    packages = [file["fileName"][2:] for file in files if file["fileName"].endswith(".tgz")]  # they hold the DLLs
     ours = spdx_id("Package", "TesselSLB")
     result = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", ours)]
     result += [relationship(ours, "CONTAINS", file["SPDXID"]) for file in files]
     for library in LIBRARIES:
-        users = DLLS + TOOLS if library.in_dlls else TOOLS
+        users = DLLS + packages + TOOLS if library.in_dlls else TOOLS
         result += [relationship(spdx_id("File", user), "STATIC_LINK", spdx_id("Package", library.name))
                    for user in users]
     return result

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "Nonsense.h"
+#include "tools/pipe/PipeExchange.h"
 
 namespace soak {
 
@@ -39,8 +40,7 @@ void Impostor::Serve() {
 
 void AwaitNoPipe(const std::wstring& pipeName) {
   for (int i = 0; i < kMostTries; ++i) {
-    if (!::WaitNamedPipeW(pipeName.c_str(), 1 /*ms*/) && ::GetLastError() == ERROR_FILE_NOT_FOUND)
-      return;
+    if (!tools::PipeExists(pipeName)) return;
     ::Sleep(5);
   }
   throw std::runtime_error("a pipe does not go");

@@ -13,7 +13,7 @@ const std::vector<std::wstring> kRequests = {L"[14,?,\"\"]",
                                              L"[10,?,\"user\",\"\xD800\"]",
                                              L"[12,?,\"user\",\"Größe 𝄞\"]",
                                              L"[10,?,\"user\",\"value\"]",
-                                             L"nonsense \xDC00",
+                                             L"[" + std::wstring(9000, L' ') + L"\xDC00",
                                              L"[10,?,\"user\",\"name\"]"};
 constexpr wchar_t kRelease[] = L"[3,?,\"user\"]";
 
@@ -145,6 +145,19 @@ TEST(RecordingTest, IsMadeByATap) {
     EXPECT_EQ(Ask(replay, kRequests[i]), answers[i]) << i;
   }
   EXPECT_THAT(replay.CloseAndRead(0), testing::EndsWith("replayed: 6\nleft: 0\n"));
+}
+
+// The answer has several parts of the size in which the tap reads.
+TEST(RecordingTest, HoldsALongAnswerOfATap) {
+  const NewFile file("long");
+  SceneBroker broker(TESSEL_SCENES "/login.json", L" --scheme http --fault long=200000@command=10");
+  {
+    Tap tap(broker, file);
+    RunTool(broker.InspectorLine("get value --find ,,user"), 0, "zoë");
+  }
+  const std::wstring answer = tools::ReadRecording(file.path).exchanges.at(1).answer;
+  EXPECT_GT(answer.size(), 200000u);
+  EXPECT_TRUE(answer.ends_with(L"\"]"));
 }
 
 }  // namespace

@@ -26,6 +26,12 @@ std::string FaultNames() {
   return names;
 }
 
+std::string ConditionNames() {
+  std::string names;
+  for (const char* name : kConditions) names += (names.empty() ? "" : ", ") + std::string(name);
+  return names;
+}
+
 class RuleParser {
  public:
   explicit RuleParser(const std::string& text) : text_(text) { rule_.text = text; }
@@ -69,8 +75,8 @@ class RuleParser {
     const std::size_t start = text_.Position();
     const std::string name = text_.ReadUntil("=,");
     if (std::ranges::find(kConditions, name) == std::end(kConditions)) {
-      text_.Refuse(start, "there is no condition " + Quoted(name) +
-                              "; use one of command, call, element, chance");
+      text_.Refuse(start,
+                   "there is no condition " + Quoted(name) + "; use one of " + ConditionNames());
     }
     if (std::ranges::find(seen_, name) != seen_.end()) {
       text_.Refuse(start, "the condition " + name + " stands twice; leave one out");

@@ -1,14 +1,12 @@
 #include "tools/inspector/BrokerPipes.h"
 
+#include "tools/pipe/PipeExchange.h"
 #include "wire/Addresses.h"
 #include "wire/SearchOrder.h"
 
-// If the pipe exists but is busy, WaitNamedPipe fails with ERROR_SEM_TIMEOUT.
 BrokerPipe PipeOf(DWORD scheme, std::wstring_view address) {
   const std::wstring name = wire::PipeName(scheme, address);
-  const bool exists =
-      ::WaitNamedPipeW(name.c_str(), 1 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
-  return {scheme, name, exists};
+  return {scheme, name, tools::PipeExists(name)};
 }
 
 std::vector<BrokerPipe> PipesToTry(DWORD scheme, std::wstring_view address) {

@@ -1,5 +1,7 @@
 #include "tools/inspector/ProcessTitle.h"
 
+#include "tessel/WindowSearch.h"
+
 namespace {
 
 struct Search {
@@ -13,17 +15,10 @@ bool IsVisibleWindowOf(DWORD process, HWND window) {
   return owner == process && ::IsWindowVisible(window);
 }
 
-std::wstring TitleOf(HWND window) {
-  std::wstring title(static_cast<std::size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
-  const int length = ::GetWindowTextW(window, title.data(), static_cast<int>(title.size()));
-  title.resize(static_cast<std::size_t>(length));
-  return title;
-}
-
 // Returns FALSE to end the search.
 BOOL CALLBACK Look(HWND window, LPARAM parameter) {
   auto& search = *reinterpret_cast<Search*>(parameter);
-  if (IsVisibleWindowOf(search.process, window)) search.title = TitleOf(window);
+  if (IsVisibleWindowOf(search.process, window)) search.title = tessel::WindowTitle(window);
   return search.title.empty();
 }
 

@@ -14,8 +14,9 @@ namespace {
 using tessel::Narrow;
 using tessel::Printable;
 
-// Connecting, writing and reading, as for a client.
-constexpr ULONGLONG kAnswerMilliseconds = 3 * wire::kPipeTimeoutMilliseconds;
+// A client waits so long for an answer. If the tap waited longer, the recording would hold answers
+// that no client received.
+constexpr ULONGLONG kAnswerMilliseconds = wire::kPipeTimeoutMilliseconds;
 constexpr std::size_t kLongestAnswer = 0x7FFFFFFF;  // in UTF-16 units
 
 std::string NoAnswer(tools::PipeEnd end) {
@@ -79,7 +80,9 @@ std::wstring Tap::Pass(const std::wstring& request) {
 }
 
 void Tap::Begin(const std::wstring& title) {
-  recorder_.Begin({tessel::Wide(options_.address), clientScheme_, title});
+  const tools::RecordingHeader header = {tessel::Wide(options_.address), clientScheme_, title};
+  recorder_.Begin(header);
+  if (options_.json) tools::PrintLine(tools::LineOf(header));
   hasBegun_ = true;
 }
 

@@ -63,9 +63,8 @@ void AddTapOptions(CLI::App& command, InspectorOptions& options) {
 
 constexpr ToolCommand kCommands[] = {
     {"tap",
-     "Stands between clients and a broker until Ctrl-C, and records what they say. Clients must "
-     "not "
-     "name the broker's scheme",
+     "Stands between clients and a broker until Ctrl-C, and records their conversation. Clients "
+     "that name the broker's scheme go past it",
      &RunTap, &AddTapOptions},
 };
 

@@ -3,12 +3,13 @@
 #include <algorithm>
 
 #include "tools/pipe/ServerPipe.h"
+#include "tools/pipe/Transfer.h"
 #include "tools/shared/Handle.h"
 
 namespace tools {
 namespace {
 
-constexpr std::size_t kPartSize = 65536;  // bytes that one read asks for
+constexpr DWORD kPartSize = 65536;  // bytes that one read asks for
 constexpr DWORD kRetryMilliseconds = 10;
 
 DWORD MillisecondsUntil(ULONGLONG deadline) {
@@ -38,34 +39,6 @@ Handle Open(const std::wstring& pipe, ULONGLONG deadline, PipeEnd& end) {
   }
 }
 
-// One read or write that can be given up.
-class Transfer {
- public:
-  explicit Transfer(HANDLE pipe) : pipe_(pipe) { overlapped_.hEvent = event_.get(); }
-
-  OVERLAPPED* Overlapped() { return &overlapped_; }
-
-  // `started` is the result of the call that started the transfer. Returns ERROR_SUCCESS,
-  // WAIT_TIMEOUT or the error of the transfer.
-  DWORD Finish(BOOL started, ULONGLONG deadline) {
-    if (!started && ::GetLastError() != ERROR_IO_PENDING) return ::GetLastError();
-    const bool inTime =
-        ::WaitForSingleObject(event_.get(), MillisecondsUntil(deadline)) == WAIT_OBJECT_0;
-    if (!inTime) ::CancelIoEx(pipe_, &overlapped_);
-    const BOOL done = ::GetOverlappedResult(pipe_, &overlapped_, &bytes_, TRUE /*wait*/);
-    if (done) return ERROR_SUCCESS;
-    return inTime ? ::GetLastError() : static_cast<DWORD>(WAIT_TIMEOUT);
-  }
-
-  DWORD Bytes() const { return bytes_; }
-
- private:
-  const HANDLE pipe_;
-  const Handle event_{::CreateEventW(nullptr, TRUE /*manual reset*/, FALSE, nullptr)};
-  OVERLAPPED overlapped_ = {};
-  DWORD bytes_ = 0;
-};
-
 PipeEnd EndOf(DWORD error) {
   switch (error) {
     case ERROR_SUCCESS:
@@ -80,23 +53,23 @@ PipeEnd EndOf(DWORD error) {
 }
 
 PipeEnd Write(HANDLE pipe, const std::string& message, ULONGLONG deadline) {
-  Transfer writing(pipe);
+  Transfer writing;
   const auto size = static_cast<DWORD>(message.size());
-  return EndOf(writing.Finish(
-      ::WriteFile(pipe, message.data(), size, nullptr, writing.Overlapped()), deadline));
+  const BOOL started = ::WriteFile(pipe, message.data(), size, nullptr, writing.Overlapped());
+  return EndOf(writing.Finish(pipe, started, MillisecondsUntil(deadline)).error);
 }
 
 // Reads one message, in parts.
 PipeEnd Read(HANDLE pipe, std::string& message, ULONGLONG deadline, std::size_t longest) {
+  Transfer reading;
   for (;;) {
-    Transfer reading(pipe);
     const std::size_t size = message.size();
     message.resize(size + kPartSize);
-    const PipeEnd end = EndOf(reading.Finish(
-        ::ReadFile(pipe, message.data() + size, kPartSize, nullptr, reading.Overlapped()),
-        deadline));
-    message.resize(size + reading.Bytes());
-    if (end != PipeEnd::kTooLong || message.size() > longest) return end;
+    const BOOL started =
+        ::ReadFile(pipe, message.data() + size, kPartSize, nullptr, reading.Overlapped());
+    const auto [error, bytes] = reading.Finish(pipe, started, MillisecondsUntil(deadline));
+    message.resize(size + bytes);
+    if (error != ERROR_MORE_DATA || message.size() > longest) return EndOf(error);
   }
 }
 

@@ -48,15 +48,13 @@ std::string MessageOfText(std::wstring_view text) {
   return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
 }
 
-ServerPipe::ServerPipe(const std::wstring& name) : done_(NewEvent()), stop_(NewEvent()) {
+ServerPipe::ServerPipe(const std::wstring& name) : stop_(NewEvent()) {
   const HANDLE pipe = CreatePipe(name);
   if (pipe == INVALID_HANDLE_VALUE) {
     throw std::runtime_error("cannot create the pipe (error " + std::to_string(::GetLastError()) +
-                             "): another broker serves it; stop that one, or choose another "
-                             "--scheme");
+                             "): another broker or a tap serves it; end that one first");
   }
   pipe_.reset(pipe);
-  overlapped_.hEvent = done_.get();
 }
 
 void ServerPipe::Serve(const AnswerFunction& answer, const SentFunction& sent) {
@@ -73,8 +71,9 @@ bool ServerPipe::Stop() {
 
 bool ServerPipe::Accept() {
   while (!stopped_) {
-    const Outcome outcome =
-        Finish(::ConnectNamedPipe(pipe_.get(), &overlapped_), INFINITE, stop_.get());
+    const Transfer::Outcome outcome =
+        transfer_.Finish(pipe_.get(), ::ConnectNamedPipe(pipe_.get(), transfer_.Overlapped()),
+                         INFINITE, stop_.get());
     if (outcome.error == ERROR_SUCCESS || outcome.error == ERROR_PIPE_CONNECTED) return true;
     // A client that connects while Stop is called stays connected until the pipe is closed.
     if (stopped_) break;
@@ -90,8 +89,9 @@ std::optional<std::string> ServerPipe::Read() {
   std::array<char, 4096> part;
   for (;;) {
     const auto size = static_cast<DWORD>(part.size());
-    const Outcome outcome = Finish(
-        ::ReadFile(pipe_.get(), part.data(), size, nullptr, &overlapped_), kExchangeMilliseconds);
+    const BOOL started =
+        ::ReadFile(pipe_.get(), part.data(), size, nullptr, transfer_.Overlapped());
+    const Transfer::Outcome outcome = transfer_.Finish(pipe_.get(), started, kExchangeMilliseconds);
     if (outcome.error != ERROR_SUCCESS && outcome.error != ERROR_MORE_DATA) return std::nullopt;
     message.append(part.data(), outcome.bytes);
     if (outcome.error == ERROR_SUCCESS) return message;
@@ -100,7 +100,10 @@ std::optional<std::string> ServerPipe::Read() {
 
 bool ServerPipe::Write(std::string_view bytes) {
   if (bytes.empty()) return false;
-  if (Finish(StartWrite(bytes), kExchangeMilliseconds).error != ERROR_SUCCESS) return false;
+  const BOOL started = StartWrite(bytes);
+  if (transfer_.Finish(pipe_.get(), started, kExchangeMilliseconds).error != ERROR_SUCCESS) {
+    return false;
+  }
   return ::FlushFileBuffers(pipe_.get()) != 0;
 }
 
@@ -109,7 +112,7 @@ void ServerPipe::Disconnect() { ::DisconnectNamedPipe(pipe_.get()); }
 void ServerPipe::DisconnectDuringWrite(std::string_view bytes) {
   const BOOL started = StartWrite(bytes);
   Disconnect();
-  Finish(started, INFINITE);
+  transfer_.Finish(pipe_.get(), started, INFINITE);
 }
 
 void ServerPipe::AwaitLeave() {
@@ -122,20 +125,7 @@ void ServerPipe::Pause(DWORD milliseconds) { ::WaitForSingleObject(stop_.get(), 
 
 BOOL ServerPipe::StartWrite(std::string_view bytes) {
   return ::WriteFile(pipe_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), nullptr,
-                     &overlapped_);
-}
-
-ServerPipe::Outcome ServerPipe::Finish(BOOL started, DWORD milliseconds, HANDLE orEvent) {
-  const DWORD error = started ? ERROR_SUCCESS : ::GetLastError();
-  if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING && error != ERROR_MORE_DATA)
-    return {error, 0};
-  const HANDLE events[] = {done_.get(), orEvent};
-  const DWORD count = orEvent == nullptr ? 1 : 2;
-  if (::WaitForMultipleObjects(count, events, FALSE /*all*/, milliseconds) != WAIT_OBJECT_0)
-    ::CancelIo(pipe_.get());
-  DWORD bytes = 0;
-  const BOOL done = ::GetOverlappedResult(pipe_.get(), &overlapped_, &bytes, TRUE /*wait*/);
-  return {done ? ERROR_SUCCESS : ::GetLastError(), bytes};
+                     transfer_.Overlapped());
 }
 
 }  // namespace tools

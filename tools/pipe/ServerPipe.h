@@ -4,7 +4,8 @@
 // To serve a pipe, make a ServerPipe with the name that wire::PipeName returns, and call Serve with
 // a function that returns the answer to a request. Serve returns after another thread (a handler of
 // Ctrl-C, for example) has called Stop; until then it serves one client at a time. An exchange that
-// has begun when Stop is called is finished first, which takes at most a few seconds. A program
+// has begun when Stop is called is finished first, which takes a few seconds at most, and the time
+// that the function needs for its answer. A program
 // that must do more than answer, for example disconnect at the wrong time, calls Accept, Read,
 // Write and Disconnect itself, in the way of Serve.
 #pragma once
@@ -17,6 +18,7 @@
 #include <string_view>
 
 #include "tools/pipe/RequestServer.h"
+#include "tools/pipe/Transfer.h"
 #include "tools/shared/Handle.h"
 
 namespace tools {
@@ -48,7 +50,8 @@ class ServerPipe : public RequestServer {
   // clients find the pipe busy.
   void Disconnect();
 
-  // Sends the bytes and disconnects at once. The client reads the beginning of a long message.
+  // Sends the bytes and disconnects at once. Of a long message, the client reads at most the
+  // beginning.
   void DisconnectDuringWrite(std::string_view bytes);
   // Waits until the client leaves or Stop is called.
   void AwaitLeave();
@@ -56,20 +59,12 @@ class ServerPipe : public RequestServer {
   void Pause(DWORD milliseconds);
 
  private:
-  struct Outcome {
-    DWORD error;
-    DWORD bytes;
-  };
-
   BOOL StartWrite(std::string_view bytes);
-  // Waits for the end of an operation that was started with `overlapped_`. `started` is what the
-  // system's function returned. Cancels the operation when the time is up or `orEvent` is set.
-  Outcome Finish(BOOL started, DWORD milliseconds, HANDLE orEvent = nullptr);
 
-  const Handle done_, stop_;
+  const Handle stop_;
   std::atomic<bool> stopped_ = false;
   Handle pipe_;
-  OVERLAPPED overlapped_ = {};
+  Transfer transfer_;
 };
 
 }  // namespace tools

@@ -1,14 +1,11 @@
 // Part of tessel and SceneBroker. Writes a recording while a broker serves its clients.
 #pragma once
 
-#include <windows.h>
-
 #include <functional>
-#include <memory>
 #include <string>
-#include <type_traits>
 
 #include "tools/recording/Recording.h"
+#include "tools/shared/Handle.h"
 
 namespace tools {
 
@@ -30,13 +27,10 @@ class Recorder {
   std::size_t Exchanges() const { return exchanges_; }
 
  private:
-  struct Closer {
-    void operator()(HANDLE file) const { ::CloseHandle(file); }
-  };
   void Write(const std::string& line);
 
   const std::string path_;
-  const std::unique_ptr<std::remove_pointer_t<HANDLE>, Closer> file_;
+  const Handle file_;
   std::size_t exchanges_ = 0;
 };
 

@@ -43,6 +43,8 @@ struct Options {
   std::optional<std::string> replay;  // the file to serve instead of a scene
 };
 
+std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
 // A replay takes everything from the recording, so it excludes all other options. Call this
 // function after all other options were added.
 void AddRecordingOptions(CLI::App& app, Options& options) {
@@ -50,10 +52,12 @@ void AddRecordingOptions(CLI::App& app, Options& options) {
                  "Record the requests and answers in this file, which must not exist yet; it holds "
                  "what users type, passwords too")
       ->type_name("FILE")
+      ->check(RefuseEmpty)
       ->excludes(app.get_option("--fault"));  // it would hold the answers before they are spoilt
   CLI::Option* const replay =
       app.add_option("--replay", options.replay, "Serve this recording instead of a scene")
-          ->type_name("FILE");
+          ->type_name("FILE")
+          ->check(RefuseEmpty);
   for (CLI::Option* const option : app.get_options()) {
     if (option != replay && option != app.get_help_ptr()) replay->excludes(option);
   }
@@ -85,7 +89,8 @@ std::optional<int> ReadOptions(Options& options) {
   AddRecordingOptions(app, options);
   app.footer(
       "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene or the recording "
-      "cannot be\nshown or served, 2 wrong command line, 3 a request was not the recorded one, 4 "
+      "cannot be\nshown, served or written, 2 wrong command line, 3 a request was not the recorded "
+      "one, 4 "
       "ended by the\nfault crash.");
   return tools::ParseCommandLine(app);
 }
