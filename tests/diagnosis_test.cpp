@@ -80,7 +80,8 @@ TEST_F(DiagnosisTest, NamesWhatABrokerLacks) {
   Doctor("--module=C:\\nix.dll " + content, 11, "there is no file C:\\nix.dll", "--module");
 
   // The broker runs, but the window belongs to this process.
-  const std::string other = "--scheme tailored" + address;
+  const std::string other = address.substr(1);
+  Doctor(other + " --scheme tailored", 23, "the broker does not show process " + kOwnId, "-8");
   const std::string cause = "the broker does not show process " + kOwnId;
   Doctor(other, 21, cause, process + " has the windows " + broker.Fact("window"));
   files.Add(wire::kInjector);
@@ -137,7 +138,7 @@ TEST_F(DiagnosisTest, NamesAPipeThatNoBrokerServes) {
       {"*hello", 17, "the answer is not one of a broker: \"hello\"", "end process"},
       {"*[0,7]", 17, "the answer is not one of a broker", "end process"},
       {"*[100]", 18, "refuses with status 100", "tessel explain 100"},
-      {"*[-8]", 21, "does not show process", "check --window"},
+      {"*[-8]", 23, "does not show process", "check --window"},
       {"*[0,'']", 0, "nothing has the focus", ""},
   };
   int number = 0;

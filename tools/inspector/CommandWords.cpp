@@ -11,9 +11,8 @@ namespace {
 using Words = std::vector<std::string>;
 
 InspectorError UsageError(const std::string& meaning, const std::string& cure) {
-  return {ExitCode::kUsage,
-          meaning + cure,
-          {.meaning = meaning, .cure = cure.starts_with("; ") ? cure.substr(2) : cure}};
+  return {ExitCode::kUsage, meaning + cure,
+          Failure{.meaning = meaning, .cure = cure.starts_with("; ") ? cure.substr(2) : cure}};
 }
 
 // Returns the cure after a mistyped word.

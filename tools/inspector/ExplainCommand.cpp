@@ -33,11 +33,13 @@ std::vector<KnownCode> AllCodes() {
 }
 
 std::optional<int> NumberIn(const std::string& text) {
-  int number = 0;
+  const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  long long number = 0;
   const char* const end = text.data() + text.size();
-  const auto read = std::from_chars(text.data(), end, number);
+  const auto read =
+      std::from_chars(text.data() + (isHexadecimal ? 2 : 0), end, number, isHexadecimal ? 16 : 10);
   if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
-  return number;
+  return static_cast<int>(number);  // 0x80004001 is a negative number
 }
 
 bool IsSameName(const std::string& text, const char* name) {
@@ -48,8 +50,9 @@ InspectorError UnknownName(const std::string& text) {
   std::vector<std::string> names;
   for (const KnownCode& known : AllCodes()) names.push_back(known.code.name);
   const std::string guess = DidYouMean(text, names);
-  return {ExitCode::kUsage, "there is no code " + tessel::Quoted(text) +
-                                (guess.empty() ? "; tessel explain lists all codes" : guess)};
+  const std::string meaning = "there is no code " + tessel::Quoted(text);
+  if (guess.empty()) return {ExitCode::kUsage, meaning, "tessel explain lists all codes"};
+  return {ExitCode::kUsage, meaning + guess};
 }
 
 // Returns both codes if a client's call and the host's channel use the same number.

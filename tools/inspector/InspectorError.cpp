@@ -46,8 +46,7 @@ std::string SetUpLines(const tessel::Error& error, DWORD scheme) {
   for (const BrokerPipe& pipe : PipesToTry(scheme, error.address)) {
     lines += "\n  pipe:    " + tessel::Narrow(pipe.name) + Existing(pipe.exists);
   }
-  if (exitCode == ExitCode::kNotStarted) lines += LauncherLine();
-  return lines +
+  return lines + LauncherLine() +
          "\n  see:     tessel doctor (checks each step of a call), tessel log, tessel explain " +
          std::to_string(error.code) + ", docs/not-working.md";
 }
@@ -71,7 +70,7 @@ InspectorError MakeRefusal(ExitCode exitCode, const std::string& what, const std
   return {
       exitCode,
       "cannot " + what + ": " + reason + "; " + cure + "\n  address: " + tessel::Printable(address),
-      {.meaning = "cannot " + what + ": " + reason, .cure = cure}};
+      Failure{.meaning = "cannot " + what + ": " + reason, .cure = cure}};
 }
 
 InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error, DWORD scheme) {

@@ -35,7 +35,11 @@ struct Failure {
 class InspectorError : public std::runtime_error {
  public:
   InspectorError(ExitCode exitCode, const std::string& message)
-      : InspectorError(exitCode, message, {.meaning = message}) {}
+      : InspectorError(exitCode, message, Failure{.meaning = message}) {}
+  // The message is "MEANING; CURE".
+  InspectorError(ExitCode exitCode, const std::string& meaning, const std::string& cure)
+      : InspectorError(exitCode, meaning + "; " + cure, Failure{.meaning = meaning, .cure = cure}) {
+  }
   InspectorError(ExitCode exitCode, const std::string& message, const Failure& failure)
       : std::runtime_error(message), exitCode(exitCode), failure(failure) {}
 

@@ -15,8 +15,9 @@ BOOL CALLBACK EndAtOnce(DWORD event) {
   const std::string meaning = "ended by Ctrl-C";
   const std::string cure =
       "nothing was released: the broker keeps the objects of this run until it ends";
-  PrintError({ExitCode::kInterrupted, meaning + "; " + cure, {.meaning = meaning, .cure = cure}},
-             reportsInJson);
+  PrintError(
+      {ExitCode::kInterrupted, meaning + "; " + cure, Failure{.meaning = meaning, .cure = cure}},
+      reportsInJson);
   ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::kInterrupted));
   return TRUE;
 }

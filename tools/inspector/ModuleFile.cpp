@@ -37,7 +37,7 @@ InspectorError NotLoaded(DWORD error) {
   return {ExitCode::kFailed,
           meaning + "; " + cure + "\n  looked in: " + folder +
               ", the system's folders, and the folders of PATH",
-          {.meaning = meaning, .cure = cure + ", into " + folder}};
+          Failure{.meaning = meaning, .cure = cure + ", into " + folder}};
 }
 
 }  // namespace

@@ -21,22 +21,24 @@ void RefuseItself(const std::string& scheme) {
   if (scheme != kClientScheme) return;
   throw InspectorError(ExitCode::kUsage,
                        "cannot tap the tailored broker: the tap serves the tailored pipe itself, "
-                       "so it would ask itself; start the broker with the scheme http, https or "
+                       "so it would ask itself",
+                       "start the broker with the scheme http, https or "
                        "file, and name this scheme");
 }
 
 void RequireBroker(const std::wstring& pipe) {
   if (tools::PipeExists(pipe)) return;
-  throw InspectorError(
-      ExitCode::kNotStarted,
-      "cannot tap: no broker serves the pipe " + tessel::Narrow(pipe) + "; start the broker first");
+  throw InspectorError(ExitCode::kNotStarted,
+                       "cannot tap: no broker serves the pipe " + tessel::Narrow(pipe),
+                       "start the broker first");
 }
 
 void RequireFree(const std::wstring& pipe) {
   if (!tools::PipeExists(pipe)) return;
-  throw InspectorError(ExitCode::kFailed,
-                       "cannot tap: a broker or another tap already serves the pipe " +
-                           tessel::Narrow(pipe) + "; end it first");
+  throw InspectorError(
+      ExitCode::kFailed,
+      "cannot tap: a broker or another tap already serves the pipe " + tessel::Narrow(pipe),
+      "end it first");
 }
 
 int RunTap(const InspectorOptions& options) {

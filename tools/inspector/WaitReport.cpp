@@ -51,11 +51,11 @@ Report WaitForAttribute(Inspection& inspection, Clock::time_point begin) {
 void CheckOptions(const InspectorOptions& options) {
   if (!options.text.empty()) return;
   if (!options.find) {
-    throw InspectorError(ExitCode::kUsage,
-                         "wait needs --find, or --attr and --equals; see tessel wait --help");
+    throw InspectorError(ExitCode::kUsage, "wait needs --find, or --attr and --equals",
+                         "see tessel wait --help");
   }
   if (options.parentSteps > 0) {
-    throw InspectorError(ExitCode::kUsage, "--parent needs --attr; see tessel wait --help");
+    throw InspectorError(ExitCode::kUsage, "--parent needs --attr", "see tessel wait --help");
   }
 }
 

@@ -37,9 +37,8 @@ const char* CommandName(const InspectorOptions& options) {
 InspectorError OtherFailure(const InspectorOptions& options, const std::string& meaning,
                             const std::string& cure) {
   const std::string message = std::string("cannot ") + CommandName(options) + ": " + meaning;
-  return {ExitCode::kFailed,
-          cure.empty() ? message : message + "; " + cure,
-          {.meaning = message, .cure = cure}};
+  return {ExitCode::kFailed, cure.empty() ? message : message + "; " + cure,
+          Failure{.meaning = message, .cure = cure}};
 }
 
 }  // namespace

@@ -31,7 +31,9 @@ std::string CureOf(const std::wstring& address) {
   if (!scheme) return "begin the address with http://, https:// or file:///";
   const std::wstring rest = address.substr(address.find(L':') + 1);
   if (IsOneOf(L'\\', rest.substr(0, 3))) return "write / instead of \\ after the scheme";
-  if (*scheme == SL_FILE_URI && !rest.starts_with(L"///")) {
+  // Two slashes are right before the name of a server, but not before a drive.
+  const bool namesServer = rest.starts_with(L"//") && rest.find(L':') == rest.npos;
+  if (*scheme == SL_FILE_URI && !rest.starts_with(L"///") && !namesServer) {
     return "write three slashes after file:";
   }
   if (*scheme != SL_FILE_URI && (!rest.starts_with(L"//") || rest.starts_with(L"///"))) {

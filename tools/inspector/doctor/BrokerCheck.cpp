@@ -90,7 +90,8 @@ Conclusion ConcludeFailure(PipeEnd end, DWORD server) {
 
 Step::State StateOf(BrokerState state) {
   if (state == BrokerState::kShowsWindow) return Step::State::kFound;
-  return state == BrokerState::kAbsent ? Step::State::kNote : Step::State::kBroken;
+  const bool isNote = state == BrokerState::kAbsent || state == BrokerState::kNotAsked;
+  return isNote ? Step::State::kNote : Step::State::kBroken;
 }
 
 Step StepOf(SLUriScheme scheme, const std::wstring& pipe, DWORD server,
@@ -108,6 +109,9 @@ Step StepOf(SLUriScheme scheme, const std::wstring& pipe, DWORD server,
 }
 
 Conclusion Ask(const std::wstring& pipe, DWORD windowProcess, ULONGLONG deadline, DWORD& server) {
+  if (windowProcess == 0 && tools::PipeExists(pipe)) {
+    return {BrokerState::kNotAsked, "exists; not asked, because there is no such window"};
+  }
   const tools::PipeExchange asked = tools::ExchangeMessages(
       pipe, FocusRequest(windowProcess), deadline - kReleaseMilliseconds, kLongestAnswer);
   server = asked.serverProcess;

@@ -16,6 +16,7 @@ enum class BrokerState {
   kNoAnswer,     // the server of the pipe is silent, or disconnects
   kNotABroker,   // the server of the pipe answers nonsense
   kRefuses,      // the broker answers with another status
+  kNotAsked,     // the pipe exists, but there is no window to ask about
 };
 
 struct BrokerFinding {
@@ -25,6 +26,7 @@ struct BrokerFinding {
 };
 
 // Asks for the focused element of a window of the process `windowProcess`, and releases the element
-// that the broker hands out. Returns at the latest when GetTickCount64() reaches `deadline`.
+// that the broker hands out. If `windowProcess` is 0, only looks for the pipe. Returns at the
+// latest when GetTickCount64() reaches `deadline`.
 BrokerFinding CheckBroker(SLUriScheme scheme, const std::wstring& address, DWORD windowProcess,
                           ULONGLONG deadline);

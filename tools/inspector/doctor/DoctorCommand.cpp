@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "tessel/Text.h"
+#include "tools/inspector/Interruption.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/ToolCommand.h"
 #include "tools/inspector/doctor/Examination.h"
@@ -27,16 +28,17 @@ void MakeNote(Step& step) {
   if (step.state == Step::State::kBroken) step.state = Step::State::kNote;
 }
 
-// Adapts the states to the verdict: if a broker answers, a call asks no further broker and starts
-// none. A strange address is broken only if it is the reason.
+// Adapts the states to the verdict. What starts or injects a broker, and a strange address, are
+// broken only if they are the reason. If a broker answers, a call asks no further broker.
 void Adapt(Findings& findings, DoctorCode code) {
   if (code == DoctorCode::kAddress) findings.address.state = Step::State::kBroken;
-  if (code != DoctorCode::kServed) return;
-  for (BrokerFinding& broker : findings.asked) MakeNote(broker.step);
-  for (Step* const step :
-       {&findings.launcher, &findings.package, &findings.injector, &findings.lock}) {
-    MakeNote(*step);
+  if (code == DoctorCode::kServed) {
+    for (BrokerFinding& broker : findings.asked) MakeNote(broker.step);
   }
+  if (code != DoctorCode::kLauncher) MakeNote(findings.launcher);
+  if (code != DoctorCode::kPackage) MakeNote(findings.package);
+  if (code != DoctorCode::kInjector) MakeNote(findings.injector);
+  if (code != DoctorCode::kInjectionLock) MakeNote(findings.lock);
 }
 
 std::vector<Step> InOrder(const Findings& findings) {
@@ -82,6 +84,7 @@ Json JsonOf(const std::vector<Step>& steps, const Verdict& verdict) {
 }
 
 int RunDoctor(const InspectorOptions& options) {
+  EndAtOnceOnCtrlC(options.json);
   Findings findings =
       Examine({options.window, options.address, tools::SchemeFromName(options.scheme),
                options.module.empty() ? DefaultModule()

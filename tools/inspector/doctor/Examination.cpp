@@ -55,7 +55,8 @@ void AskBrokers(const ExaminedCall& call, Findings& findings) {
 }  // namespace
 
 Findings Examine(const ExaminedCall& call) {
-  Findings findings = {CheckModule(call.module),
+  Findings findings = {call.scheme == SL_NO_URI,
+                       CheckModule(call.module),
                        CheckAddress(tessel::Wide(call.address)),
                        CheckWindow(call.window),
                        {},

@@ -8,6 +8,7 @@
 #include "tools/inspector/doctor/WindowCheck.h"
 
 struct Findings {
+  bool searches;  // whether the call names no scheme; only such a call can inject a broker
   Step module;
   Step address;
   WindowFinding window;

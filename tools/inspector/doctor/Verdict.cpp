@@ -35,9 +35,15 @@ Verdict JudgeLaunch(const Findings& findings, const std::string& name) {
           "if a broker should run already, " + CheckBeforeStart(findings)};
 }
 
+// All brokers that the call asks have answered that they do not show the window.
 Verdict JudgeInjection(const Findings& findings) {
+  const std::string& check = findings.asked.front().step.cure;
+  if (!findings.searches) {
+    return {DoctorCode::kOtherWindow,
+            NameOf(findings.asked.front()) + " does not show this window; the call ends with -8",
+            check};
+  }
   const std::string result = "no broker shows this window";
-  const std::string& check = findings.asked.back().step.cure;
   if (IsBroken(findings.injector)) {
     return {DoctorCode::kInjector, result + ", and there is no injector to inject one",
             check + "; or " + findings.injector.cure};
@@ -50,7 +56,7 @@ Verdict JudgeInjection(const Findings& findings) {
 }
 
 // Follows the search of a call. Only a broker that does not show the window lets the call go on to
-// the next broker, and at the end to an injection.
+// the next broker, and at the end to an injection, if the call names no scheme.
 Verdict JudgeSearch(const Findings& findings) {
   for (const BrokerFinding& broker : findings.asked) {
     const std::string name = NameOf(broker);
@@ -59,6 +65,7 @@ Verdict JudgeSearch(const Findings& findings) {
       case BrokerState::kShowsWindow:
         return {DoctorCode::kServed, name + " answers for this window", ""};
       case BrokerState::kShowsOthers:
+      case BrokerState::kNotAsked:
         continue;
       case BrokerState::kAbsent:
         return JudgeLaunch(findings, name);
@@ -76,9 +83,12 @@ Verdict JudgeSearch(const Findings& findings) {
   return JudgeInjection(findings);
 }
 
-// The address decides only about the pipe of the tailored broker.
+// The address decides only about the pipe of the tailored broker. If a program serves this pipe,
+// the address is right.
 bool AddressMayMislead(const Findings& findings) {
-  return !findings.address.cure.empty() && findings.asked.front().scheme == SL_TAILORED_URI;
+  const BrokerFinding& first = findings.asked.front();
+  return !findings.address.cure.empty() && first.scheme == SL_TAILORED_URI &&
+         first.state == BrokerState::kAbsent;
 }
 
 // Looks for a broker that shows the window, although the search ends before it reaches this broker.

@@ -21,6 +21,7 @@ enum class DoctorCode : int {
   kPackage = 20,
   kInjector = 21,
   kInjectionLock = 22,
+  kOtherWindow = 23,  // the broker of the given scheme does not show the window
 };
 
 struct Verdict {

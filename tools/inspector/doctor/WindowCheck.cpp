@@ -41,7 +41,12 @@ std::string BitsText(const ProcessFacts& process) {
 
 // Adds a cure if the injector could not open the window's process.
 void AddIntegrity(Step& step, const ProcessFacts& process) {
-  if (!process.integrity) return;
+  if (!process.integrity) {
+    step.state = Step::State::kNote;
+    step.finding += ", integrity unknown: this user may not read it";
+    step.cure = "run the client as administrator, if a broker must be injected";
+    return;
+  }
   const std::string name = IntegrityName(*process.integrity);
   step.finding += ", integrity " + name;
   step.facts["integrity"] = name;

@@ -54,7 +54,8 @@ DebugBuffer::DebugBuffer() {
       throw InspectorError(
           ExitCode::kFailed,
           "cannot show the log: another program already shows the debugger output of this logon "
-          "session; close it (another tessel log, or a viewer such as DebugView)");
+          "session",
+          "close it (another tessel log, or a viewer such as DebugView)");
     }
     ::Sleep(kPauseMilliseconds);
   }

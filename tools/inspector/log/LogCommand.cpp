@@ -1,4 +1,5 @@
 // Part of tessel. The command `log`: shows the module's log lines of all processes as they come.
+#include <algorithm>
 #include <iostream>
 #include <optional>
 
@@ -12,6 +13,7 @@
 #include "tools/inspector/log/EntryPrinter.h"
 #include "tools/inspector/log/LevelSetting.h"
 #include "tools/inspector/log/LoggedCommand.h"
+#include "tools/shared/CommandLine.h"
 
 namespace {
 
@@ -65,12 +67,25 @@ int RunAndShow(LogView& view, const std::vector<std::string>& command) {
   return static_cast<int>(code);
 }
 
-void Tell(const std::string& text) { std::cerr << "tessel: " << text << std::endl; }
+// With --json, standard error holds only errors in JSON.
+void Tell(const InspectorOptions& options, const std::string& text) {
+  if (!options.json) std::cerr << "tessel: " << text << std::endl;
+}
 
 // Tells the user why few lines may appear.
-void TellIfSwitchedOff() {
+void TellIfSwitchedOff(const InspectorOptions& options) {
   const Step level = CheckLogLevel();
-  if (level.state != Step::State::kFound) Tell("log level: " + level.finding + "; give --level");
+  if (level.state == Step::State::kFound) return;
+  Tell(options, "log level: " + level.finding + "; give --level");
+}
+
+// Returns the words of the command. Takes them from the command line if they follow "--", because
+// CLI11 changes words in brackets.
+std::vector<std::string> CommandOf(const InspectorOptions& options) {
+  const std::vector<std::string> arguments = tools::Arguments();
+  const auto dashes = std::ranges::find(arguments, "--");
+  if (dashes == arguments.end()) return options.logCommand;
+  return {dashes + 1, arguments.end()};
 }
 
 int ShowLog(const InspectorOptions& options) {
@@ -78,10 +93,10 @@ int ShowLog(const InspectorOptions& options) {
   // Declared after the buffer, so that the level changes only while the buffer is held.
   std::optional<LevelSetting> level;
   if (options.logLevel.empty()) {
-    TellIfSwitchedOff();
+    TellIfSwitchedOff(options);
   } else {
     level.emplace(options.logLevel);
-    Tell("the user's log level is " + options.logLevel + " until this command ends");
+    Tell(options, "the user's log level is " + options.logLevel + " until this command ends");
   }
   const bool isChanged = level && level->HasChanged();
   if (options.logCommand.empty()) {
@@ -89,7 +104,7 @@ int ShowLog(const InspectorOptions& options) {
     return kStopped;
   }
   if (!view.PrintWhile(nullptr, isChanged ? kPauseAfterChange : 0)) return kStopped;
-  return RunAndShow(view, options.logCommand);
+  return RunAndShow(view, CommandOf(options));
 }
 
 void AddLogOptions(CLI::App& command, InspectorOptions& options) {

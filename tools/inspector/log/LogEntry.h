@@ -1,4 +1,5 @@
-// Part of tessel. One line of the module's log, parsed. README.md describes the form of a line.
+// Part of tessel. One line of the module's log, parsed. package/README.md describes the form of a
+// line.
 #pragma once
 
 #include <optional>

@@ -33,9 +33,10 @@ tools::Handle StartCommand(const std::vector<std::string>& arguments) {
   if (!::CreateProcessW(nullptr /*program*/, line.data(), nullptr /*process security*/,
                         nullptr /*thread security*/, TRUE /*inherit handles*/, 0 /*flags*/,
                         nullptr /*environment*/, nullptr /*directory*/, &startup, &started)) {
-    throw InspectorError(ExitCode::kUsage, "cannot start " + tessel::Quoted(arguments.front()) +
-                                               ": error " + std::to_string(::GetLastError()) +
-                                               "; check the name of the program");
+    throw InspectorError(ExitCode::kUsage,
+                         "cannot start " + tessel::Quoted(arguments.front()) + ": error " +
+                             std::to_string(::GetLastError()),
+                         "check the name of the program");
   }
   ::CloseHandle(started.hThread);
   return tools::Handle(started.hProcess);
