@@ -37,16 +37,23 @@ std::string LauncherLine() {
   return "\n  launcher: " + tessel::Narrow(path) + Existing(FileExists(path));
 }
 
-// Returns the lines that help to find out why no broker could be reached, and an empty text for
-// codes that a broker has caused by its answer.
+// Returns the pipes and the launcher that a call with this scheme uses.
 std::string SetUpLines(const tessel::Error& error, DWORD scheme) {
-  const ExitCode exitCode = ExitCodeOf(error.code);
-  if (!error.BrokerIsLost() && exitCode != ExitCode::kInjectionFailed) return {};
   std::string lines;
   for (const BrokerPipe& pipe : PipesToTry(scheme, error.address)) {
     lines += "\n  pipe:    " + tessel::Narrow(pipe.name) + Existing(pipe.exists);
   }
-  return lines + LauncherLine() +
+  return lines + LauncherLine();
+}
+
+// Returns the lines that help to find out why no broker, or the wrong one, has answered. Returns an
+// empty text for codes that are about the request.
+std::string HelpLines(const tessel::Error& error, DWORD scheme) {
+  const bool isUnreachable =
+      error.BrokerIsLost() || ExitCodeOf(error.code) == ExitCode::kInjectionFailed;
+  const bool isWrong = error.code == SL_NOT_SERVED || error.code == SL_ARCHIVE_FAILURE;
+  if (!isUnreachable && !isWrong) return {};
+  return (isUnreachable ? SetUpLines(error, scheme) : "") +
          "\n  see:     tessel doctor (checks each step of a call), tessel log, tessel explain " +
          std::to_string(error.code) + ", docs/not-working.md";
 }
@@ -85,7 +92,7 @@ InspectorError MakeCallFailure(const std::string& what, const tessel::Error& err
   return {ExitCodeOf(error.code),
           "cannot " + what + address + "\n  code:    " + std::to_string(error.code) + " (" +
               error.name + "): " + error.meaning + "\n  to do:   " + error.cure +
-              SetUpLines(error, scheme),
+              HelpLines(error, scheme),
           failure};
 }
 
