@@ -59,7 +59,10 @@ ServerPipe::ServerPipe(const std::wstring& name) : stop_(NewEvent()) {
 
 void ServerPipe::Serve(const AnswerFunction& answer, const SentFunction& sent) {
   for (; Accept(); Disconnect()) {
-    if (const auto request = Read()) sent(Write(MessageOfText(answer(TextOfMessage(*request)))));
+    const auto request = Read();
+    if (!request) continue;
+    const std::string message = MessageOfText(answer(TextOfMessage(*request)));
+    sent(!message.empty() && Write(message));
   }
 }
 
@@ -99,7 +102,6 @@ std::optional<std::string> ServerPipe::Read() {
 }
 
 bool ServerPipe::Write(std::string_view bytes) {
-  if (bytes.empty()) return false;
   const BOOL started = StartWrite(bytes);
   if (transfer_.Finish(pipe_.get(), started, kExchangeMilliseconds).error != ERROR_SUCCESS) {
     return false;

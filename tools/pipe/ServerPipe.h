@@ -44,7 +44,7 @@ class ServerPipe : public RequestServer {
   // nothing for 3 seconds.
   std::optional<std::string> Read();
   // Sends the bytes as one message. Returns true when the client has read all of it, and false if
-  // the client left or did not read for 3 seconds. Sends no message of 0 bytes, and returns false.
+  // the client left or did not read for 3 seconds.
   bool Write(std::string_view bytes);
   // Disconnects the client. Does nothing if no client is connected. Until the next call of Accept,
   // clients find the pipe busy.
