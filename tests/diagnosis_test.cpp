@@ -1,5 +1,6 @@
 // Tests the commands `doctor` and `log` of tessel.exe with real set-ups that do not work. Runs in a
-// Wine prefix of its own, because it changes the log level and the launcher's folder.
+// Wine prefix of its own, because it changes the log level, and puts a program in the place of the
+// launcher.
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Fails if a document names a test that does not exist, shows a sample that differs from its file, or has a link
-# that leads nowhere.
-# Documents name a test as suite/Case, or by the option --gtest_filter of a command.
+# that leads nowhere. Documents name a test as suite/Case, or by the option --gtest_filter of a command.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 

@@ -14,10 +14,10 @@ import() {
   llvm-dlltool -m i386:x86-64 -d "$work/$1.def" -l "$work/$1.lib"
 }
 
-# start_broker FOLDER ADDRESS [OPTION...]: starts the SceneBroker.exe of that folder with the scene of the sign-in form.
-# ADDRESS replaces the address and the title of the form, because two tests that run at the same time must
-# not have windows with the same title. The scene begins with an extra root element, so that the form's own
-# root has position 1.
+# start_broker FOLDER ADDRESS [OPTION...]: starts the SceneBroker.exe of that folder with the scene of the
+# sign-in form. ADDRESS replaces the address and the title of the form, because two tests that run at the same
+# time must not have windows with the same title. The scene begins with an extra root element, so that the
+# form's own root has position 1.
 start_broker() {
   sed "s#http://shop.example/portal/login.html#$2#
     s#Café Größe – Sign in#$2#
@@ -26,7 +26,8 @@ start_broker() {
   serve "$1" "$work/scene.json" "${@:3}"
 }
 
-# serve FOLDER SCENE [OPTION...]: starts the SceneBroker.exe of that folder with that scene file. Waits until it is ready.
+# serve FOLDER SCENE [OPTION...]: starts the SceneBroker.exe of that folder with that scene file. Waits until it
+# is ready.
 serve() {
   # Creates the file now: wait_for may read it before the background job has created it.
   : >"$work/broker.txt"

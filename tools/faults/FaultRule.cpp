@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
 #include "tessel/Text.h"
@@ -17,18 +18,16 @@ using tessel::Quoted;
 constexpr int kMost = 2147483647;
 constexpr const char* kConditions[] = {"command", "call", "element", "chance"};
 
-// Returns the names of all forms, separated by commas.
-std::string FaultNames() {
-  std::string names;
-  for (const FaultForm& form : kFaultForms) {
-    names += (names.empty() ? "" : ", ") + std::string(form.name);
-  }
-  return names;
-}
+std::string_view NameOf(const FaultForm& form) { return form.name; }
+std::string_view NameOf(const char* condition) { return condition; }
 
-std::string ConditionNames() {
+// Returns the names of all entries, separated by commas.
+std::string NamesIn(const auto& entries) {
   std::string names;
-  for (const char* name : kConditions) names += (names.empty() ? "" : ", ") + std::string(name);
+  for (const auto& entry : entries) {
+    names += names.empty() ? "" : ", ";
+    names += NameOf(entry);
+  }
   return names;
 }
 
@@ -51,7 +50,8 @@ class RuleParser {
     const std::string name = text_.ReadUntil("=@,");
     const auto* const form = std::ranges::find(kFaultForms, name, &FaultForm::name);
     if (form == std::end(kFaultForms)) {
-      text_.Refuse(start, "there is no fault " + Quoted(name) + "; use one of " + FaultNames());
+      text_.Refuse(start,
+                   "there is no fault " + Quoted(name) + "; use one of " + NamesIn(kFaultForms));
     }
     rule_.kind = form->kind;
     ReadNumber(*form);
@@ -75,8 +75,8 @@ class RuleParser {
     const std::size_t start = text_.Position();
     const std::string name = text_.ReadUntil("=,");
     if (std::ranges::find(kConditions, name) == std::end(kConditions)) {
-      text_.Refuse(start,
-                   "there is no condition " + Quoted(name) + "; use one of " + ConditionNames());
+      text_.Refuse(
+          start, "there is no condition " + Quoted(name) + "; use one of " + NamesIn(kConditions));
     }
     if (std::ranges::find(seen_, name) != seen_.end()) {
       text_.Refuse(start, "the condition " + name + " stands twice; leave one out");

@@ -9,9 +9,15 @@ BrokerPipe PipeOf(DWORD scheme, std::wstring_view address) {
   return {scheme, name, tools::PipeExists(name)};
 }
 
+std::vector<SLUriScheme> SchemesOfCall(DWORD scheme, std::wstring_view address) {
+  if (scheme != SL_NO_URI) return {static_cast<SLUriScheme>(scheme)};
+  return wire::SchemesToTry(address);
+}
+
 std::vector<BrokerPipe> PipesToTry(DWORD scheme, std::wstring_view address) {
-  if (scheme != SL_NO_URI) return {PipeOf(scheme, address)};
   std::vector<BrokerPipe> pipes;
-  for (const SLUriScheme each : wire::SchemesToTry(address)) pipes.push_back(PipeOf(each, address));
+  for (const SLUriScheme each : SchemesOfCall(scheme, address)) {
+    pipes.push_back(PipeOf(each, address));
+  }
   return pipes;
 }

@@ -7,6 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "TesselCodes.h"
+
+// All schemes with a broker of their own.
+inline constexpr SLUriScheme kBrokerSchemes[] = {SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI,
+                                                 SL_FILE_URI};
+
 struct BrokerPipe {
   DWORD scheme;
   std::wstring name;
@@ -16,6 +22,9 @@ struct BrokerPipe {
 // Looks whether the pipe exists. Does not connect to it.
 BrokerPipe PipeOf(DWORD scheme, std::wstring_view address);
 
-// Returns the pipes that a call tries, in this order. SL_NO_URI stands for a call that searches for
-// the broker.
+// Returns the schemes whose brokers a call asks, in this order. SL_NO_URI stands for a call that
+// searches for the broker.
+std::vector<SLUriScheme> SchemesOfCall(DWORD scheme, std::wstring_view address);
+
+// Returns the pipes of these brokers.
 std::vector<BrokerPipe> PipesToTry(DWORD scheme, std::wstring_view address);

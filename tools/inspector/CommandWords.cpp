@@ -11,14 +11,13 @@ namespace {
 using Words = std::vector<std::string>;
 
 InspectorError UsageError(const std::string& meaning, const std::string& cure) {
-  return {ExitCode::kUsage, meaning + cure,
-          Failure{.meaning = meaning, .cure = cure.starts_with("; ") ? cure.substr(2) : cure}};
+  return {ExitCode::kUsage, meaning, cure};
 }
 
 // Returns the cure after a mistyped word.
 std::string Advice(const std::string& word, const Words& names, const std::string& help) {
   const std::string guess = DidYouMean(word, names);
-  return guess.empty() ? "; run " + help + " --help" : guess;
+  return guess.empty() ? "run " + help + " --help" : guess;
 }
 
 Words CommandNames(const CLI::App& app) {
@@ -69,7 +68,7 @@ void CheckOptions(const CLI::App& command, const Words& words, std::size_t first
     if (!TakesValue(*option) || equals != std::string::npos) continue;
     if (++i == words.size() || words[i].starts_with("--")) {
       throw UsageError("the option '" + name + "' needs a value",
-                       "; write " + name + "=VALUE if the value begins with --");
+                       "write " + name + "=VALUE if the value begins with --");
     }
   }
 }

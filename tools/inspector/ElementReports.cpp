@@ -2,6 +2,7 @@
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/OptionText.h"
+#include "tools/shared/CommandLine.h"
 
 namespace {
 
@@ -70,7 +71,7 @@ void AddAttributeName(CLI::App& command, InspectorOptions& options) {
   command.add_option("name", options.text, "The attribute's name")
       ->required()
       ->type_name("NAME")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
 }
 
 void AddRelative(CLI::App& command, InspectorOptions& options) {

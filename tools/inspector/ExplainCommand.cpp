@@ -52,7 +52,7 @@ InspectorError UnknownName(const std::string& text) {
   const std::string guess = DidYouMean(text, names);
   const std::string meaning = "there is no code " + tessel::Quoted(text);
   if (guess.empty()) return {ExitCode::kUsage, meaning, "tessel explain lists all codes"};
-  return {ExitCode::kUsage, meaning + guess};
+  return {ExitCode::kUsage, meaning + "; " + guess};
 }
 
 // Returns both codes if a client's call and the host's channel use the same number.

@@ -1,8 +1,5 @@
 #include "tools/inspector/InspectorOptions.h"
 
-#include <algorithm>
-#include <utility>
-
 #include "tools/inspector/CommandWords.h"
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/InspectorError.h"
@@ -61,12 +58,11 @@ void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions
 
 // With --json, every error is JSON. So its text must not be printed here.
 std::optional<int> Parse(CLI::App& app, InspectorOptions& options) {
-  std::vector<std::string> arguments = tools::Arguments();
+  const std::vector<std::string> arguments = tools::Arguments();
   options.json = AskForJson(arguments);
   CheckWords(app, arguments);
   try {
-    std::ranges::reverse(arguments);  // CLI11 takes them in this order
-    app.parse(std::move(arguments));
+    tools::Parse(app, arguments);
     return std::nullopt;
   } catch (const CLI::Success& request) {  // --help or --version
     return app.exit(request);

@@ -12,12 +12,9 @@ bool reportsInJson = false;
 // that makes the call, which could last a minute.
 BOOL CALLBACK EndAtOnce(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-  const std::string meaning = "ended by Ctrl-C";
-  const std::string cure =
-      "nothing was released: the broker keeps the objects of this run until it ends";
-  PrintError(
-      {ExitCode::kInterrupted, meaning + "; " + cure, Failure{.meaning = meaning, .cure = cure}},
-      reportsInJson);
+  PrintError({ExitCode::kInterrupted, "ended by Ctrl-C",
+              "nothing was released: the broker keeps the objects of this run until it ends"},
+             reportsInJson);
   ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(ExitCode::kInterrupted));
   return TRUE;
 }

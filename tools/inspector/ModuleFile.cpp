@@ -8,16 +8,9 @@
 
 #include "generated/ProductVersion.h"
 #include "tools/inspector/InspectorError.h"
+#include "tools/shared/ModulePath.h"
 
 namespace {
-
-constexpr wchar_t kModule[] = L"TesselSLB_x64.dll";
-
-std::wstring PathOf(HMODULE module) {
-  std::wstring path(32768, L'\0');  // no path is longer
-  path.resize(::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size())));
-  return path;
-}
 
 std::string Dotted(const std::array<int, 4>& numbers) {
   std::string text;
@@ -26,8 +19,8 @@ std::string Dotted(const std::array<int, 4>& numbers) {
 }
 
 InspectorError NotLoaded(DWORD error) {
-  const std::string name = tessel::Narrow(kModule);
-  const std::wstring program = PathOf(nullptr);
+  const std::string name = tessel::Narrow(tools::kModuleName);
+  const std::wstring program = tools::PathOfModule(nullptr);
   const std::string folder = tessel::Narrow(program.substr(0, program.rfind(L'\\')));
   const std::string reason = error == ERROR_MOD_NOT_FOUND
                                  ? "there is no such file"
@@ -43,9 +36,9 @@ InspectorError NotLoaded(DWORD error) {
 }  // namespace
 
 std::wstring LoadModule() {
-  const HMODULE module = ::LoadLibraryW(kModule);  // never unloaded
+  const HMODULE module = ::LoadLibraryW(tools::kModuleName);  // never unloaded
   if (module == nullptr) throw NotLoaded(::GetLastError());
-  return PathOf(module);
+  return tools::PathOfModule(module);
 }
 
 std::optional<std::string> VersionOf(const std::wstring& path) {
@@ -66,8 +59,8 @@ std::string VersionText() {
   const std::string tool = "tessel " + Dotted({TESSEL_PRODUCT_VERSION_NUMBERS}) + '\n';
   try {
     const std::wstring module = LoadModule();
-    return tool + tessel::Narrow(kModule) + ' ' + VersionOf(module).value_or("of unknown version") +
-           " (" + tessel::Narrow(module) + ')';
+    return tool + tessel::Narrow(tools::kModuleName) + ' ' +
+           VersionOf(module).value_or("of unknown version") + " (" + tessel::Narrow(module) + ')';
   } catch (const InspectorError& error) {
     return tool + error.failure.meaning;
   }

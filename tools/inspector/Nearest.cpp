@@ -67,5 +67,5 @@ std::vector<std::string> Nearest(const std::string& text,
 
 std::string DidYouMean(const std::string& text, const std::vector<std::string>& candidates) {
   const std::vector<std::string> names = Nearest(text, candidates, 1);
-  return names.empty() ? "" : "; did you mean '" + names.front() + "'?";
+  return names.empty() ? "" : "did you mean '" + names.front() + "'?";
 }

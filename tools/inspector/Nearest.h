@@ -9,6 +9,6 @@
 std::vector<std::string> Nearest(const std::string& text,
                                  const std::vector<std::string>& candidates, std::size_t most);
 
-// Returns "; did you mean 'NAME'?" with the most similar candidate. Returns an empty text if no
+// Returns "did you mean 'NAME'?" with the most similar candidate. Returns an empty text if no
 // candidate is similar.
 std::string DidYouMean(const std::string& text, const std::vector<std::string>& candidates);

@@ -4,8 +4,6 @@
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
 
-std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
-
 void AddStatsOption(CLI::App& command, InspectorOptions& options) {
   command.add_flag("--stats", options.stats,
                    "Print the number and the times of the calls to standard error");
@@ -51,11 +49,11 @@ void AddContentOptions(CLI::App& command, InspectorOptions& options) {
       .add_option("--window", options.window, "The content's window: handle (0x...) or exact title")
       ->required()
       ->type_name("HWND|TITLE")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
   command.add_option("--address", options.address, "The content's address")
       ->required()
       ->type_name("URI")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
   tools::AddSchemeOption(command, options.scheme,
                          "The broker's scheme, if you know it; otherwise tessel searches. --focus "
                          "always searches, so it allows only tailored");

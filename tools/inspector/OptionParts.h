@@ -11,9 +11,6 @@
 // The greatest value of --parent and --relative, which are numbers of levels to go up the tree.
 inline constexpr int kMostSteps = INT_MAX;
 
-// A check for CLI11. Returns an error message if `text` is empty, otherwise an empty text.
-std::string RefuseEmpty(const std::string& text);
-
 // Adds --stats.
 void AddStatsOption(CLI::App& command, InspectorOptions& options);
 

@@ -1,7 +1,7 @@
 #include "tools/inspector/Tap.h"
 
-#include "tools/inspector/ProcessTitle.h"
 #include "tools/inspector/Report.h"
+#include "tools/inspector/WindowList.h"
 #include "tools/pipe/PipeExchange.h"
 #include "tools/pipe/StopOnConsoleEvent.h"
 #include "tools/recording/RecordingLines.h"

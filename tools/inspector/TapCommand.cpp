@@ -1,6 +1,5 @@
 // Part of tessel. The command `tap`: records the conversation of clients with a broker.
 #include "tools/inspector/InspectorError.h"
-#include "tools/inspector/OptionParts.h"
 #include "tools/inspector/Tap.h"
 #include "tools/inspector/ToolCommand.h"
 #include "tools/pipe/PipeExchange.h"
@@ -19,11 +18,11 @@ std::wstring PipeName(const InspectorOptions& options, const std::string& scheme
 
 void RefuseItself(const std::string& scheme) {
   if (scheme != kClientScheme) return;
-  throw InspectorError(ExitCode::kUsage,
-                       "cannot tap the tailored broker: the tap serves the tailored pipe itself, "
-                       "so it would ask itself",
-                       "start the broker with the scheme http, https or "
-                       "file, and name this scheme");
+  throw InspectorError(
+      ExitCode::kUsage,
+      "cannot tap the tailored broker: the tap serves the tailored pipe itself, "
+      "so it would ask itself",
+      "start the broker with the scheme http, https or file, and name this scheme");
 }
 
 void RequireBroker(const std::wstring& pipe) {
@@ -55,12 +54,12 @@ void AddTapOptions(CLI::App& command, InspectorOptions& options) {
   command.add_option("--address", options.address, "The content's address")
       ->required()
       ->type_name("URI")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
   tools::AddSchemeOption(command, options.scheme, "The scheme of the broker")->required();
   command.add_option("--record", options.record, "The file to create; it holds what users type")
       ->required()
       ->type_name("FILE")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
 }
 
 constexpr ToolCommand kCommands[] = {

@@ -7,6 +7,7 @@
 #include "tools/inspector/OptionParts.h"
 #include "tools/inspector/TreePicture.h"
 #include "tools/inspector/TreeReading.h"
+#include "tools/shared/CommandLine.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ void AddTreeOptions(CLI::App& command, InspectorOptions& options) {
       .add_option("--svg", options.svgFile,
                   "Draw the elements into this file instead of printing them")
       ->type_name("FILE")
-      ->check(RefuseEmpty)
+      ->check(tools::RefuseEmpty)
       ->excludes(read)
       ->excludes(attribute);
   command.parse_complete_callback([attribute, &options] {

@@ -4,6 +4,7 @@
 
 #include "tools/inspector/InspectorCommand.h"
 #include "tools/inspector/OptionParts.h"
+#include "tools/shared/CommandLine.h"
 
 namespace {
 
@@ -78,7 +79,7 @@ void AddConditions(CLI::App& command, InspectorOptions& options) {
           .add_option("--attr", options.text,
                       "Wait until this attribute or state equals the text of --equals")
           ->type_name("NAME")
-          ->check(RefuseEmpty)
+          ->check(tools::RefuseEmpty)
           ->excludes(gone);
   CLI::Option* const text =
       command.add_option("--equals", options.equals, "The text; may be empty")->type_name("TEXT");

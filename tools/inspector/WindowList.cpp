@@ -1,22 +1,25 @@
 #include "tools/inspector/WindowList.h"
 
-#include <memory>
-
 #include "tessel/Text.h"
 #include "tessel/WindowSearch.h"
 #include "tools/inspector/Nearest.h"
+#include "tools/inspector/ProcessFacts.h"
 
 namespace {
 
 constexpr std::size_t kMostSimilarTitles = 5;
 
 ListedWindow Listed(HWND window) {
-  DWORD process = 0;
-  ::GetWindowThreadProcessId(window, &process);
-  return {window, process, tessel::Narrow(tessel::WindowTitle(window))};
+  return {window, ProcessOfWindow(window), tessel::Narrow(tessel::WindowTitle(window))};
 }
 
 }  // namespace
+
+DWORD ProcessOfWindow(HWND window) {
+  DWORD process = 0;
+  ::GetWindowThreadProcessId(window, &process);
+  return process;
+}
 
 std::vector<ListedWindow> VisibleWindows() {
   std::vector<ListedWindow> windows;
@@ -30,16 +33,22 @@ std::vector<ListedWindow> VisibleWindows() {
   return windows;
 }
 
-std::string ImageNameOf(DWORD process) {
-  const std::unique_ptr<void, decltype(&::CloseHandle)> handle(
-      ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE /*inherit*/, process), &::CloseHandle);
-  wchar_t path[MAX_PATH] = {};
-  DWORD size = MAX_PATH;
-  if (!handle || !::QueryFullProcessImageNameW(handle.get(), 0 /*Win32 path*/, path, &size)) {
-    return {};
+std::vector<ListedWindow> VisibleWindowsOf(DWORD process) {
+  std::vector<ListedWindow> windows = VisibleWindows();
+  std::erase_if(windows, [&](const ListedWindow& listed) { return listed.process != process; });
+  return windows;
+}
+
+std::wstring TitleOfProcess(DWORD process) {
+  for (const ListedWindow& listed : VisibleWindowsOf(process)) {
+    if (!listed.title.empty()) return tessel::WindowTitle(listed.window);
   }
-  const std::wstring_view whole(path, size);
-  return tessel::Narrow(whole.substr(whole.rfind(L'\\') + 1));
+  return {};
+}
+
+std::string ImageNameOf(DWORD process) {
+  const std::wstring path = ReadProcessFacts(process).path;
+  return tessel::Narrow(path.substr(path.rfind(L'\\') + 1));
 }
 
 std::string SimilarTitles(const std::string& title) {

@@ -1,4 +1,4 @@
-// Part of tessel. The visible top-level windows of this desktop.
+// Part of tessel. The visible top-level windows of this desktop, and their processes.
 #pragma once
 
 #include <windows.h>
@@ -12,8 +12,16 @@ struct ListedWindow {
   std::string title;  // in UTF-8
 };
 
-// Returns the windows from the top down.
+// These functions return the windows from the top down.
 std::vector<ListedWindow> VisibleWindows();
+std::vector<ListedWindow> VisibleWindowsOf(DWORD process);
+
+// Returns 0 if there is no such window.
+DWORD ProcessOfWindow(HWND window);
+
+// Returns the title of the first visible window of the process that has a title. Returns an empty
+// text if there is none.
+std::wstring TitleOfProcess(DWORD process);
 
 // Returns the file name of the process's program. Returns an empty text if the system does not tell
 // it, for example because the process belongs to another user.

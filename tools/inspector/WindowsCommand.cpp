@@ -22,7 +22,7 @@ class Brokers {
  public:
   explicit Brokers(const InspectorOptions& options)
       : address_(tessel::Wide(options.address)), watch_(!options.json) {
-    for (const DWORD scheme : {SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI, SL_FILE_URI}) {
+    for (const SLUriScheme scheme : kBrokerSchemes) {
       const BrokerPipe pipe = PipeOf(scheme, address_);
       if (pipe.exists) brokers_.push_back({pipe, SL_SUCCESS, {}});
     }
@@ -130,7 +130,7 @@ void AddAddress(CLI::App& command, InspectorOptions& options) {
       .add_option("--address", options.address,
                   "A content's address: asks the brokers of this address which windows they serve")
       ->type_name("URI")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
   AddStatsOption(command, options);
 }
 

@@ -1,5 +1,5 @@
-// Part of tessel. Sends one request to a pipe and reads the answer, without the module and within a
-// time limit, whatever the server of the pipe does.
+// Part of tessel and the endurance programs. Sends one request to a pipe and reads the answer,
+// without the module and within a time limit, whatever the server of the pipe does.
 #pragma once
 
 #include <windows.h>

@@ -5,9 +5,9 @@
 // a function that returns the answer to a request. Serve returns after another thread (a handler of
 // Ctrl-C, for example) has called Stop; until then it serves one client at a time. An exchange that
 // has begun when Stop is called is finished first, which takes a few seconds at most, and the time
-// that the function needs for its answer. A program
-// that must do more than answer, for example disconnect at the wrong time, calls Accept, Read,
-// Write and Disconnect itself, in the way of Serve.
+// that the function needs for its answer. A program that must do more than answer, for example
+// disconnect at the wrong time, calls Accept, Read, Write and Disconnect itself, in the way of
+// Serve.
 #pragma once
 
 #include <windows.h>

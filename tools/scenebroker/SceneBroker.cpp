@@ -5,7 +5,6 @@
 #include <exception>
 #include <iostream>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -23,6 +22,7 @@
 #include "tools/scenebroker/SceneWindow.h"
 #include "tools/shared/CommandLine.h"
 #include "tools/shared/ConsoleText.h"
+#include "tools/shared/ModulePath.h"
 #include "wire/Addresses.h"
 
 namespace {
@@ -43,8 +43,6 @@ struct Options {
   std::optional<std::string> replay;  // the file to serve instead of a scene
 };
 
-std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
-
 // A replay takes everything from the recording, so it excludes all other options. Call this
 // function after all other options were added.
 void AddRecordingOptions(CLI::App& app, Options& options) {
@@ -52,12 +50,12 @@ void AddRecordingOptions(CLI::App& app, Options& options) {
                  "Record the requests and answers in this file, which must not exist yet; it holds "
                  "what users type, passwords too")
       ->type_name("FILE")
-      ->check(RefuseEmpty)
+      ->check(tools::RefuseEmpty)
       ->excludes(app.get_option("--fault"));  // it would hold the answers before they are spoilt
   CLI::Option* const replay =
       app.add_option("--replay", options.replay, "Serve this recording instead of a scene")
           ->type_name("FILE")
-          ->check(RefuseEmpty);
+          ->check(tools::RefuseEmpty);
   for (CLI::Option* const option : app.get_options()) {
     if (option != replay && option != app.get_help_ptr()) replay->excludes(option);
   }
@@ -90,15 +88,8 @@ std::optional<int> ReadOptions(Options& options) {
   app.footer(
       "Exit codes: 0 stopped by Ctrl-C or by closing the window, 1 the scene or the recording "
       "cannot be\nshown, served or written, 2 wrong command line, 3 a request was not the recorded "
-      "one, 4 "
-      "ended by the\nfault crash.");
+      "one, 4 ended by the\nfault crash.");
   return tools::ParseCommandLine(app);
-}
-
-std::wstring DefaultModulePath() {
-  std::wstring path(32768, L'\0');
-  path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return path.substr(0, path.rfind(L'\\') + 1) + L"TesselSLB_x64.dll";
 }
 
 // Returns null if nothing is to be recorded.
@@ -140,7 +131,7 @@ std::unique_ptr<tools::RequestServer> OpenServer(const Options& options, const H
 
 void RunScene(const Options& options) {
   ServedScene served(ReadSceneFile(Wide(options.scene)));
-  const HostModule module(options.dll.empty() ? DefaultModulePath() : Wide(options.dll));
+  const HostModule module(options.dll.empty() ? tools::PathBesideProgram() : Wide(options.dll));
   NoticeWindows notices(module, options.additionalWindows);
   const auto server = OpenServer(options, module, Wide(served.scene.address));
   const auto recorder = BeginRecording(options, served.scene);

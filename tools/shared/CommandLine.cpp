@@ -30,11 +30,16 @@ std::vector<std::string> Arguments() {
   return result;
 }
 
+std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
+void Parse(CLI::App& app, std::vector<std::string> arguments) {
+  std::ranges::reverse(arguments);  // CLI11 takes them in this order
+  app.parse(std::move(arguments));
+}
+
 std::optional<int> ParseCommandLine(CLI::App& app) {
   try {
-    std::vector<std::string> arguments = Arguments();
-    std::ranges::reverse(arguments);  // CLI11 takes them in this order
-    app.parse(std::move(arguments));
+    Parse(app, Arguments());
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kUsageError;

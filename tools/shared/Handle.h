@@ -1,4 +1,5 @@
-// Part of tessel. An owner of a system handle. Null and INVALID_HANDLE_VALUE both mean "no handle".
+// Part of tessel, SceneBroker and the endurance programs. An owner of a system handle. Null and
+// INVALID_HANDLE_VALUE both mean "no handle".
 #pragma once
 
 #include <windows.h>

@@ -4,7 +4,7 @@
 
 #include "tessel/Text.h"
 #include "tools/shared/CommandLine.h"
-#include "wire/SearchOrder.h"
+#include "wire/Addresses.h"
 
 namespace {
 
@@ -55,9 +55,4 @@ Step CheckAddress(const std::wstring& address) {
   if (scheme) step.facts["scheme"] = tools::NameOfScheme(*scheme);
   if (origin) step.facts["origin"] = tessel::Narrow(*origin);
   return step;
-}
-
-std::vector<SLUriScheme> SchemesOfCall(SLUriScheme scheme, const std::wstring& address) {
-  if (scheme != SL_NO_URI) return {scheme};
-  return wire::SchemesToTry(address);
 }

@@ -2,15 +2,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "TesselCodes.h"
 #include "tools/inspector/doctor/Step.h"
 
 // The state of the step is kNote if the address probably contains a mistake, because a broker may
 // serve any text as an address.
 Step CheckAddress(const std::wstring& address);
-
-// Returns the schemes whose brokers a call asks, in order. If `scheme` is SL_NO_URI, the call
-// searches.
-std::vector<SLUriScheme> SchemesOfCall(SLUriScheme scheme, const std::wstring& address);

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "tessel/Text.h"
+#include "tools/inspector/ProcessFacts.h"
 #include "tools/inspector/doctor/FocusMessages.h"
-#include "tools/inspector/doctor/ProcessFacts.h"
 #include "tools/inspector/doctor/WindowCheck.h"
 #include "tools/pipe/PipeExchange.h"
 #include "tools/shared/CommandLine.h"

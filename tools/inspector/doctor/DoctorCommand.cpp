@@ -7,9 +7,9 @@
 #include "tools/inspector/ToolCommand.h"
 #include "tools/inspector/doctor/Examination.h"
 #include "tools/inspector/doctor/LogLevelCheck.h"
-#include "tools/inspector/doctor/StartChecks.h"
 #include "tools/inspector/doctor/Verdict.h"
 #include "tools/shared/CommandLine.h"
+#include "tools/shared/ModulePath.h"
 
 namespace {
 
@@ -87,8 +87,7 @@ int RunDoctor(const InspectorOptions& options) {
   EndAtOnceOnCtrlC(options.json);
   Findings findings =
       Examine({options.window, options.address, tools::SchemeFromName(options.scheme),
-               options.module.empty() ? DefaultModule()
-                                      : std::filesystem::path(tessel::Wide(options.module))});
+               options.module.empty() ? tools::PathBesideProgram() : tessel::Wide(options.module)});
   const Verdict verdict = Judge(findings);
   Adapt(findings, verdict.code);
   const std::vector<Step> steps = InOrder(findings);
@@ -104,7 +103,7 @@ void AddDoctorOptions(CLI::App& command, InspectorOptions& options) {
                   "The module that the client loads. The default is TesselSLB_x64.dll in the "
                   "folder of tessel")
       ->type_name("FILE")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
 }
 
 constexpr ToolCommand kCommands[] = {

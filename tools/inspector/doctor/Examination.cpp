@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tessel/Text.h"
+#include "tools/inspector/BrokerPipes.h"
 #include "tools/inspector/doctor/AddressCheck.h"
 #include "tools/inspector/doctor/StartChecks.h"
 #include "tools/pipe/PipeExchange.h"
@@ -16,7 +17,7 @@ constexpr ULONGLONG kBrokersMilliseconds = 2700;
 // Returns the schemes that a call asks, in order, and then all others.
 std::vector<SLUriScheme> AllSchemes(const std::vector<SLUriScheme>& ofCall) {
   std::vector<SLUriScheme> schemes = ofCall;
-  for (const SLUriScheme scheme : {SL_TAILORED_URI, SL_HTTP_URI, SL_HTTPS_URI, SL_FILE_URI}) {
+  for (const SLUriScheme scheme : kBrokerSchemes) {
     if (std::ranges::find(ofCall, scheme) == ofCall.end()) schemes.push_back(scheme);
   }
   return schemes;

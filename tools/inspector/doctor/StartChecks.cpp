@@ -34,12 +34,6 @@ Step FileStep(const std::string& name, const path& file, const std::string& cure
 
 }  // namespace
 
-path DefaultModule() {
-  std::wstring program(32768, L'\0');
-  program.resize(::GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
-  return path(program).replace_filename(L"TesselSLB_x64.dll");
-}
-
 Step CheckModule(const path& module) {
   Step step = FileStep("module", module, "put TesselSLB_x64.dll there, or name it with --module");
   if (step.state == Step::State::kBroken) return step;

@@ -6,9 +6,6 @@
 
 #include "tools/inspector/doctor/Step.h"
 
-// Returns the path of TesselSLB_x64.dll in the folder of this program.
-std::filesystem::path DefaultModule();
-
 // The step is broken if the file is missing or has no version.
 Step CheckModule(const std::filesystem::path& module);
 

@@ -22,17 +22,17 @@ std::string CheckBeforeStart(const Findings& findings) {
 }
 
 Verdict JudgeLaunch(const Findings& findings, const std::string& name) {
-  const std::string check = CheckBeforeStart(findings) + "; ";
+  const std::string check = CheckBeforeStart(findings);
   if (IsBroken(findings.launcher)) {
     return {DoctorCode::kLauncher, name + " does not run, and there is no launcher to start it",
-            check + findings.launcher.cure};
+            check + "; " + findings.launcher.cure};
   }
   if (IsBroken(findings.package)) {
     return {DoctorCode::kPackage, name + " does not run, and there is no package to start",
-            check + findings.package.cure};
+            check + "; " + findings.package.cure};
   }
   return {DoctorCode::kCanStart, name + " does not run; a call would start it (not tried)",
-          "if a broker should run already, " + CheckBeforeStart(findings)};
+          "if a broker should run already, " + check};
 }
 
 // All brokers that the call asks have answered that they do not show the window.

@@ -4,19 +4,13 @@
 
 #include "tessel/Text.h"
 #include "tessel/WindowSearch.h"
+#include "tools/inspector/ProcessFacts.h"
 #include "tools/inspector/WindowList.h"
-#include "tools/inspector/doctor/ProcessFacts.h"
 #include "tools/shared/ConsoleText.h"
 
 namespace {
 
 constexpr std::size_t kMostListed = 3;
-
-DWORD ProcessOf(HWND window) {
-  DWORD process = 0;
-  ::GetWindowThreadProcessId(window, &process);
-  return process;
-}
 
 std::string NameOf(HWND window) {
   return tessel::HandleText(window) + ' ' + tessel::Quoted(tessel::WindowTitle(window));
@@ -31,7 +25,7 @@ std::string ListText(const std::vector<HWND>& windows) {
 }
 
 WindowFinding Missing(const std::string& finding, const std::string& cure) {
-  return {nullptr, 0, {"window", Step::State::kBroken, finding, cure}};
+  return {0, {"window", Step::State::kBroken, finding, cure}};
 }
 
 std::string BitsText(const ProcessFacts& process) {
@@ -59,14 +53,14 @@ void AddIntegrity(Step& step, const ProcessFacts& process) {
 }
 
 WindowFinding Found(HWND window) {
-  const ProcessFacts process = ReadProcessFacts(ProcessOf(window));
+  const ProcessFacts process = ReadProcessFacts(ProcessOfWindow(window));
   Step step = {"window",
                Step::State::kFound,
                NameOf(window) + ", " + ProcessText(process) + BitsText(process),
                "",
                {{"window", tessel::HandleText(window)}, {"process", process.id}}};
   AddIntegrity(step, process);
-  return {window, process.id, step};
+  return {process.id, step};
 }
 
 }  // namespace
@@ -91,9 +85,7 @@ WindowFinding CheckWindow(const std::string& handleOrTitle) {
 
 std::string WindowsText(DWORD process) {
   std::vector<HWND> windows;
-  for (const ListedWindow& listed : VisibleWindows()) {
-    if (listed.process == process) windows.push_back(listed.window);
-  }
+  for (const ListedWindow& listed : VisibleWindowsOf(process)) windows.push_back(listed.window);
   const std::string owner = "process " + std::to_string(process);
   if (windows.empty()) return owner + " shows no window";
   return owner + " has the windows " + ListText(windows);

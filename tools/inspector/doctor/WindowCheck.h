@@ -8,8 +8,7 @@
 #include "tools/inspector/doctor/Step.h"
 
 struct WindowFinding {
-  HWND window = nullptr;  // null if there is no such window, or more than one
-  DWORD process = 0;
+  DWORD process = 0;  // 0 if there is no such window, or more than one
   Step step;
 };
 

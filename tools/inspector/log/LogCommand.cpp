@@ -5,7 +5,6 @@
 
 #include "logging/LevelSource.h"
 #include "tools/inspector/InspectorError.h"
-#include "tools/inspector/OptionParts.h"
 #include "tools/inspector/ToolCommand.h"
 #include "tools/inspector/doctor/LogLevelCheck.h"
 #include "tools/inspector/log/ConsoleStop.h"
@@ -117,7 +116,7 @@ void AddLogOptions(CLI::App& command, InspectorOptions& options) {
       ->check(CLI::PositiveNumber);
   command.add_option("--file", options.logFile, "Also write the lines to this file")
       ->type_name("FILE")
-      ->check(RefuseEmpty);
+      ->check(tools::RefuseEmpty);
   command
       .add_option("command", options.logCommand,
                   "Write -- before it. Run this command, end with it, and return its exit code")

@@ -62,5 +62,5 @@ std::string JsonLineOf(const LogEntry& entry) {
   const Json json = {{"process", entry.process}, {"thread", entry.thread},   {"time", entry.time},
                      {"level", entry.level},     {"version", entry.version}, {"file", entry.file},
                      {"line", entry.line},       {"message", entry.message}};
-  return json.dump(-1 /*one line*/, ' ', false /*UTF-8*/, Json::error_handler_t::replace) + '\n';
+  return LineOf(json);
 }

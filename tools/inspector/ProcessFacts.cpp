@@ -1,4 +1,4 @@
-#include "tools/inspector/doctor/ProcessFacts.h"
+#include "tools/inspector/ProcessFacts.h"
 
 #include <cstddef>
 

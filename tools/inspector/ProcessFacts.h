@@ -1,4 +1,4 @@
-// Part of tessel. Facts about a process that `tessel doctor` prints.
+// Part of tessel. Facts about a process.
 #pragma once
 
 #include <windows.h>

@@ -1,0 +1,18 @@
+// Part of tessel and SceneBroker. Where the files of modules are.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace tools {
+
+inline constexpr wchar_t kModuleName[] = L"TesselSLB_x64.dll";
+
+// Returns the path of a loaded module's file. Null stands for this program.
+std::wstring PathOfModule(HMODULE module);
+
+// Returns the path of TesselSLB_x64.dll in the folder of this program, whether it exists or not.
+std::wstring PathBesideProgram();
+
+}  // namespace tools
