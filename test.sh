@@ -43,15 +43,5 @@ cd "$ROOT"
 names=$(IFS='|' && echo "$*")
 # A suite that was killed has not removed its stand-ins for the launcher and the injector. Other suites would
 # find and start these stand-ins.
-run_suites() {
-  rm -rf "$BIN"/slinject* "$ROOT/build/wine/drive_c/Program Files (x86)/Microsoft Silverlight"
-  ctest --test-dir build/mingw --output-on-failure --parallel 8 "$@"
-}
-run_suites --no-tests=error ${names:+--tests-regex "$names"} && exit
-# On rare occasions a wineserver ends in the middle of a run, for reasons that are not known. Programs are
-# lost then, and suites hang. A fault of the tests or the product shows in the second run as well.
-wine_survived && exit 1
-step "Wine's server ended during the run, so programs were lost. Running the suites that failed again"
-holders=()
-hold_wine "$ROOT/build/wine" "$ROOT/build/wine-level"
-run_suites --rerun-failed
+rm -rf "$BIN"/slinject* "$ROOT/build/wine/drive_c/Program Files (x86)/Microsoft Silverlight"
+ctest --test-dir build/mingw --output-on-failure --parallel 8 --no-tests=error ${names:+--tests-regex "$names"}

@@ -69,7 +69,7 @@ prepare_wine() {
 # - The first program in an idle prefix starts Wine's services, and the first program with a window starts the
 #   desktop. The services and the desktop inherit the program's output, so a script that reads this output to
 #   its end would wait until they end, too.
-held=() holders=()
+held=()
 hold_wine() {
   local prefix
   trap release_wine EXIT
@@ -83,15 +83,9 @@ hold_wine() {
     # that start a desktop at the same time may wait ten seconds for it.
     in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
     in_prefix "$prefix" notepad >/dev/null 2>&1 &
-    holders+=($!)
     in_prefix "$prefix" rundll32 user32.dll,MessageBeep >/dev/null 2>&1 || true
     kill -0 $! 2>/dev/null || die "the desktop of the Wine prefix $prefix did not start"
   done
-}
-# Returns false if a wineserver that hold_wine has started ended since then. Its programs ended with it.
-wine_survived() {
-  local holder
-  for holder in "${holders[@]}"; do kill -0 "$holder" 2>/dev/null || return 1; done
 }
 release_wine() {
   local prefix

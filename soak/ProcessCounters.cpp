@@ -1,12 +1,10 @@
 #include "ProcessCounters.h"
 
 #include <windows.h>
-// tlhelp32.h and winternl.h need windows.h before them
+// tlhelp32.h needs windows.h before it
 #include <tlhelp32.h>
-#include <winternl.h>
 
 #include <thread>
-#include <vector>
 
 // The system exports SetOaNoCache, but MinGW does not declare it.
 extern "C" __declspec(dllimport) void WINAPI SetOaNoCache();
@@ -15,32 +13,17 @@ namespace soak {
 
 namespace {
 
-// CountHandles and CountWindows count entries in the system's lists, because GetProcessHandleCount
-// and GetGuiResources return 0 under Wine.
+// Asks for each value that a handle can have, because GetProcessHandleCount returns 0 under Wine.
+// The system's list of all handles is no way out: Wine 8's server crashes while it makes this list
+// if some process holds no handle at that moment. A new handle gets the lowest value that is free,
+// so only a process that holds thousands of handles has one above the limit.
 long CountHandles() {
-  struct Entry {
-    void* object;
-    ULONG_PTR process, handle;
-    ULONG access;
-    USHORT backtrace, type;
-    ULONG attributes, reserved;
-  };
-  struct Table {
-    ULONG_PTR count, reserved;
-    Entry entries[1];
-  };
-  constexpr auto kExtendedHandles = static_cast<SYSTEM_INFORMATION_CLASS>(64);
-  std::vector<char> buffer(1 << 20);
-  ULONG needed = 0;
-  while (::NtQuerySystemInformation(kExtendedHandles, buffer.data(),
-                                    static_cast<ULONG>(buffer.size()), &needed) != 0) {
-    if (buffer.size() > (64u << 20)) return -1;
-    buffer.resize(buffer.size() * 2);
-  }
-  const auto* table = reinterpret_cast<const Table*>(buffer.data());
+  constexpr ULONG_PTR kStep = 4, kLimit = 4096 * kStep;
   long count = 0;
-  for (ULONG_PTR i = 0; i < table->count; ++i)
-    count += table->entries[i].process == ::GetCurrentProcessId();
+  for (ULONG_PTR value = kStep; value <= kLimit; value += kStep) {
+    DWORD flags = 0;
+    count += ::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != FALSE;
+  }
   return count;
 }
 
@@ -65,6 +48,7 @@ long CountThreads() {
   return count;
 }
 
+// GetGuiResources returns 0 under Wine.
 long CountWindows() {
   long count = 0;
   ::EnumWindows(
