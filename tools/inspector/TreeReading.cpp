@@ -28,12 +28,12 @@ Json StateJson(const std::string& name, const std::string& text) {
   return text;
 }
 
-// The state "selected" is one of the items. So it is not read if the element has no items, which
-// saves one call for most elements.
+// Saves a call for each element: only a list has a selected item, and a list cannot be checked.
 Json ReadStates(Inspection& inspection, tessel::Element& element, bool hasItems) {
+  const std::string needless = hasItems ? "checked" : "selected";
   Json states;
   for (const std::string name : kStates) {
-    if (name == "selected" && !hasItems) continue;
+    if (name == needless) continue;
     if (const auto text = ReadText(inspection, element, name)) {
       states[name] = StateJson(name, *text);
     }
