@@ -36,7 +36,8 @@ class DiagnosisTest : public testing::Test {
  protected:
   DiagnosisTest() {
     LogCapture::SetLevel("ERROR");
-    // The system makes the first environment of a session from the registry.
+    // Removes a value that this process may have inherited, because the system makes the first
+    // environment of a session from the registry.
     ::SetEnvironmentVariableA("TESSEL_LOG_LEVEL", nullptr);
   }
   ~DiagnosisTest() override { LogCapture::SetLevel(nullptr); }
@@ -67,13 +68,15 @@ TEST_F(DiagnosisTest, NamesWhatABrokerLacks) {
   const std::string content = "--window=" + broker.Fact("window") + address;
   const std::string process = "process " + broker.Fact("process");
 
-  Doctor(content, 0, "shows this window, the focus is on \"user\"", "the tailored broker answers");
+  Doctor(content, 0, "shows this window, the focus is on \"user\"\n",
+         "the tailored broker answers");
   Doctor(content + " --scheme http", 14, "there is no such pipe", "give --scheme tailored");
   SceneBroker http(TESSEL_SCENES "/login.json", L" --scheme http");
   Doctor("--window=" + http.Fact("window") + " --address http://plain.example/", 14, "http broker",
-         "there is no launcher to start it; but the http broker shows this window");
+         "there is no launcher to start one; but the http broker shows this window");
   Doctor("--window=" + broker.Fact("window") + " --address https://other.example/x", 19,
-         "https___other_example: there is no such pipe", "check --address");
+         "https___other_example: there is no such pipe",
+         "compare --address and --scheme with what it serves");
   Doctor("--window=nobody" + address, 13, "no top-level window has the title \"nobody\"",
          "tessel windows");
   Doctor("--window=0x7ffffffe" + address, 13, "no window has the handle 0x7ffffffe",
@@ -106,7 +109,8 @@ TEST_F(DiagnosisTest, NamesWhatABrokerLacks) {
   LogCapture::SetLevel(nullptr);
   ::SetEnvironmentVariableA("TESSEL_LOG_LEVEL", "VERBOSE");
   Doctor(content, 0, "is not set in the registry, only in this console", "");
-  // Exactly the elements of the runs that reached the broker were handed out, and all came back.
+  // The runs of `tessel doctor` received 8 elements from this broker in total, and released them
+  // all.
   EXPECT_THAT(broker.CloseAndReadSummary(),
               HasSubstr("\nundelivered: 0\nreleased: 8\nstill held: 0"));
 }
@@ -119,7 +123,7 @@ TEST_F(DiagnosisTest, NamesWhatALauncherLacks) {
   const StandIn launcher(L"sllauncher");
   Doctor(content, 20, "SLBroker.xap", "put SLBroker.xap beside the module");
   files.Add(wire::kBrokerPackage);
-  Doctor(content, 10, "there is no such pipe", "a call would start it (not tried)");
+  Doctor(content, 10, "there is no such pipe", "a call would start one (not tried)");
   EXPECT_THAT(launcher.Record(L"launch.example"), testing::IsEmpty());
 
   for (const auto& [address, cure] : std::initializer_list<std::pair<const char*, const char*>>{
@@ -141,6 +145,7 @@ TEST_F(DiagnosisTest, NamesAPipeThatNoBrokerServes) {
       {"*[100]", 18, "refuses with status 100", "tessel explain 100"},
       {"*[-8]", 23, "does not show process", "check --window"},
       {"*[0,'']", 0, "nothing has the focus", ""},
+      {"*[0,'held']", 0, "the focus is on \"held\", which could not be released", ""},
   };
   int number = 0;
   for (const auto& [answer, code, cause, cure] : kCases) {
@@ -154,7 +159,8 @@ TEST_F(DiagnosisTest, NamesAPipeThatNoBrokerServes) {
     Doctor("--address http://wrong-window.example/x", 19, "the http broker does not run",
            "to do: check --window");
   }
-  // This process has a pipe that it never serves, and later a client that keeps the pipe busy.
+  // This process creates the pipe, but never serves it. In the second run, a client also keeps the
+  // pipe busy.
   const std::wstring address = L"http://busy.example/x",
                      name = wire::PipeName(SL_TAILORED_URI, address);
   const HANDLE pipe =

@@ -5,6 +5,8 @@
 
 #include "TesselHost.h"
 #include "TesselSilverlight.h"
+#include "support/Elements.h"
+#include "support/TestWindow.h"
 #include "support/Tools.h"
 #include "wire/Addresses.h"
 
@@ -20,8 +22,8 @@ void ExpectAllReleased(SceneBroker& broker) {
   EXPECT_TRUE(std::regex_match(summary, even)) << summary;
 }
 
-// Runs the commands of a transcript, and compares the transcript with the same text that holds
-// their real output and exit codes. `run` runs a command and returns both.
+// Runs each command of a transcript file. Expects the output and the exit code that follow the
+// command in the file. `run` runs one command, and returns its exit code and its output.
 template <class Run>
 void ExpectTranscript(const std::string& name, Run run) {
   std::ifstream transcript(std::string(TESSEL_TRANSCRIPTS "/inspector-") + name + ".txt");
@@ -59,7 +61,8 @@ void PlayTranscript(const char* name, const SceneBroker& broker) {
   });
 }
 
-// A replay must give the inspector the same answers as the scene.
+// Serves a recording with SceneBroker. The commands of the transcript must then print the same as
+// with the broker that was recorded.
 void ExpectReplay(const char* name, const NewFile& recording) {
   SceneBroker replay("--replay=" + recording.Name());
   PlayTranscript(name, replay);
@@ -84,7 +87,8 @@ TEST(InspectorTest, PrintsWhatTheTranscriptsSay) {
                    [](const std::string& line) { return ToolOutput(L"tessel.exe " + Wide(line)); });
 }
 
-// The outputs hold times, or windows that do not belong to the test.
+// These outputs are not in a transcript, because they contain times, or windows that do not belong
+// to the test.
 TEST(InspectorTest, CountsCallsAndFindsServedWindows) {
   SceneBroker broker(TESSEL_SCENES "/login.json");
   const std::string time = "[0-9.]+ ms";
@@ -107,8 +111,8 @@ TEST(InspectorTest, CountsCallsAndFindsServedWindows) {
   ExpectAllReleased(broker);
 }
 
-// Each line that `explain` shows must be in the sources of the module. A line "LEVEL TEXT" is there
-// as a call LOG_LEVEL("TEXT"...), or with a prefix in the text.
+// Each log line "LEVEL TEXT" that `explain` shows must come from the sources of the module. The
+// test does not compare the level: it looks for TEXT at the end of a string literal.
 TEST(InspectorTest, ExplainsWithLinesThatTheModuleLogs) {
   std::string sources;
   for (const auto& file : std::filesystem::recursive_directory_iterator(TESSEL_SOURCE "/Common")) {
@@ -138,7 +142,20 @@ TEST(InspectorTest, ShowsThePipeThatItCannotUse) {
   ::CloseHandle(server);
 }
 
-// Without the module, a command that needs it names it, and the others work.
+// The broker of the first address answers nonsense. No broker serves the second address. The
+// window makes sure that the first broker is asked.
+TEST(InspectorTest, SaysWhyNoWindowIsServed) {
+  const TestWindow window;
+  const ScriptedBroker broker(SL_TAILORED_URI, L"http://nonsense", {"*[0,7]"});
+  const std::wstring windows = L"tessel.exe windows --address http://";
+  RunTool(
+      windows + L"nonsense", 0,
+      "TAILOREDhttp___nonsense failed: -12\nto do: no broker serves a window; see tessel doctor\n");
+  RunTool(windows + L"nobody", 0, "\npipes: 0\nto do: no broker of this address runs");
+}
+
+// Runs tessel without the module. A command that needs the module must name the missing file. All
+// other commands must work.
 TEST(InspectorTest, NamesTheMissingModule) {
   const auto folder = std::filesystem::temp_directory_path() / "tessel-alone";
   std::filesystem::create_directories(folder);
@@ -173,11 +190,11 @@ TEST(InspectorTest, PrintsTheSameThroughATap) {
   ExpectReplay("login", recording);
 }
 
-// Each row has a command, its notice or "", the broker's answer, the exit code, and a part of the
-// output. This process is the broker, because SceneBroker does not send the answers in the table.
-// An empty answer disconnects the client. The address has no scheme, so a search asks no other
-// broker. The window is destroyed when the request has arrived, so that a later injection fails.
-// The broker ends after its answer.
+// Each row has a command, the notice that tessel prints while it waits (or ""), the broker's
+// answer, the exit code, and a part of the output. This process is the broker, because SceneBroker
+// does not send such answers. An empty answer disconnects the client. The address has no scheme, so
+// a search asks only this broker. The window is destroyed when the request has arrived, so that a
+// later injection fails. The broker ends after its answer.
 TEST(InspectorTest, ReportsEveryKindOfAnswer) {
   const std::tuple<std::string, std::string, const wchar_t*, DWORD, std::string> kCases[] = {
       {"at 1,2 --scheme tailored",
@@ -262,8 +279,9 @@ TEST(InspectorTest, MakesTheseCallsToReadATree) {
   }
 }
 
-// This process is a broker whose element "a" holds "b", which holds "c". Each row has its answers
-// to searches of one level, in the whole content and below "a", and the number of its requests.
+// This process is a broker. Its element "a" contains "b", and "b" contains "c". Each row has the
+// broker's answers to two searches of one level (the first in the whole content, the second below
+// "a"), and the number of requests that the broker receives.
 TEST(InspectorTest, AsksForEachParentIfABrokerSearchesOtherLevels) {
   using Json = nlohmann::json;
   const Json all = {0, 3, "a", 0, 0, 9, 9, "b", 0, 0, 8, 8, "c", 0, 0, 7, 7};

@@ -38,7 +38,9 @@ TEST(SceneBrokerTest, SaysHowToSolveAnError) {
   RunTool(start + L" --scheme ftp", 2, "ftp not in {tailored,http,https,file}");
   RunTool(start + L" --additional-windows 11", 2, "11 not in range 0 to 10");
   RunTool(L"SceneBroker.exe no.json", 1, "no.json: cannot read the file; check the path");
-  RunTool(start, 1, "another broker serves it; stop that one, or choose another --scheme");
+  RunTool(start, 1,
+          "another program serves it; tessel doctor names it; end that program, or choose another "
+          "--scheme");
   RunTool(start + L" --dll kernel32.dll", 1, "has no InitComm; name TesselSLB_x64.dll with --dll");
   RunTool(start + L" --dll nothing.dll", 1, "cannot load nothing.dll (error 126); put it beside");
 }

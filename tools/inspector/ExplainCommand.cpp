@@ -39,7 +39,7 @@ std::optional<int> NumberIn(const std::string& text) {
   const auto read =
       std::from_chars(text.data() + (isHexadecimal ? 2 : 0), end, number, isHexadecimal ? 16 : 10);
   if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
-  return static_cast<int>(number);  // 0x80004001 is a negative number
+  return static_cast<int>(number);  // 0x80004001 becomes a negative number
 }
 
 bool IsSameName(const std::string& text, const char* name) {
@@ -50,9 +50,8 @@ InspectorError UnknownName(const std::string& text) {
   std::vector<std::string> names;
   for (const KnownCode& known : AllCodes()) names.push_back(known.code.name);
   const std::string guess = DidYouMean(text, names);
-  const std::string meaning = "there is no code " + tessel::Quoted(text);
-  if (guess.empty()) return {ExitCode::kUsage, meaning, "tessel explain lists all codes"};
-  return {ExitCode::kUsage, meaning + "; " + guess};
+  return {ExitCode::kUsage, "there is no code " + tessel::Quoted(text),
+          guess.empty() ? "tessel explain lists all codes" : guess};
 }
 
 // Returns both codes if a client's call and the host's channel use the same number.

@@ -37,23 +37,22 @@ std::string LauncherLine() {
   return "\n  launcher: " + tessel::Narrow(path) + Existing(FileExists(path));
 }
 
-// Returns the pipes and the launcher that a call with this scheme uses.
-std::string SetUpLines(const tessel::Error& error, DWORD scheme) {
+std::string PipeLines(const tessel::Error& error, DWORD scheme) {
   std::string lines;
   for (const BrokerPipe& pipe : PipesToTry(scheme, error.address)) {
     lines += "\n  pipe:    " + tessel::Narrow(pipe.name) + Existing(pipe.exists);
   }
-  return lines + LauncherLine();
+  return lines;
 }
 
-// Returns the lines that help to find out why no broker, or the wrong one, has answered. Returns an
-// empty text for codes that are about the request.
+// Returns the lines that help to find out why no broker or the wrong broker has answered. Returns
+// an empty text for all other codes.
 std::string HelpLines(const tessel::Error& error, DWORD scheme) {
   const bool isUnreachable =
       error.BrokerIsLost() || ExitCodeOf(error.code) == ExitCode::kInjectionFailed;
   const bool isWrong = error.code == SL_NOT_SERVED || error.code == SL_ARCHIVE_FAILURE;
   if (!isUnreachable && !isWrong) return {};
-  return (isUnreachable ? SetUpLines(error, scheme) : "") +
+  return PipeLines(error, scheme) + (isUnreachable ? LauncherLine() : "") +
          "\n  see:     tessel doctor (checks each step of a call), tessel log, tessel explain " +
          std::to_string(error.code) + ", docs/not-working.md";
 }
@@ -83,8 +82,8 @@ InspectorError MakeRefusal(ExitCode exitCode, const std::string& what, const std
 InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error, DWORD scheme) {
   const std::string address = "\n  address: " + tessel::Printable(tessel::Narrow(error.address));
   const Failure failure = {error.code, error.name, error.meaning, error.cure};
-  // A meaning that is not the one of the table was written for this failure by the client library.
-  // It explains enough, so the message leaves out the code.
+  // For some failures, the client library writes its own meaning in place of the one in the table
+  // of codes. Such a meaning explains enough, so the message leaves out the code.
   if (error.meaning != tessel::DescribeResult(error.code).meaning) {
     return {ExitCodeOf(error.code),
             "cannot " + what + ": " + error.meaning + "; " + error.cure + address, failure};

@@ -13,9 +13,9 @@
 enum class ExitCode : int {
   kSuccess = 0,
   kNothingThere = 1,     // no element, more than one element, or no such ancestor
-  kUsage = 2,            // wrong command line, or not exactly one window
+  kUsage = 2,            // wrong command line, not exactly one window, or another -5
   kNotStarted = 3,       // -9
-  kRefused = 4,          // the broker answered with a status of its own
+  kRefused = 4,          // the broker refused, with -8 or with a positive status
   kFailed = 5,           // an answer that does not fit the request, or any other failure
   kNotConnected = 6,     // -7
   kNoAnswer = 7,         // -6
@@ -34,8 +34,6 @@ struct Failure {
 
 class InspectorError : public std::runtime_error {
  public:
-  InspectorError(ExitCode exitCode, const std::string& message)
-      : InspectorError(exitCode, message, Failure{.meaning = message}) {}
   // The message is "MEANING; CURE".
   InspectorError(ExitCode exitCode, const std::string& meaning, const std::string& cure)
       : InspectorError(exitCode, meaning + "; " + cure, Failure{.meaning = meaning, .cure = cure}) {
@@ -52,8 +50,8 @@ InspectorError MakeRefusal(ExitCode exitCode, const std::string& what, const std
                            const std::string& cure, const std::string& address);
 
 // Makes the error for a call that failed. `what` completes the message "cannot ...". `scheme` is
-// the scheme of the call. If the broker could not be reached, the message shows the pipes that a
-// call with this scheme tries.
+// the scheme of the call. If no broker or the wrong broker has answered, the message shows the
+// pipes that a call with this scheme tries.
 InspectorError MakeCallFailure(const std::string& what, const tessel::Error& error, DWORD scheme);
 
 // Prints the error to standard error, as text or as one line of JSON. Returns the exit code.

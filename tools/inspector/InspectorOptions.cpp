@@ -56,7 +56,8 @@ void AddCommand(CLI::App& app, const InspectorCommand& command, InspectorOptions
   });
 }
 
-// With --json, every error is JSON. So its text must not be printed here.
+// Without --json, prints an error of CLI11 as plain text. With --json, throws it as an
+// InspectorError, because the caller prints such an error as JSON.
 std::optional<int> Parse(CLI::App& app, InspectorOptions& options) {
   const std::vector<std::string> arguments = tools::Arguments();
   options.json = AskForJson(arguments);
@@ -67,7 +68,7 @@ std::optional<int> Parse(CLI::App& app, InspectorOptions& options) {
   } catch (const CLI::Success& request) {  // --help or --version
     return app.exit(request);
   } catch (const CLI::ParseError& error) {
-    if (options.json) throw InspectorError(ExitCode::kUsage, error.what());
+    if (options.json) throw InspectorError(ExitCode::kUsage, error.what(), "run with --help");
     app.exit(error);
     return static_cast<int>(ExitCode::kUsage);
   }

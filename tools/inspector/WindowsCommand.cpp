@@ -1,5 +1,6 @@
 // Part of tessel. The command `windows`: the visible top-level windows, and which of them a broker
 // serves.
+#include <algorithm>
 #include <map>
 
 #include "tools/inspector/BrokerPipes.h"
@@ -16,8 +17,8 @@
 
 namespace {
 
-// Asks the brokers that run which windows they serve. A request names only the process of a window,
-// so each broker is asked once per process.
+// Asks each running broker which windows it serves. A request names only the process of a window,
+// so the class asks each broker only once for each process.
 class Brokers {
  public:
   explicit Brokers(const InspectorOptions& options)
@@ -42,6 +43,7 @@ class Brokers {
     return schemes;
   }
 
+  // Adds a line of advice if no broker runs, or if none of them serves any window.
   void AddPipes(Report& report) const {
     std::vector<Report::Entry> entries;
     for (const Broker& broker : brokers_) {
@@ -54,18 +56,29 @@ class Brokers {
                          name + failure});
     }
     report.AddList("pipes", entries);
+    if (brokers_.empty()) {
+      report.AddLine("to do: no broker of this address runs; start one, or compare the address");
+    } else if (std::ranges::none_of(brokers_, &ServesAny)) {
+      report.AddLine("to do: no broker serves a window; see tessel doctor");
+    }
   }
 
  private:
   struct Broker {
     BrokerPipe pipe;
-    int failure;  // the code that shows that the broker is lost; it is then asked no more
+    // SL_SUCCESS, or the code of the call that failed because the broker is lost or because the
+    // pipe belongs to another program. After a failure, this pipe gets no more requests.
+    int failure;
     std::map<DWORD, bool> serves;
   };
 
-  // Looks for the pipe before each call, and gives the scheme, because a call then neither starts a
-  // broker nor searches for one. The point is outside of every content, so that the broker usually
-  // hands out nothing.
+  static bool ServesAny(const Broker& broker) {
+    return std::ranges::any_of(broker.serves, [](const auto& entry) { return entry.second; });
+  }
+
+  // Checks that the pipe exists before each call, and names the scheme in the call. The call then
+  // neither starts a broker nor searches for one. The point lies outside of every content, so that
+  // the broker usually hands out no element.
   bool Serves(Broker& broker, HWND window) {
     if (broker.failure != SL_SUCCESS || !PipeOf(broker.pipe.scheme, address_).exists) return false;
     try {
@@ -74,7 +87,7 @@ class Brokers {
       (void)content.At({-30000, -30000});
       return true;
     } catch (const tessel::Error& error) {
-      if (error.BrokerIsLost()) broker.failure = error.code;
+      if (error.BrokerIsLost() || error.code == SL_ARCHIVE_FAILURE) broker.failure = error.code;
       return false;
     }
   }

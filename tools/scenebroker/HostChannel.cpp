@@ -26,8 +26,8 @@ void HostChannel::Open(SLUriScheme scheme, const std::wstring& address) {
   const int code = init_(scheme, INFINITE, address.c_str());
   if (code == SL_CHANNEL_NOT_CREATED) {
     throw std::runtime_error(
-        "cannot create the pipe (code -4): another broker serves it; stop that one, or choose "
-        "another --scheme");
+        "cannot create the pipe (code -4): another program serves it; tessel doctor names it; "
+        "end that program, or choose another --scheme");
   }
   if (code != SL_CHANNEL_SUCCESS) {
     throw std::runtime_error("cannot open the channel (code " + std::to_string(code) +

@@ -40,7 +40,7 @@ inline constexpr ResultCode kResultCodes[] = {
      "the broker of this scheme and address does not show the content of this window",
      "compare window and scheme with what the broker prints, or leave out the scheme"},
     {SL_BROKER_NOT_STARTED, "SL_BROKER_NOT_STARTED",
-     "no broker serves this address and scheme, and none could be started",
+     "no broker that runs serves this address, scheme and window, and none could be started",
      "start one (SceneBroker SCENE --scheme SCHEME), and compare address, scheme and window with "
      "what it prints; without a scheme the tailored broker must run"},
     {SL_INJECTOR_NOT_STARTED, "SL_INJECTOR_NOT_STARTED",
@@ -51,7 +51,8 @@ inline constexpr ResultCode kResultCodes[] = {
      "no running broker shows this window's content, and the injection failed",
      "compare the window with the one that the broker prints"},
     {SL_ARCHIVE_FAILURE, "SL_ARCHIVE_FAILURE", "the broker's answer does not fit the request",
-     "check that the broker has the same version"},
+     "see with tessel doctor which program answers; if it is a broker, check that it has the same "
+     "version"},
     {SL_INVALID_OBJECT, "SL_INVALID_OBJECT",
      "the element's process, window, scheme, address or id is not known",
      "check that the window still exists, and find the element again"},

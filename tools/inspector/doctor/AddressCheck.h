@@ -5,6 +5,6 @@
 
 #include "tools/inspector/doctor/Step.h"
 
-// The state of the step is kNote if the address probably contains a mistake, because a broker may
-// serve any text as an address.
+// The state of the step is kNote if the address probably contains a mistake. It is never kBroken,
+// because a broker may serve any text as an address.
 Step CheckAddress(const std::wstring& address);

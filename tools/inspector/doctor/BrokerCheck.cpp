@@ -18,8 +18,8 @@ using tools::PipeEnd;
 
 constexpr std::size_t kLongestAnswer = 32768;  // in UTF-16 units; longer than any id
 
-// This part of the time is kept for the release. A release needs only one exchange with a broker
-// that has just answered.
+// The time before the deadline that is kept free for the release of the element. It can be short,
+// because the broker has just answered another request.
 constexpr ULONGLONG kReleaseMilliseconds = 200;
 
 constexpr std::size_t kMostShown = 60;  // units of an answer that is shown
@@ -30,7 +30,8 @@ struct Conclusion {
   std::string cure = {};
 };
 
-// A server that is no broker must end, because it takes the place of the broker.
+// A program that is no broker but serves the broker's pipe must end, because the broker cannot
+// create its pipe while the program runs.
 std::string CureByEnding(DWORD server) {
   return "end process " + std::to_string(server) + ", then start the broker";
 }
@@ -40,7 +41,8 @@ std::string CureByRestarting(DWORD server) {
          CureByEnding(server);
 }
 
-// Releases the element that has the focus.
+// Makes the conclusion for a broker that shows the window, and releases the element with the focus
+// that the broker has handed out.
 Conclusion ConcludeElement(const std::wstring& pipe, DWORD windowProcess, const std::wstring& id,
                            ULONGLONG deadline) {
   if (id.empty()) {
@@ -48,7 +50,7 @@ Conclusion ConcludeElement(const std::wstring& pipe, DWORD windowProcess, const 
   }
   const auto release =
       tools::ExchangeMessages(pipe, ReleaseRequest(windowProcess, id), deadline, kLongestAnswer);
-  const bool isReleased = release.end == PipeEnd::kAnswered;
+  const bool isReleased = release.end == PipeEnd::kAnswered && ConfirmsRelease(release.answer);
   return {BrokerState::kShowsWindow, "shows this window, the focus is on " + tessel::Quoted(id) +
                                          (isReleased ? "" : ", which could not be released")};
 }
@@ -73,7 +75,8 @@ Conclusion ConcludeFailure(PipeEnd end, DWORD server) {
               "run the broker and its client as the same user; the pipe must also admit clients of "
               "low integrity"};
     case PipeEnd::kBusy:
-      return {BrokerState::kCannotOpen, "the pipe stays busy with other clients",
+      return {BrokerState::kCannotOpen,
+              "the pipe stays busy: a client uses it, or the server hangs",
               "end the client that does not read its answer, or restart the broker"};
     case PipeEnd::kNotMessages:
       return {BrokerState::kNotABroker, "the pipe is not in message mode", CureByEnding(server)};

@@ -15,7 +15,7 @@ enum class BrokerState {
   kCannotOpen,   // access is denied, or the pipe is busy
   kNoAnswer,     // the server of the pipe is silent, or disconnects
   kNotABroker,   // the server of the pipe answers nonsense
-  kRefuses,      // the broker answers with another status
+  kRefuses,      // the broker answers with a status other than success and kNotServed
   kNotAsked,     // the pipe exists, but there is no window to ask about
 };
 

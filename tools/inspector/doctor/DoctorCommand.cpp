@@ -28,10 +28,23 @@ void MakeNote(Step& step) {
   if (step.state == Step::State::kBroken) step.state = Step::State::kNote;
 }
 
-// Adapts the states to the verdict. What starts or injects a broker, and a strange address, are
-// broken only if they are the reason. If a broker answers, a call asks no further broker.
+// Adapts the states if the call ends before it reaches the broker that shows the window. A broker
+// that does not run is then broken, because a call can end at it.
+void AdaptToScheme(std::vector<BrokerFinding>& asked) {
+  for (BrokerFinding& broker : asked) {
+    if (broker.state == BrokerState::kAbsent) broker.step.state = Step::State::kBroken;
+    if (broker.state != BrokerState::kShowsWindow) continue;
+    broker.step.state = Step::State::kNote;
+    broker.step.finding += "; a call does not reach this broker";
+  }
+}
+
+// Adapts the states to the verdict. The launcher, the package, the injector, the lock and the
+// address are broken only if the verdict names them as the reason. If one broker answers for the
+// window, the states of all other brokers are at most notes.
 void Adapt(Findings& findings, DoctorCode code) {
   if (code == DoctorCode::kAddress) findings.address.state = Step::State::kBroken;
+  if (code == DoctorCode::kScheme) AdaptToScheme(findings.asked);
   if (code == DoctorCode::kServed) {
     for (BrokerFinding& broker : findings.asked) MakeNote(broker.step);
   }
@@ -97,6 +110,7 @@ int RunDoctor(const InspectorOptions& options) {
 }
 
 void AddDoctorOptions(CLI::App& command, InspectorOptions& options) {
+  command.footer(DoctorCodeHelp());
   AddContentOptions(command, options);
   command
       .add_option("--module", options.module,

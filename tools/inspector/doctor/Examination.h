@@ -1,4 +1,5 @@
-// Part of tessel. Checks each step of a call, without the module.
+// Part of tessel. Checks each step that the module would take for a client's call. Does not load
+// the module.
 #pragma once
 
 #include <filesystem>

@@ -19,3 +19,6 @@ struct FocusAnswer {
 // Reads an answer by the rules by which the module reads it. Returns nothing if the module would
 // refuse the answer.
 std::optional<FocusAnswer> ParseFocusAnswer(std::wstring_view text);
+
+// Returns whether the answer says that the broker has released the element.
+bool ConfirmsRelease(std::wstring_view text);

@@ -9,8 +9,8 @@ namespace {
 
 constexpr const char* kOwners[] = {"the user's", "the machine's"};
 constexpr const char* kSetCure =
-    "tessel log --level VERBOSE shows all lines; setx TESSEL_LOG_LEVEL VERBOSE sets the level for "
-    "good";
+    "tessel log --level VERBOSE shows all lines; to set the level for good: reg add "
+    "HKCU\\Environment /v TESSEL_LOG_LEVEL /d VERBOSE /f";
 
 std::string VariableOf(std::size_t place) {
   return std::string(kOwners[place]) + " variable " + logging::kLevelVariable;
@@ -41,7 +41,8 @@ Step UsedLevel(std::size_t place, const std::string& text, const std::string& ig
   return step;
 }
 
-// The variable of this process does not count, but users often set it in a console.
+// The module reads the variable only from the registry, but users often set it in a console. So
+// this function also looks for it in the environment of this process.
 Step NoLevel(const std::string& ignored) {
   if (!ignored.empty()) {
     return LevelStep(Step::State::kBroken, "only fatal lines appear" + ignored,

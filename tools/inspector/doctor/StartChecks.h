@@ -9,8 +9,8 @@
 // The step is broken if the file is missing or has no version.
 Step CheckModule(const std::filesystem::path& module);
 
-// These steps are broken if the file is missing, or if another client holds the lock. The package
-// and the injector must be in the module's folder.
+// The first three steps are broken if their file is missing. The last one is broken if another
+// client holds the lock. The package and the injector must be in the module's folder.
 Step CheckLauncher();
 Step CheckPackage(const std::filesystem::path& module);
 Step CheckInjector(const std::filesystem::path& module);

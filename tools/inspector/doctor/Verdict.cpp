@@ -1,10 +1,13 @@
 #include "tools/inspector/doctor/Verdict.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "tools/shared/CommandLine.h"
 
 namespace {
+
+constexpr const char* kNoneRuns = "none of the brokers that a call asks is running";
 
 bool IsBroken(const Step& step) { return step.state == Step::State::kBroken; }
 
@@ -12,27 +15,41 @@ std::string NameOf(const BrokerFinding& broker) {
   return "the " + tools::NameOfScheme(broker.scheme) + " broker";
 }
 
-// Returns what to check before a broker is started. If a broker answered that it does not show the
-// window, the window is the most likely mistake.
-std::string CheckBeforeStart(const Findings& findings) {
-  for (const BrokerFinding& broker : findings.asked) {
-    if (broker.state == BrokerState::kShowsOthers) return broker.step.cure;
-  }
-  return "check --address and --scheme";
+bool NoneRuns(const Findings& findings) {
+  return std::ranges::all_of(findings.asked, [](const BrokerFinding& broker) {
+    return broker.state == BrokerState::kAbsent;
+  });
 }
 
-Verdict JudgeLaunch(const Findings& findings, const std::string& name) {
-  const std::string check = CheckBeforeStart(findings);
+// Why a call would start a broker, and what to check first.
+struct ReasonToStart {
+  std::string text;
+  std::string check;
+};
+
+// `absent` is the broker that the call would start. If a broker answered that it does not show the
+// window, the window is the most likely mistake.
+ReasonToStart FindReasonToStart(const Findings& findings, const BrokerFinding& absent) {
+  const std::string reason = NameOf(absent) + " does not run";
+  for (const BrokerFinding& broker : findings.asked) {
+    if (broker.state != BrokerState::kShowsOthers) continue;
+    return {NameOf(broker) + " does not show this window, and " + reason, broker.step.cure};
+  }
+  return {NoneRuns(findings) ? kNoneRuns : reason,
+          "if the broker runs, compare --address and --scheme with what it serves"};
+}
+
+Verdict JudgeLaunch(const Findings& findings, const BrokerFinding& absent) {
+  const auto [reason, check] = FindReasonToStart(findings, absent);
   if (IsBroken(findings.launcher)) {
-    return {DoctorCode::kLauncher, name + " does not run, and there is no launcher to start it",
-            check + "; " + findings.launcher.cure};
+    return {DoctorCode::kLauncher, reason + ", and there is no launcher to start one",
+            check + "; or " + findings.launcher.cure};
   }
   if (IsBroken(findings.package)) {
-    return {DoctorCode::kPackage, name + " does not run, and there is no package to start",
-            check + "; " + findings.package.cure};
+    return {DoctorCode::kPackage, reason + ", and there is no package to start",
+            check + "; or " + findings.package.cure};
   }
-  return {DoctorCode::kCanStart, name + " does not run; a call would start it (not tried)",
-          "if a broker should run already, " + check};
+  return {DoctorCode::kCanStart, reason + "; a call would start one (not tried)", check};
 }
 
 // All brokers that the call asks have answered that they do not show the window.
@@ -68,7 +85,7 @@ Verdict JudgeSearch(const Findings& findings) {
       case BrokerState::kNotAsked:
         continue;
       case BrokerState::kAbsent:
-        return JudgeLaunch(findings, name);
+        return JudgeLaunch(findings, broker);
       case BrokerState::kCannotOpen:
         return {DoctorCode::kCannotOpen, "the pipe of " + name + " cannot be opened", cure};
       case BrokerState::kNoAnswer:
@@ -91,7 +108,8 @@ bool AddressMayMislead(const Findings& findings) {
          first.state == BrokerState::kAbsent;
 }
 
-// Looks for a broker that shows the window, although the search ends before it reaches this broker.
+// Looks for a broker that shows the window although the call does not reach this broker: the call
+// ends at an earlier one, or names another scheme.
 std::optional<Verdict> JudgeOthers(const Findings& findings, const Verdict& search) {
   for (const auto* const brokers : {&findings.asked, &findings.others}) {
     for (const BrokerFinding& broker : *brokers) {
@@ -104,14 +122,41 @@ std::optional<Verdict> JudgeOthers(const Findings& findings, const Verdict& sear
   return std::nullopt;
 }
 
+// A window often disappears together with its broker.
+Verdict JudgeWindow(const Findings& findings) {
+  const Step& window = findings.window.step;
+  if (!NoneRuns(findings)) return {DoctorCode::kWindow, window.finding, window.cure};
+  return {DoctorCode::kWindow, window.finding + ", and " + kNoneRuns,
+          "start the program that shows the window, or: " + window.cure};
+}
+
 }  // namespace
+
+std::string DoctorCodeHelp() {
+  return "Exit codes:\n"
+         "  0  a broker answers for this window\n"
+         "  2  wrong command line\n"
+         "  10  no broker answers, but a call would start or inject one (not tried)\n"
+         "  11  the module is missing or damaged\n"
+         "  12  the address looks wrong\n"
+         "  13  not exactly one such window\n"
+         "  14  a broker that a call does not reach shows the window: give its --scheme\n"
+         "  15  the pipe cannot be opened\n"
+         "  16  the server of the pipe gives no answer\n"
+         "  17  the server of the pipe is no broker\n"
+         "  18  the broker refuses with a status of its own\n"
+         "  19  a broker must be started, and the launcher is missing\n"
+         "  20  a broker must be started, and its package is missing\n"
+         "  21  a broker must be injected, and the injector is missing\n"
+         "  22  a broker must be injected, and another client injects one now\n"
+         "  23  the broker of the given --scheme does not show this window";
+}
 
 Verdict Judge(const Findings& findings) {
   if (IsBroken(findings.module)) {
     return {DoctorCode::kModule, "no call can be made without the module", findings.module.cure};
   }
-  const Step& window = findings.window.step;
-  if (IsBroken(window)) return {DoctorCode::kWindow, window.finding, window.cure};
+  if (IsBroken(findings.window.step)) return JudgeWindow(findings);
   const Verdict search = JudgeSearch(findings);
   if (search.code == DoctorCode::kServed) return search;
   if (AddressMayMislead(findings)) {

@@ -5,14 +5,14 @@
 
 #include "tools/inspector/doctor/Findings.h"
 
-// The exit codes of `tessel doctor`. docs/inspector.md lists them.
+// The exit codes of `tessel doctor`. docs/inspector.md lists them, and so does DoctorCodeHelp().
 enum class DoctorCode : int {
   kServed = 0,
   kCanStart = 10,
   kModule = 11,
   kAddress = 12,
   kWindow = 13,
-  kScheme = 14,  // a broker that a call does not reach shows the window
+  kScheme = 14,
   kCannotOpen = 15,
   kNoAnswer = 16,
   kNotABroker = 17,
@@ -21,7 +21,7 @@ enum class DoctorCode : int {
   kPackage = 20,
   kInjector = 21,
   kInjectionLock = 22,
-  kOtherWindow = 23,  // the broker of the given scheme does not show the window
+  kOtherWindow = 23,
 };
 
 struct Verdict {
@@ -29,5 +29,8 @@ struct Verdict {
   std::string result;
   std::string cure;  // empty if there is nothing to do
 };
+
+// Returns the section of the help text that lists the exit codes.
+std::string DoctorCodeHelp();
 
 Verdict Judge(const Findings& findings);

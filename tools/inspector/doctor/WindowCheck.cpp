@@ -70,14 +70,14 @@ WindowFinding CheckWindow(const std::string& handleOrTitle) {
   if (const HWND window = tools::HandleFromText(handleOrTitle)) {
     if (::IsWindow(window)) return Found(window);
     return Missing("no window has the handle " + tessel::HandleText(window),
-                   "the window may have been closed; see tessel windows");
+                   "the window may have been closed; see tessel windows --address URI");
   }
   const std::vector<HWND> windows = tessel::WindowsWithTitle(tessel::Wide(handleOrTitle));
   if (windows.size() == 1) return Found(windows.front());
   if (windows.empty()) {
-    return Missing(
-        "no top-level window has the title " + wanted,
-        "the title must match exactly; see tessel windows" + SimilarTitles(handleOrTitle));
+    return Missing("no top-level window has the title " + wanted,
+                   "the title must match exactly; see tessel windows --address URI" +
+                       SimilarTitles(handleOrTitle));
   }
   return Missing(std::to_string(windows.size()) + " windows have the title " + wanted,
                  "give the handle of one of them: " + ListText(windows));

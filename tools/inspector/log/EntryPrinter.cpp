@@ -25,7 +25,8 @@ EntryPrinter::EntryPrinter(const InspectorOptions& options)
   file_.open(std::filesystem::path(tessel::Wide(options.logFile)), std::ios::binary);
   if (!file_) {
     throw InspectorError(ExitCode::kUsage,
-                         "cannot write the file " + tessel::Quoted(options.logFile));
+                         "cannot write the file " + tessel::Quoted(options.logFile),
+                         "check that its folder exists, and that you may write there");
   }
 }
 

@@ -22,8 +22,10 @@ LevelSetting::LevelSetting(const std::string& level)
     : new_(Value{REG_SZ, TextData(level)}), old_(Read()) {
   if (!HasChanged()) return;
   if (const LSTATUS error = Write(*new_); error != ERROR_SUCCESS) {
-    throw InspectorError(ExitCode::kFailed, "cannot set the log level: error " +
-                                                std::to_string(error) + " of the registry");
+    throw InspectorError(
+        ExitCode::kFailed,
+        "cannot set the log level: error " + std::to_string(error) + " of the registry",
+        "check that you may write the key HKEY_CURRENT_USER\\" + tessel::Narrow(Key()));
   }
 }
 
