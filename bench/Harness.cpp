@@ -26,8 +26,8 @@ double SecondsOf(const Row& row, std::size_t times) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Returns the number of operations of `row` that together take about `seconds` seconds. To find
-// this number, runs the row many times, which also fills the processor's caches.
+// Returns how often the operation of `row` must be repeated to take about `seconds` seconds. To
+// find out, runs the operation many times, which also fills the processor's caches.
 std::size_t BatchSize(const Row& row, double seconds) {
   SecondsOf(row, 1);
   for (std::size_t times = 1;; times *= 2) {
@@ -104,7 +104,8 @@ std::vector<Statistics> Report::Measure(const Table& table) {
   std::vector<std::vector<double>> samples(table.rows.size());
   for (std::size_t round = 0; round < rounds; ++round) {
     for (std::size_t i = 0; i < table.rows.size(); ++i) {
-      // Each round runs the rows in another order, so that no row always follows the same row.
+      // Each round runs the operations in another order, so that no operation always follows the
+      // same one.
       const std::size_t index =
           (i * (round % 2 == 0 ? 1 : table.rows.size() - 1) + round) % table.rows.size();
       const Row& row = table.rows[index];

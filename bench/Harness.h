@@ -1,6 +1,6 @@
-// Measures operations, which are the rows of a table, and compares their times. Every round runs
-// one batch of each row, a number of repeated operations. So other load on the machine affects all
-// rows in the same way.
+// Measures operations and compares their times in a table, which has one row for each operation.
+// In each round all operations take their turns: each runs once, or a number of times (a batch).
+// So other load on the machine affects all rows in the same way.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,8 @@ struct Row {
   std::size_t elements = 1;
 };
 
-// Makes a row whose operation is a call of `once`.
+// Makes a row of a table. The measured operation is one call of `once`, which handles `elements`
+// elements.
 template <class Once>
 Row MakeRow(std::string name, Once once, std::size_t elements = 1) {
   return {std::move(name),

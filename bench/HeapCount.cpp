@@ -19,8 +19,8 @@ std::size_t UsableSize(void* block) {
 #endif
 }
 
-// Returns the memory that a block takes. The heaps of both platforms add one word to each block and
-// round the sum up to a multiple of 16 bytes.
+// Returns the memory that a block takes. The heaps of Linux and Windows add one word to each block
+// and round the sum up to a multiple of 16 bytes.
 std::size_t FootprintOf(void* block) {
   return (UsableSize(block) + sizeof(std::size_t) + 15) / 16 * 16;
 }

@@ -1,5 +1,6 @@
-// Reads and writes with the library nlohmann::json. NlohmannDocument converts the text to UTF-8
-// with the platform's converter. NlohmannUtf16Document leaves this conversion to the library.
+// Reads and writes the text of a message with the library nlohmann::json. NlohmannDocument
+// converts the text to UTF-8 with the platform's converter. NlohmannUtf16Document leaves this
+// conversion to the library.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,5 @@
-// Reads and writes with this project's archive (JArchive), as element calls do. Windows only.
+// Reads and writes the text of a message with this project's archive (JArchive), as element calls
+// do. Windows only.
 #pragma once
 
 #include "Workloads.h"

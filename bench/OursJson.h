@@ -1,5 +1,5 @@
-// Reads and writes with this project's JSON library alone, because native programs cannot use the
-// archive (JArchive).
+// Reads values from the text of a message, and writes values as such a text, with this project's
+// JSON library. Used in the Linux benchmarks, because the archive (JArchive) needs Windows.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,6 @@
-// Reads and writes with RapidJSON, used in three ways: with text that the platform's converter has
-// converted to UTF-8, with the same UTF-8 text parsed in situ, and with UTF-16 throughout.
+// Reads and writes the text of a message with RapidJSON, used in three ways: with text that the
+// platform's converter has converted to UTF-8, with the same UTF-8 text parsed in situ, and with
+// UTF-16 throughout.
 #pragma once
 
 // Switches on RapidJSON's fast code, which is off by default.

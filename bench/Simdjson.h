@@ -1,6 +1,6 @@
-// Reads with simdjson, a library that only reads JSON. Native programs only. The parsers are static
-// and thus reused, as the documentation of simdjson advises, so they need no new memory for each
-// document.
+// Reads the text of a message with simdjson, a library that only reads JSON. Linux only. The
+// parsers are static and thus reused, as the documentation of simdjson advises, so they need no
+// new memory for each document.
 #pragma once
 
 #include <simdjson.h>

@@ -23,7 +23,7 @@ using Values = std::vector<Value>;
 struct Workload {
   std::string name;
   Values values;
-  std::vector<Kind> kinds;  // the kind of each value; readers receive the kinds in advance
+  std::vector<Kind> kinds;  // of each value; a measured reader knows them before it reads
 };
 
 // Returns a view of the text, for writers whose result is a string.

@@ -1,5 +1,6 @@
-// Measures a log line that is not written, because its level is disabled. Compares its time with
-// the least that the check of the level needs: to read the tick count and two atomic values.
+// Measures a log line that is not written, because its level is disabled. The check of the level
+// must at least read the tick count and two atomic values. Compares the log line with these reads
+// alone.
 #include <windows.h>
 
 #include <atomic>

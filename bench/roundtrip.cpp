@@ -18,11 +18,12 @@ namespace {
 using namespace bench;
 using namespace TesselSilverlight;
 
-// The answers of the server, see server.cpp. The id of the object selects the answer.
+// The answers of the server, see server.cpp. The object id in the request selects the answer.
 struct Answer {
   const char* name;
-  wchar_t text;   // the object id that selects an answer with one text
-  wchar_t items;  // the object id that selects an answer with many items and as many bytes, or 0
+  wchar_t text;  // the object id that selects an answer with one text
+  // The object id that selects an answer of the same size with many items. 0: no such answer.
+  wchar_t items;
   std::size_t bytes;
 };
 constexpr Answer kAnswers[] = {

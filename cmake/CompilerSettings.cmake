@@ -7,7 +7,7 @@ if(MSVC)
 else()
   add_compile_options(-Wall -Wextra -Werror "-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
   if(WIN32)
-    # tessel_product moves the debug information into a file of its own.
+    # Release builds have debug information, too. tessel_product moves it into a separate file.
     add_compile_options($<$<AND:$<CONFIG:Release>,$<NOT:$<COMPILE_LANGUAGE:RC>>>:-g>)
   endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

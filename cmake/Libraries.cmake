@@ -31,8 +31,9 @@ function(tessel_microsoft_import_library target name definitions)
   add_dependencies(product ${target}_lib)
 endfunction()
 
-# tessel_product(TARGET) completes a DLL or a program that users get. Moves its debug information into the file
-# FILE.debug of the folder build/mingw/debug. The GNU debugger finds this file beside the DLL or program.
+# tessel_product(TARGET) completes a DLL or a program that users get. Moves its debug information into a file in
+# the folder debug of the build folder, named after the DLL or program with ".debug" at the end. The GNU debugger
+# finds the debug information when this file lies beside the DLL or program.
 function(tessel_product target)
   add_dependencies(product ${target})
   if(MSVC)
@@ -41,7 +42,7 @@ function(tessel_product target)
   set(folder ${PROJECT_BINARY_DIR}/debug)
   file(MAKE_DIRECTORY ${folder})
   set(file $<TARGET_FILE_NAME:${target}>.debug)
-  # Otherwise objcopy writes the current time into the files, and no two builds are the same.
+  # Without SOURCE_DATE_EPOCH, objcopy writes the current time into the files, and no two builds are the same.
   set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> ${file}
@@ -49,8 +50,8 @@ function(tessel_product target)
     WORKING_DIRECTORY ${folder} VERBATIM)
 endfunction()
 
-# tessel_load_module_late(TARGET) links the target with the module so that the program loads the module when it
-# first calls one of its functions.
+# tessel_load_module_late(TARGET) links the program TARGET with the module. The program loads the module only when
+# it first calls a function of the module.
 function(tessel_load_module_late target)
   if(MSVC)
     target_link_libraries(${target} PRIVATE TesselSLB delayimp)
@@ -59,7 +60,8 @@ function(tessel_load_module_late target)
   endif()
   set(library ${CMAKE_CURRENT_BINARY_DIR}/libTesselSLB_late.a)
   set(definitions ${PROJECT_BINARY_DIR}/generated/TesselSLB.def)
-  # The working folder keeps the folder's name out of the symbols.
+  # dlltool writes the name of its output file into the symbols. The command runs in the folder of that file, so
+  # that the name needs no path.
   add_custom_command(OUTPUT ${library}
     COMMAND ${CMAKE_DLLTOOL} -d ${definitions} -D TesselSLB_x64.dll --output-delaylib libTesselSLB_late.a
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} DEPENDS TesselSLB ${definitions} VERBATIM)

@@ -11,8 +11,8 @@ die() {
 }
 
 # The packages that the build needs. require_packages [PACKAGE...] installs these packages and the named
-# packages. Packages that are already installed are left as they are. So is a Node.js that was not installed
-# from Debian, because Debian's package npm conflicts with it.
+# packages. Packages that are already installed are left as they are. The package npm is not installed if there
+# is a command npm, because this package conflicts with a Node.js that does not come from Debian.
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest libcli11-dev
                 nlohmann-json3-dev llvm)
 require_packages() {

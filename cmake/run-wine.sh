@@ -24,7 +24,8 @@ wineserver() { "$(type -P wineserver || echo /usr/lib/wine/wineserver)" "$@"; }
 make_prefix() {
   "${wine[@]}" wineboot --init &&
     "${wine[@]}" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f || return 1
-  # The prefix's wineserver reads the setting above only when it starts, so restart it.
+  # Wine reads the setting "Graphics" only when it starts the prefix's desktop. Ending wineserver also ends the
+  # desktop, so the next program starts a new one.
   wineserver -k || true
   wineserver -w || true
   # Wine makes Documents, Desktop and so on links into the user's home. Replace them with folders.

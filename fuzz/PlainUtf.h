@@ -65,9 +65,10 @@ inline bool CanBegin(std::string_view bytes, std::size_t length) {
   return low <= high && !surrogates_only;
 }
 
-// Returns the first code point of `bytes`, which must not be empty. If the code point is not valid,
-// `length` of the result is the number of leading bytes of `bytes` that can begin the UTF-8 form of
-// some code point, but at least 1.
+// Returns the first code point of `bytes`, which must not be empty. If `bytes` does not begin with
+// well-formed UTF-8, the result is not valid, and its `length` is the length of the ill-formed
+// part. This part has at least one byte. It ends before the first byte that no valid code point can
+// have at that place.
 inline base::CodePoint First(std::string_view bytes) {
   const auto lead = static_cast<unsigned char>(bytes[0]);
   if (lead < 0x80) return {lead, 1, true};

@@ -26,7 +26,7 @@ class Builder {
   base::ListValue values, expected;
   bool writable = true;
   base::ListText asText;
-  bool allAsText = true;  // `asText` contains all values unchanged
+  bool allAsText = true;  // true while `asText` contains all values unchanged
 
   void Build() {
     while (at_ != end_) AddValue(0);
@@ -92,9 +92,9 @@ void Builder::AddValue(int depth) {
     case 7:
       return AddDictionary(depth);
     default:
-      // Here the remainder of the byte is 8. Inside a list, such a byte ends the list (case 6), so
-      // this case is only reached outside of lists. A byte of at least 200 then adds a binary
-      // value, which JSON cannot hold. A smaller byte adds nothing.
+      // Here kind % 9 is 8. The elements of a nested list never get here, because such a byte ends
+      // the list (case 6). Elsewhere, a byte of at least 200 adds a binary value, which JSON cannot
+      // hold. A smaller byte adds nothing.
       if (kind < 200) return;
       writable = allAsText = false;
       return values.AppendBinary("binary");

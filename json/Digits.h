@@ -67,8 +67,8 @@ constexpr auto kDigitPairs = [] {
   return pairs;
 }();
 
-// Writes a number below 10000 as four digits, without the first `leadingZeros` digits. Always
-// writes four units, but returns the end of the number, which may come earlier.
+// Writes a number below 10000, and leaves out the first `leadingZeros` of its four digits. Returns
+// the end of the digits. Always writes four units: those after the end have no meaning.
 inline Utf16Unit* PutFourDigits(std::uint32_t number, Utf16Unit* to, int leadingZeros) {
   std::uint64_t units = kDigitPairs[number / 100] | std::uint64_t{kDigitPairs[number % 100]} << 32;
   units >>= 16 * leadingZeros;

@@ -19,7 +19,8 @@ constexpr int kMaxDepth = 199;
 // undefined. `depth` is the number of open brackets.
 //
 // In the rules, `gap` is white space and comments, or nothing. `short-integer` is an integer of at
-// most eight digits. ReadString.h has the rule for `string`, ReadNumber.h the rule for `number`.
+// most eight digits without a sign. ReadString.h has the rule for `string`, ReadNumber.h the rule
+// for `number`.
 template <class Unit>
 class JsonGrammar {
  public:
@@ -49,6 +50,7 @@ class JsonGrammar {
   }
 
   // elements = { short-integer ',' } gap value
+  // Reads one or more elements of a list. A short integer has one to eight digits and no sign.
   bool ReadListElements(int depth) {
     ReadShortInts(in_, out_);
     in_.SkipGap();

@@ -10,8 +10,8 @@ namespace base {
 
 namespace {
 
-// When n units of text are read, the reader estimates the space for the values in the rest of the
-// text. The estimate covers at most 512 * n further units.
+// After it has read n units of text, the reader estimates how much space the values in the rest of
+// the text need. The estimate covers at most the next 512 * n units.
 constexpr std::size_t kMaxEstimate = 512;
 
 // Reads a complete text. To reserve enough room for any text of its length would cost more than to
@@ -59,10 +59,10 @@ class DocumentReader {
     return in_.Accept(']');
   }
 
-  // Reads all integers of at most eight digits that come next, with their commas. Then reads one
-  // value of any kind and the white space after it. Returns false and restores the positions in the
-  // text and in the output if the text is not valid, or if the current step (the piece of text for
-  // which the output has room) ends before the next comma or closing bracket.
+  // Reads one or more elements of the outer list. Reads only inside the current step, which is the
+  // piece of text for which the output has room. Returns true if a comma or closing bracket comes
+  // after the elements. Otherwise the text is not valid or the step ends too early: then returns
+  // false, and restores the positions in the text and in the output.
   bool ReadElementsInStep() {
     const Unit* const at = in_.at;
     char* const to = out_.to();
@@ -75,8 +75,9 @@ class DocumentReader {
     return false;
   }
 
-  // Starts a step at the current position in the text. If a whole step was too short for one
-  // element, the new step is the rest of the text. Returns false if the previous step already
+  // Starts a new step (a piece of text for which the output has room) at the current position.
+  // Makes room for the next `step_` units of text. If one element was too long for a step of this
+  // length, makes room for the whole rest of the text. Returns false if the previous step already
   // reached the end of the text.
   bool StartStep() {
     if (in_.end == limit_) return false;
@@ -88,7 +89,8 @@ class DocumentReader {
     return true;
   }
 
-  // Ends the step where the room in the output ends, or at the end of the text if that is earlier.
+  // Makes the current step as long as the room in the output allows. The step never goes beyond the
+  // end of the text.
   void EndStepWithRoom() {
     in_.end = in_.at + std::min<std::size_t>(limit_ - in_.at, out_.UnitsWithRoom());
   }

@@ -19,8 +19,9 @@ inline Utf16Unit* PutAscii(Utf16Unit* to, std::string_view text) {
   return std::copy(text.begin(), text.end(), to);
 }
 
-// The room in units that PutInt needs for any number: the length of "-2147483648". It is also
-// enough for short numbers, for which PutNumber writes four units.
+// Room for this many units is enough for every number that PutInt writes. The longest number is
+// "-2147483648". For a number of one to three digits, PutNumber writes four units and returns the
+// end of the number; this needs less room.
 constexpr std::size_t kMaxIntUnits = 11;
 inline Utf16Unit* PutInt(Utf16Unit* to, std::int32_t value) {
   auto magnitude = static_cast<std::uint32_t>(value);

@@ -61,8 +61,8 @@ char* Put(char* to, ValueType type, T object) {
   std::memcpy(PutType(to, type), &object, sizeof(T));
   return to + kTypeSize + sizeof(T);
 }
-// Writes the head of a string whose bytes are already in [to + kTextHead, end). Returns the place
-// of the next element.
+// Writes the type and the length of a string, whose bytes are already in [to + kTextHead, end).
+// Returns the place of the next element.
 inline char* PutTextHead(char* to, ValueType type, const char* end) {
   const auto size = static_cast<std::size_t>(end - to) - kTextHead;
   return Put(to, type, size) + Even(size);

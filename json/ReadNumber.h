@@ -13,10 +13,10 @@
 
 namespace base {
 
-// Reads integers of up to eight digits, several at a time, as long as a comma follows each of them.
-// Ordinary messages contain such runs of numbers. Stops after a comma, so a value must follow.
-// Stops when fewer than kUnits + kMaxDigits units (32 + 8) of text are left, because it looks at 32
-// units at once and ReadShortNumber always reads eight.
+// Reads integers of up to eight digits without a sign, several at a time, as long as a comma
+// follows each of them. Ordinary messages contain such runs of numbers. Always stops after a comma,
+// so a value must follow. Also stops when fewer than kUnits + kMaxDigits units (32 + 8) of text are
+// left: it looks at 32 units at once, and ReadShortNumber always reads eight.
 template <class Unit>
 void ReadShortInts(TextInput<Unit>& in, PackedOutput& out) {
   const Unit* at = in.at;

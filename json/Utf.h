@@ -21,7 +21,7 @@ inline bool IsHighSurrogate(Utf16Unit unit) { return (unit & 0xFC00) == 0xD800; 
 
 struct CodePoint {
   char32_t code;
-  std::size_t length;  // the length in units of the code point, or of the ill-formed part
+  std::size_t length;  // of the code point, or of the ill-formed part, in units
   bool valid;
 };
 

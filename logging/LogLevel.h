@@ -17,7 +17,9 @@ struct LogLevels {
   // The tick count in ms at which `configured` is read again; 40 bits last for 34 years.
   std::uint64_t staleTick : 40;
   std::int64_t configured : 8;
-  std::int64_t trace : 16;  // 4 minus the session's level, so at least 4 - 255
+  // The lowest level that the trace session records. It is at least 4 - 255, because the session's
+  // own level is at most 255.
+  std::int64_t trace : 16;
 };
 extern constinit std::atomic<LogLevels> logLevels;
 

@@ -29,7 +29,7 @@ def write_zip(folder, seconds):
         for path in files_of(folder):
             name = path.relative_to(folder.parent).as_posix()
             entry = zipfile.ZipInfo(name, time.gmtime(seconds)[:6])
-            entry.create_system = 3  # Unix, so that unpackers use the mode
+            entry.create_system = 3  # 3 means Unix: programs then apply the file mode below when they unpack
             entry.external_attr = 0o100644 << 16
             entry.compress_type = zipfile.ZIP_DEFLATED
             archive.writestr(entry, path.read_bytes())

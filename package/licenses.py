@@ -13,7 +13,7 @@ class Library(NamedTuple):
     name: str
     licence: str  # in SPDX's terms. LicenseRef-mingw-w64 stands for the licences in mingw-w64.txt
     package: str  # the Debian package
-    in_dlls: bool  # in the DLLs and the tools, or only in the tools
+    in_dlls: bool  # true: linked into the DLLs and the tools; false: only into the tools
 
 
 LIBRARIES = [

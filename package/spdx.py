@@ -62,7 +62,8 @@ def relationship(element, kind, related):
 
 
 def relationships(files):
-    packages = [file["fileName"][2:] for file in files if file["fileName"].endswith(".tgz")]  # they hold the DLLs
+    # The .tgz files are npm packages, which contain the DLLs.
+    packages = [file["fileName"][2:] for file in files if file["fileName"].endswith(".tgz")]
     ours = spdx_id("Package", "TesselSLB")
     result = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", ours)]
     result += [relationship(ours, "CONTAINS", file["SPDXID"]) for file in files]

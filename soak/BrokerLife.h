@@ -10,7 +10,7 @@ namespace soak {
 
 class BrokerLife {
  public:
-  // Starts the broker and waits until it serves. `options` are SceneBroker's.
+  // Starts the broker and waits until it serves. `options` is added to SceneBroker's command line.
   BrokerLife(DWORD run, int broker, const std::wstring& options);
 
   const std::wstring& PipeName() const { return pipeName_; }

@@ -84,7 +84,8 @@ void Caller::ChooseElement() {
   const Life now = state_.brokers[broker_].life;
   Life& known = lives_[broker_];
   if (now.process != known.process) formerLives_[broker_] = std::exchange(known, now);
-  // One step in 20 uses the process id and the window of the broker's previous process.
+  // On average, one of 20 calls of this function uses the process id and the window of the broker's
+  // previous process, if there was one.
   const Life& former = formerLives_[broker_];
   life_ = former.process != 0 && Random(20) == 0 ? former : known;
 }

@@ -15,7 +15,7 @@ enum class Event {
   kEndInOrder,
   kKill,
   kSuspend,
-  kNonsense,  // an impostor takes the broker's place and sends the next 8 of AllNonsense()
+  kNonsense,  // an impostor takes the broker's place and sends 8 different broken answers
 };
 constexpr int kEvents = 4;
 constexpr const char* kEventNames[kEvents] = {"ended in order", "killed", "suspended", "nonsense"};
@@ -27,8 +27,8 @@ class FaultyBroker {
     Start();
   }
 
-  // Both functions return when the broker serves undisturbed again. RunFault starts the broker
-  // again with the option --fault, first with this fault and then without.
+  // Both functions return when the broker serves undisturbed again. RunFault replaces the broker
+  // with one that has the option --fault, and later with one that does not have this option.
   void RunEvent(Event event, std::minstd_rand& random);
   void RunFault(tools::FaultKind fault, std::minstd_rand& random);
   // Replaces the broker with an impostor that sends every broken answer of AllNonsense(). Returns
@@ -37,7 +37,7 @@ class FaultyBroker {
   // Ends the broker. Clients must not hold elements.
   void EndInOrder();
 
-  // Ended returns how many times the broker was closed in order. Unbalanced returns how many of
+  // Ended returns how many times EndInOrder has ended the broker. Unbalanced returns how many of
   // these times the broker ended with an error, or with objects that clients had not released.
   long Ended() const { return ended_; }
   long Unbalanced() const { return unbalanced_; }

@@ -27,7 +27,8 @@ bool AllowsWithFault(const Call& call, tools::FaultKind fault, DWORD process, in
     case FaultKind::kLong:
     case FaultKind::kDeaf:
       return code == AnswerOf(call, process);
-    // One call waits for the answer, all other calls wait for a connection.
+    // The broker serves one client at a time and does not answer. So one call waits for the answer,
+    // and all other calls wait for a connection, until the time-out.
     case FaultKind::kHang:
       return IsLost(code);
     // The broker disconnects before or after the request is written.
@@ -69,7 +70,7 @@ bool Allows(const Call& call, const Phase& phase, int code) {
     case PhaseKind::kClosing:
       return IsLost(code) || code == SL_BROKER_NOT_STARTED;
     default:
-      // Without a process id, the broker still starts, and there may be no pipe.
+      // The process id 0 means that the broker is still starting. Its pipe may not exist yet.
       if (phase.detail == 0 && code == SL_BROKER_NOT_STARTED) return true;
       return AllowsWithFault(call, FaultOf(phase.kind), phase.detail, code);
   }

@@ -16,19 +16,20 @@ struct Value {
 
 struct Nonsense {
   std::string bytes;  // the bytes of the message
-  // The array that a client reads from these bytes; empty if the client finds no array.
+  // The elements of the array that a client reads from `bytes`. There are none if `bytes` is not a
+  // message with an array.
   std::vector<Value> values;
 };
 
 const std::vector<Nonsense>& AllNonsense();
 
-// The answer of a broker with the fault "huge-count".
+// The answer of a broker with the fault "huge-count". Only `values` is set.
 const Nonsense& HugeCount();
 
 // Describes the values that follow the status in an answer. The letters 'i', 'b' and 's' are types
-// as in Value. '*' and '#' are counts, which are ints: the values described up to the next count,
-// or up to the end, are there that many times. So "#s*i" is a count, the texts, a count, and the
-// ints. For '#' the client first allocates a vector of that size, which fails if the count is too
+// as in Value. '*' and '#' are counts, which are ints. A count says how many times the values after
+// it come, up to the next count or the end. So "#s*i" is a count n, then n texts, a count m, and
+// then m ints. For '#' the client first allocates a vector of n elements, which fails if n is too
 // large.
 using Layout = const char*;
 

@@ -13,10 +13,10 @@ namespace soak {
 
 namespace {
 
-// Asks for each value that a handle can have, because GetProcessHandleCount returns 0 under Wine.
-// The system's list of all handles is no way out: Wine 8's server crashes while it makes this list
-// if some process holds no handle at that moment. A new handle gets the lowest value that is free,
-// so only a process that holds thousands of handles has one above the limit.
+// Tests each value that a handle can have, because GetProcessHandleCount returns 0 under Wine. The
+// system's list of all handles cannot be used either: Wine 8's server crashes while it makes this
+// list if some process holds no handle at that moment. A new handle gets the lowest free value, so
+// only a process that holds thousands of handles has a handle above kLimit.
 long CountHandles() {
   constexpr ULONG_PTR kStep = 4, kLimit = 4096 * kStep;
   long count = 0;
@@ -48,7 +48,8 @@ long CountThreads() {
   return count;
 }
 
-// GetGuiResources returns 0 under Wine.
+// Counts the top-level windows of this process. Does not use GetGuiResources, because it returns 0
+// under Wine.
 long CountWindows() {
   long count = 0;
   ::EnumWindows(

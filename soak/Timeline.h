@@ -13,14 +13,16 @@
 namespace soak {
 
 enum class PhaseKind : DWORD {
-  kServing,     // the broker serves undisturbed
-  kSuspended,   // the broker's process is suspended for a while, so its correct answers come late
-  kEnding,      // the broker is being closed or killed
-  kAbsent,      // no pipe with the name of the broker's pipe exists
-  kStarting,    // the broker starts again; the clients do not know its new process yet
-  kNonsense,    // an impostor serves the pipe and sends a broken answer of AllNonsense()
-  kClosing,     // the impostor closes the pipe
-  kFirstFault,  // the broker has the first fault of kFaultForms; further phases are for the others
+  kServing,    // the broker serves undisturbed
+  kSuspended,  // the broker's process is suspended for a while, so its correct answers come late
+  kEnding,     // the broker is being closed or killed
+  kAbsent,     // no pipe with the name of the broker's pipe exists
+  kStarting,   // the broker starts again; the clients do not know its new process yet
+  kNonsense,   // a hostile server (the impostor) serves the broker's pipe and sends broken answers
+  kClosing,    // the impostor has stopped answering and closes its pipe
+  // The broker runs with the fault kFaultForms[0]. kFirstFault + i is the phase with the fault
+  // kFaultForms[i].
+  kFirstFault,
 };
 constexpr int kFaultStatus = 79;  // what a broker with the fault "status" answers
 constexpr int kFirstFault = static_cast<int>(PhaseKind::kFirstFault);
@@ -41,8 +43,8 @@ constexpr const char* PhaseName(int kind) {
 
 struct Phase {
   PhaseKind kind;
-  // In kNonsense, the index in AllNonsense(). Otherwise the broker's process id, or 0 if there is
-  // no broker or if the clients do not know the process id yet.
+  // In kNonsense, the index in AllNonsense() of the answer that is sent. Otherwise the broker's
+  // process id, or 0 if there is no broker or if the clients do not know the process id yet.
   DWORD detail;
 };
 

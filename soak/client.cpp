@@ -92,7 +92,8 @@ int main(int count, char** arguments) {
   const auto seed = static_cast<unsigned>(std::strtoul(arguments[3], nullptr, 10));
   const SharedMemory state(run);
   SwitchOffTextCache();
-  // Allocate the tables before the counting begins.
+  // The first calls of these functions allocate memory that is never freed, so make them before
+  // the counting begins.
   AllNonsense();
   HugeCount();
   if (!CountersSeeLeaks()) {

@@ -16,8 +16,8 @@ namespace {
 
 using namespace soak;
 
-// How often each event, and then each fault, happens, relative to the others. The fault "hang" is
-// rare, because it takes long.
+// How often each failure happens, relative to the others. The first kEvents numbers are for the
+// events, the other numbers for the faults. The fault "hang" is rare, because it takes long.
 constexpr int kWeights[kEvents + kFaults] = {6, 6, 6, 10, 3, 1, 4, 4, 3, 3, 3, 3, 3, 3, 3, 3, 4};
 
 std::wstring OwnProgram(const wchar_t* name) {
@@ -73,7 +73,7 @@ class Conductor {
     Disturb(*brokers_[random_() % kBrokers], anyFailure_(random_));
   }
 
-  // A failure is the number of an event, or kEvents plus the number of a fault.
+  // `failure` is the value of an Event, or kEvents plus the value of a FaultKind.
   void Disturb(FaultyBroker& broker, int failure) {
     if (failure < kEvents) {
       broker.RunEvent(static_cast<Event>(failure), random_);

@@ -18,8 +18,10 @@
 
 namespace {
 
-constexpr int kWarmUpRounds = 4;  // how often each misuse runs before the resources are counted
-constexpr ULONGLONG kRoundLimit = 20000;  // in ms; a round that takes longer counts as hanging
+// How often each kind of wrong use is tried before the resources are counted for the first time.
+constexpr int kWarmUpRounds = 4;
+// In ms. A round opens, misuses and closes the channel once. If it takes longer, a call hangs.
+constexpr ULONGLONG kRoundLimit = 20000;
 const std::wstring kAddress = L"http://soak" + std::to_wstring(::GetCurrentProcessId());
 const std::wstring kPipe = wire::PipeName(SL_TAILORED_URI, kAddress);
 

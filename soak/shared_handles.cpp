@@ -119,7 +119,8 @@ class Worker {
         Succeeded(tessel_element_rectangle(element, &rectangle, &error));
         break;
       case 3:
-        // The broker refuses if the element is not below the other one.
+        // Identifies the element either by itself or below a random element. The broker refuses if
+        // that random element is not an ancestor of it.
         Succeeded(tessel_element_identify(element, Random(2) == 0 ? 0 : elements[Random(4)].load(),
                                           &identity, &error),
                   {wire::kNotSupported});

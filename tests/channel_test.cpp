@@ -125,8 +125,9 @@ TEST_F(Channel, CannotServeThePipeOfAnotherProcess) {
 TEST_F(Channel, UninitEndsAReadThatIsAboutToWait) {
   for (const bool used : {true, false}) {
     EXPECT_EQ(Open(INFINITE), 0);  // replaces the channel of the previous pass
-    // UninitComm connects to the pipe to end the wait of ReadMessage. A new pipe accepts this
-    // connection even before the wait, a used pipe accepts it only during the wait.
+    // UninitComm ends the wait of ReadMessage: it connects to the pipe as a client. Before the
+    // first client, the pipe accepts this connection at any time. After the first client, it
+    // accepts the connection only while ReadMessage waits.
     if (used) ExpectService();
     LogCapture::pause = [](const char* line) {
       if (std::string(line).find("] Wait client to connect") == std::string::npos) return;

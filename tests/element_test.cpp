@@ -23,7 +23,8 @@ CComBSTR Argument(const std::string& text) {
 
 wchar_t kept[] = L"kept";
 
-// Returns a blank and the text. Frees the text, unless the call has left `kept` in its place.
+// Returns a blank and the text. Frees the text, unless it is `kept`: the tests store this array in
+// an output before a call, and some calls do not change the output.
 std::string Taken(wchar_t* text) {
   const std::string taken = ' ' + Narrow(text);
   if (text != kept) ::SysFreeString(text);
@@ -56,7 +57,8 @@ std::string ParentOf(SLElemData& element) {
 }
 
 // Calls GetIdInfo. `how` contains words. "below" passes a parent record. "process", "scheme" and
-// "no element" each make one field of that record wrong. "without number" passes no number.
+// "no element" each make one field of that record wrong. "without number" passes null for the
+// output parameter that receives the number.
 std::string Identity(SLElemData& element, const std::string& how) {
   const auto says = [&](const char* words) { return how.find(words) != how.npos; };
   SLElemData parent = Element(L"elsewhere", L"up");

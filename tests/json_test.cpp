@@ -74,8 +74,8 @@ TEST(JsonReader, AcceptsAndRefuses) {
       EXPECT_EQ(Rewritten(convert.from_bytes(text)), expected) << name;
     }
     // The reader reads a list in steps (pieces of text). Even for a step length of 1, the first
-    // step has 62 units, because the memory inside a ListValue has room for their values. This step
-    // starts after the bracket, and the blanks move its end across the text.
+    // step has 62 units, because an empty ListValue has room for any values that 62 units can
+    // hold. The blanks shift the text, so that the first step ends at many different places in it.
     for (std::size_t blanks = 0; text.starts_with('[') && blanks < 62; ++blanks) {
       const std::string padded = "[0" + std::string(blanks, ' ') + ',' + text.substr(1);
       ASSERT_EQ(Rewritten(padded, 1), Rewritten(padded, padded.size())) << name << ' ' << blanks;
@@ -209,7 +209,7 @@ TEST(JsonWriter, KeepsSurrogatePairsTogetherAcrossPieces) {
 // each position near the end of a memory block.
 TEST(ListText, EqualsTheWrittenListOfValuesWhereverABlockEnds) {
   const Utf16Text noncharacterFirst = Utf16Text(1, 0xFFFF) + Utf16Text(600, 'a');
-  // The JSON text of this string fills a block exactly.
+  // The JSON text of this string exactly fills one memory block of the list.
   const Utf16Text filling = Utf16Text(3, '\n') + Utf16Text(614, 1);
   const Utf16Text texts[] = {{}, {'b'}, Utf16Text(1300, u'\u20AC'), Utf16Text(3300, 1), filling};
   for (std::size_t flags = 0; flags < 200; ++flags) {

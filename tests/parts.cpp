@@ -59,9 +59,10 @@ int Serve(DWORD scheme, const std::wstring& address, const std::vector<std::wstr
   return 0;
 }
 
-// Plays the launcher. An origin that ends with /TailoredBroker/SLBroker.xap asks for a tailored
-// broker, which serves one host. If this host begins with "serve", this process becomes the broker:
-// after 20 s if the host begins with "serve-late", else at once. In all other cases it exits.
+// Plays the launcher. It must start a tailored broker if one argument has the form
+// /origin:ADDRESS/TailoredBroker/SLBroker.xap. If the host name in ADDRESS begins with "serve",
+// this process becomes the broker: after 20 s if the name begins with "serve-late", else at once.
+// In all other cases this process exits.
 int Launch(const std::vector<std::wstring>& arguments) {
   const std::wstring origin = arguments.at(3).substr(wcslen(L"/origin:"));
   const std::size_t tail = origin.find(L"/TailoredBroker/SLBroker.xap");

@@ -1,4 +1,5 @@
-// Tests recordings: SceneBroker and the tap write them, and SceneBroker serves them again.
+// Tests recordings of requests and answers. SceneBroker writes them, and so does `tessel tap` (the
+// tap), which stands between clients and a broker. SceneBroker also serves recordings again.
 #include <gmock/gmock.h>
 
 #include "support/Tools.h"
@@ -38,7 +39,7 @@ struct Session {
         EXPECT_EQ(Ask(broker, kRelease), L"[0,true]");
       }
       answers.push_back(Ask(broker, request));
-      // The line of an exchange is in the file before the client has the answer.
+      // SceneBroker writes a request and its answer to the file before the client gets the answer.
       const auto exchanges = tools::ReadRecording(file.path).exchanges;
       EXPECT_EQ(exchanges.empty() ? L"" : exchanges.back().answer, answers.back());
     }
@@ -53,7 +54,8 @@ TEST(RecordingTest, IsServedAgain) {
   SceneBroker broker("--replay=" + session.file.Name());
   EXPECT_EQ(broker.Fact("exchanges"), "7");
   for (std::size_t i = 0; i < kRequests.size(); ++i) {
-    // The recording holds the release only once, and later.
+    // This release is in the recording only once, before the last request. But releases may come
+    // at any time, and more often than in the recording.
     EXPECT_EQ(Ask(broker, kRelease), L"[0,true]");
     EXPECT_EQ(Ask(broker, kRequests[i]), session.answers[i]) << i;
   }
@@ -61,7 +63,9 @@ TEST(RecordingTest, IsServedAgain) {
 }
 
 TEST(RecordingTest, ReportsTheFirstDeviation) {
-  // Changes the recording, and says what the replay then reports.
+  // Each row changes a recording: it has a regular expression and the text that replaces its
+  // matches. Then come the number of requests that SceneBroker still answers from the changed
+  // recording, and the deviation that it reports.
   const std::tuple<const char*, const char*, int, std::string> kCases[] = {
       {"value", "valve", 3,
        "line 5\nexpected: [10,?,\"user\",\"valve\"]\nactual: [10,?,\"user\",\"value\"]\n"},
@@ -147,7 +151,7 @@ TEST(RecordingTest, IsMadeByATap) {
   EXPECT_THAT(replay.CloseAndRead(0), testing::EndsWith("replayed: 6\nleft: 0\n"));
 }
 
-// The answer has several parts of the size in which the tap reads.
+// The answer is so long that the tap must read it in several parts.
 TEST(RecordingTest, HoldsALongAnswerOfATap) {
   const NewFile file("long");
   SceneBroker broker(TESSEL_SCENES "/login.json", L" --scheme http --fault long=200000@command=10");

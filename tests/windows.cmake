@@ -1,5 +1,5 @@
-# The suites that need Windows. They share one Wine prefix, in which they set no other log level than VERBOSE.
-# Suites that set other levels have the lock "level". They set them in a Wine prefix of their own.
+# The suites that need Windows. Most of them share one Wine prefix, and set no other log level there than VERBOSE.
+# Suites that set other levels share a second Wine prefix. The lock "level" makes them run one at a time.
 
 add_compile_definitions(TESSEL_SCENES="${PROJECT_SOURCE_DIR}/tools/scenes"
   TESSEL_TRANSCRIPTS="${CMAKE_CURRENT_SOURCE_DIR}/transcripts"
@@ -73,7 +73,8 @@ set_tests_properties(clients package PROPERTIES RESOURCE_LOCK scenes)
 set_tests_properties(package PROPERTIES TIMEOUT 400)
 set_tests_properties(log_level PROPERTIES RESOURCE_LOCK level
   ENVIRONMENT "TESSEL_WINEPREFIX=${PROJECT_SOURCE_DIR}/build/wine-level")
-# When the tap has ended, its clients look for a launcher.
+# This test ends `tessel tap` while clients call a broker through it. After that, these clients look for a
+# launcher.
 set_tests_properties(ctrl_c PROPERTIES RESOURCE_LOCK launcher)
 # The first run makes a Wine prefix and fetches packages. Without access to the npm registry it is skipped.
 set_tests_properties(node PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 400)

@@ -7,7 +7,7 @@ namespace wire {
 // The launcher's path in the folder of 32-bit programs (CSIDL_PROGRAM_FILESX86).
 inline constexpr wchar_t kLauncherInProgramFiles[] = L"Microsoft Silverlight\\sllauncher.exe";
 
-// Both files are in the module's own folder.
+// The package with the broker, and the injector. Both files are in the module's own folder.
 inline constexpr wchar_t kBrokerPackage[] = L"SLBroker.xap";
 inline constexpr wchar_t kInjector[] = L"slinject.exe";
 

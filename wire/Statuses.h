@@ -11,7 +11,7 @@ enum Status : int {
   kSuccess = SL_SUCCESS,
   kNotServed = SL_NOT_SERVED,  // after this status a search asks the broker of the next scheme
 
-  // Every broker should use these four numbers where they fit.
+  // Every broker should use the next four numbers where they fit.
   kUnknownCommand = 100,
   kUnknownElement = 101,
   kNotSupported = 102,  // the element has no such attribute, state or item

@@ -27,14 +27,14 @@ void BuildWindowRequest(wire::Command command, SLElemData& record, JArchive& req
 // after the status. The functions throw ArchiveException if the request cannot be written as text
 // or the answer does not begin with a status.
 
-// Sends the request to the broker of this scheme. If the broker's pipe does not exist, starts the
+// Sends the request to the broker of `scheme`. If the broker's pipe does not exist, starts the
 // broker first.
 int SendMessageToBroker(DWORD scheme, const JArchive& request, JArchive& answer,
                         std::wstring_view address);
 
-// Sends the request to the broker of the tailored scheme. If the result is SL_NOT_SERVED, sends the
-// request to the broker of the scheme that the address begins with. On success `scheme` receives
-// the scheme of the broker that answered.
+// Sends the request to the broker that serves only this site (SL_TAILORED_URI). If the result is
+// SL_NOT_SERVED, sends the request to the broker of the scheme that the address begins with. On
+// success `scheme` receives the scheme of the broker that answered.
 int SendMessageToBrokerAnyScheme(DWORD& scheme, const JArchive& request, JArchive& answer,
                                  std::wstring_view address);
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-// Returns the launcher's /origin argument for http, https and file, in double quotes. Returns an
-// empty text and logs an error for all other schemes. LaunchBroker itself builds the origin of the
-// tailored scheme from the address.
+// Returns the value of the launcher's /origin argument for http, https and file, in double quotes.
+// Returns an empty text and logs an error for all other schemes. For SL_TAILORED_URI (a broker for
+// one site only), LaunchBroker itself builds the value from the address.
 std::wstring GetBrokerOrigin(DWORD scheme);
 
 // Sets `path` to the launcher's program file. Returns false and logs an error if the launcher is

@@ -1,6 +1,6 @@
-// Runs in the client and in the broker. The exported functions with C linkage. DTrace writes a
-// caller's text to the log. The other functions are for the program that hosts the broker: the
-// server's end of the pipe, and the additional windows.
+// Runs in the client and in the broker. The exported functions of TesselTrace.h and TesselHost.h.
+// DTrace writes a caller's text to the log. All other functions are for the program that hosts the
+// broker: the server's end of the pipe, and hidden windows that receive messages from any thread.
 #include <windows.h>
 
 #include <array>

@@ -29,8 +29,8 @@ OVERLAPPED CJbPipe::MakeOverlapped() const {
 DWORD CJbPipe::WaitForIo() const { return ::WaitForSingleObject(ioEvent_.Get(), timeout_); }
 
 HANDLE CJbPipe::DuplicatePipeHandle(std::uint32_t processId) {
-  // Without a pipe the handle is -1. DuplicateHandle would take -1 for the current process, and
-  // would give the other process full access to it.
+  // Without a pipe the handle is -1, which is also the pseudo handle of the current process. So
+  // DuplicateHandle would give the process `processId` full access to the current process.
   if (!pipe_) return nullptr;
   const SafeHandle process(::OpenProcess(PROCESS_DUP_HANDLE, FALSE /*inheritable*/, processId));
   HANDLE duplicate = nullptr;

@@ -12,7 +12,8 @@ namespace {
 constexpr std::size_t kFirstReadSize = 256;
 static_assert(kFirstReadSize % sizeof(wchar_t) == 0,
               "ReadString may append a byte to a message of odd size");
-constexpr std::size_t kLargeBuffer = 0x10000000;  // smaller buffers grow by 16x, others by 2x
+// A buffer below this size grows by the factor 16, a larger buffer by the factor 2.
+constexpr std::size_t kLargeBuffer = 0x10000000;
 constexpr DWORD kPumpMilliseconds = 1;
 
 // Calls `allocate`, which allocates `bytes` bytes. Returns false and logs an error if memory is

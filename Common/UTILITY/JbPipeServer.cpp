@@ -77,8 +77,9 @@ bool CJbPipe::StartWait(OVERLAPPED& overlapped) {
     case ERROR_PIPE_LISTENING:
       return true;
     case ERROR_IO_PENDING:
-      // Shutdown connects to the pipe to end this wait. If Shutdown has tried to connect before
-      // ConnectNamedPipe, nothing would end the wait. So cancel the wait here.
+      // Shutdown ends this wait by a connection to the pipe. But if Shutdown has already tried to
+      // connect, before the call of ConnectNamedPipe, nothing would end the wait. So cancel it
+      // here.
       if (!shutDown_) return true;
       CancelWait(overlapped);
       return false;
@@ -120,8 +121,8 @@ bool CJbPipe::FinishWait(OVERLAPPED& overlapped, bool timedOut) {
   return true;
 }
 
-// Ends a wait that has failed. Throws if the endpoint is shut down, whatever made the wait fail.
-// Otherwise returns false.
+// Called when a wait for a client has failed for any reason. Throws PipeShutdownException if the
+// endpoint is shut down. Otherwise returns false.
 bool CJbPipe::GiveUpWait() {
   ThrowIfShutDown();
   return false;

@@ -10,7 +10,9 @@ enum SLUriScheme TESSELSLB_AS_ULONG {
   SL_HTTP_URI = 1,
   SL_HTTPS_URI = 2,
   SL_FILE_URI = 3,
-  SL_TAILORED_URI = 4,  // a broker for one site only: addresses with the same scheme and host
+  // A broker for one site only: all addresses that have the same beginning. TesselSilverlight.h
+  // says how long this beginning is.
+  SL_TAILORED_URI = 4,
 };
 
 // The results of the element functions. GetElementValue also returns E_NOTIMPL. Any other value is
@@ -18,7 +20,7 @@ enum SLUriScheme TESSELSLB_AS_ULONG {
 enum SLResult TESSELSLB_AS_INT {
   SL_SUCCESS = 0,
   // The mutex that allows only one injection at a time cannot be created, another client held this
-  // mutex for more than 30 s, or the broker refused to release an element.
+  // mutex for more than 30 s, or the broker answered that it has not released the element.
   SL_FAILURE = -3,
   SL_INVALID_ARGUMENT = -5,  // no such window, or an argument is null or empty
   // The broker disconnected, or sent nothing for 18 s. An answer may arrive in parts, and the 18 s
@@ -31,7 +33,10 @@ enum SLResult TESSELSLB_AS_INT {
   SL_BROKER_NOT_STARTED = -9,
   SL_INJECTOR_NOT_STARTED = -10,  // slinject.exe cannot be started
   SL_INJECTION_FAILED = -11,      // the injector failed, or did not end within 10 s
-  // The answer is not a JSON array, ends early, or contains a value of the wrong type.
+  // The answer is not a JSON array, ends early, or contains a value of the wrong type. Or
+  // SelectItem got a null text.
   SL_ARCHIVE_FAILURE = -12,
-  SL_INVALID_OBJECT = -13,  // the record that was passed does not name an element
+  // A record that was passed is not valid for the function: it names no element, FindCollection's
+  // root has no window, or GetIdInfo's records have different processes or schemes.
+  SL_INVALID_OBJECT = -13,
 };

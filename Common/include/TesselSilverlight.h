@@ -3,19 +3,21 @@
 // module) or loads it.
 //
 // A client finds a first element by a point, by the focus or by search texts, and finds further
-// elements from there. Each element is a record (SLElemData). The broker keeps an object for the
-// record until the record is destroyed. If the client ends without destroying the record, the
-// object stays in the broker.
+// elements from this element. A client holds each element in a record (SLElemData). The broker
+// keeps an object for the record until the record is destroyed. If the client ends without
+// destroying the record, the object stays in the broker.
 //
 // Words:
-// - Broker: the Silverlight application that answers the requests about the content.
+// - Broker: the program that answers the requests about the content.
 // - Scheme: selects the broker (SLUriScheme). There is one broker each for http, https and file. A
-//   tailored broker serves one site alone: all addresses that begin with the same http:, https: or
-//   file: and have the same host.
+//   tailored broker serves one site alone: all addresses that are the same up to the third slash,
+//   so that protocol, host and port are the same. File addresses must be the same up to the sixth
+//   slash.
 // - Launcher: sllauncher.exe of the Silverlight runtime. It starts a broker.
 // - Injector: slinject.exe in the module's folder. It starts a broker in the process that owns the
-//   window.
-// - Valid record: process, window, object, scheme and address are all set.
+//   window of the content.
+// - Valid record: a record whose process, window, object, scheme and address are all set. An
+//   `objectId` of length 0 counts as not set.
 //
 // Calls: a call sends one request to the broker and receives one answer. If the broker's pipe does
 // not exist, the call first starts the broker. The calling thread waits up to 16 s for a broker
@@ -24,21 +26,23 @@
 // hostile broker can make a call last several times as long.
 //
 // Search: GetElemFromPoint and FindCollection search for the broker if `uriScheme` is SL_NO_URI.
-// GetFocusedElement always searches. A search asks the tailored broker, and then the broker of the
-// scheme that the address begins with: http:, https: or file:, in small letters. It asks the second
-// broker only if the tailored broker returns SL_NOT_SERVED. So a tailored broker that cannot be
-// started ends the search with SL_BROKER_NOT_STARTED. If the last result is SL_NOT_SERVED, the
-// search runs the injector and asks both brokers once more. Only one injection runs at a time in a
-// logon session: an injection waits up to 30 s for the injections of other clients, and about 10 s
-// for its own injector. A search takes about 320 s at most.
+// GetFocusedElement always searches. A search asks the tailored broker first. If this broker
+// returns SL_NOT_SERVED, the search asks the broker of the scheme that the address begins with:
+// http:, https: or file:. Capital letters do not count: an address that begins with "HTTP:" or with
+// anything else has no scheme, and no second broker is asked. A tailored broker that cannot be
+// started ends the search with SL_BROKER_NOT_STARTED. If the broker that was asked last returns
+// SL_NOT_SERVED, the search runs the injector and asks the same brokers once more. Only one
+// injection runs at a time in a logon session: an injection waits up to 30 s for the injections of
+// other clients, and about 10 s for its own injector. A search takes about 320 s at most.
 //
 // Results: each function returns SL_SUCCESS or one of the results that its comment names.
 // - Round-trip codes: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE,
 //   or a status of the broker.
 // - Search codes: the round-trip codes, and the codes of an injection: SL_FAILURE,
 //   SL_INJECTOR_NOT_STARTED, SL_INJECTION_FAILED, and SL_INVALID_ARGUMENT (no such window). The
-//   window is checked only when a broker is injected. If no broker is injected, a call with a
-//   window that does not exist returns SL_BROKER_NOT_STARTED or the status of the broker.
+//   window is checked only when a broker is injected. A call that injects no broker sends its
+//   request even if the window does not exist. Its result is then usually a status of the broker,
+//   or SL_BROKER_NOT_STARTED if no broker runs.
 // A status is a number that the broker chooses. The functions return it unchanged. A broker that
 // does not show the content answers with the status SL_NOT_SERVED. Brokers should use 100 for an
 // unknown command, 101 for an unknown element, 102 for something that the element does not support
@@ -58,11 +62,12 @@
 // objects until it ends.
 //
 // Threads: any number of threads may call at the same time, each with its own records and vectors.
-// No function is bound to a thread.
+// A record may be used on another thread than the one that received it.
 //
-// Texts are UTF-16. The client frees a returned BSTR with SysFreeString. A vector that a function
-// fills belongs to the client, and its storage is on the process's heap. The broker defines the
-// coordinates of rectangles and points; the module does not convert them.
+// Texts are UTF-16. The client frees a BSTR that it received through a wchar_t** with
+// SysFreeString. A record frees its own texts. A vector that a function fills belongs to the
+// client, and its storage is on the process's heap. The broker defines the coordinates of
+// rectangles and points; the module does not convert them.
 //
 // Exceptions: each failure of the broker and of the pipe has a result code and a line in the log.
 // These exceptions may leave a function:
@@ -98,46 +103,48 @@ namespace TesselSilverlight {
 // Returns the element at a point.
 //
 // window  in: set `hwnd` and `sourceUri` (the address of the content). Set `uriScheme` if it is
-//         known. `objectId` may be empty.
+//         known. `objectId` is sent to the broker, and is usually null.
 //         out: `processId` is set to the window's process if it was 0, even if the call then fails.
 //         `uriScheme` is set if a search succeeded.
 // pt      the point.
 // option  a number for the broker, which defines its meaning.
-// found   out: the element, with the window, process, scheme and address of `window`. Its `rect`
-//         does not change. If there is no element, the result is SL_SUCCESS and `objectId` has the
-//         length 0. It is usually not null, so test SysStringLen(objectId). Pass a new record: an
-//         element that the record already names is not released and stays in the broker.
+// found   out: the element, with the window, process, scheme and address of `window`. The `rect` of
+//         `found` does not change. If there is no element, the result is SL_SUCCESS and `objectId`
+//         has the length 0. In this case `objectId` is usually not null, so test
+//         SysStringLen(objectId). Pass a new record: if `found` already names an element, the call
+//         does not release that element, and its object stays in the broker.
 // Result: the search codes.
 TESSELSLB_API int GetElemFromPoint(SLElemData& window, const POINT& pt, int option,
                                    SLElemData& found);
 
 // Returns the element that has the focus in a window.
 //
-// focused  in: set `sourceUri`. All other fields are ignored, even a known scheme. out: as `found`
-//          of GetElemFromPoint, with the window `hwnd`. If no element has the focus, `objectId` has
-//          the length 0.
+// focused  in: a new record. Set `sourceUri`. All other fields are ignored, even a known scheme.
+//          out: the element, with the window `hwnd`, its process and the scheme. The other fields
+//          do not change. If no element has the focus, the result is SL_SUCCESS and `objectId` has
+//          the length 0, as for `found` of GetElemFromPoint.
 // Result: the search codes.
 TESSELSLB_API int GetFocusedElement(HWND hwnd, SLElemData& focused);
 
 // Finds all elements below a root that match three texts and two options. The broker defines the
 // meaning of the texts and options, and the order of the elements.
 //
-// root    in and out as `window` of GetElemFromPoint. The root stands for the whole content if its
-//         `objectId` is empty. It must not be a record of `found`.
+// root    in and out: the same fields as for `window` of GetElemFromPoint. If `objectId` is empty,
+//         the root stands for the whole content. The root must not be a record of `found`.
 // search1, search2, search3
 //         the texts, which are not changed. Null counts as an empty text.
-// found   out: a new record for each element, `rect` included. An answer begins with the number of
-//         elements. When this number has been read, the records that `found` held before the call
-//         are released, by one call each. If the answer then ends too early (SL_ARCHIVE_FAILURE),
-//         the vector still has this number of records, and the records that were not read are
-//         empty.
+// found   out: a new record for each element, with the element's rectangle in `rect`. After the
+//         status, the answer contains the number of elements. When this number has been read, the
+//         records that `found` held before the call are released, by one call each. If the answer
+//         then ends too early (SL_ARCHIVE_FAILURE), `found` has as many records as the answer
+//         announced, and the records that were not read are empty.
 // Result: the search codes, or SL_INVALID_OBJECT for a root without a window.
 TESSELSLB_API int FindCollection(SLElemData& root, wchar_t* const search1, wchar_t* const search2,
                                  wchar_t* const search3, int option1, bool option2,
                                  std::vector<SLElemData, HeapAllocator<SLElemData>>& found);
 
-// Finding elements from an element. GetParentElement and all functions below it require valid
-// records. For any other record they return SL_INVALID_OBJECT and send nothing.
+// Finding elements from an element. GetParentElement and all functions below it require a valid
+// record of the element. For any other record they return SL_INVALID_OBJECT and send nothing.
 
 // Returns the parent of an element.
 //
@@ -171,12 +178,13 @@ TESSELSLB_API int GetDefaultSelectorHierarchy(
 
 // Returns three texts and a number that identify an element. The broker defines their meaning.
 //
-// parentObj  null, or an element relative to which the broker identifies `obj`. Must be a valid
-//            record with the process and the scheme of `obj`, otherwise the result is
-//            SL_INVALID_OBJECT.
+// parentObj  null, or an element relative to which the broker identifies `obj`. If it is not null,
+//            it must be a valid record with the process and the scheme of `obj`, otherwise the
+//            result is SL_INVALID_OBJECT.
 // text1, text2, text3
-//            out: BSTRs that the client frees. The arguments must not be null. Free old BSTRs
-//            before the call, because their pointers are overwritten.
+//            out: BSTRs that the client frees. The arguments must not be null. Before the call,
+//            free old BSTRs and set their pointers to null: success overwrites the pointers, and a
+//            failure leaves them unchanged.
 // number     out: the number. The argument may be null.
 // Result: the round-trip codes, or SL_INVALID_OBJECT.
 TESSELSLB_API int GetIdInfo(const SLElemData* parentObj, const SLElemData& obj, wchar_t** text1,
@@ -195,16 +203,17 @@ TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 //
 // name   the attribute's name. The function does not change it. A string literal needs a cast:
 //        const_cast<wchar_t*>(L"text").
-// value  out: a BSTR that the client frees. Free an old BSTR before the call, because its pointer
-//        is overwritten.
+// value  out: a BSTR that the client frees. Before the call, free an old BSTR and set its pointer
+// to
+//        null: success overwrites the pointer, and a failure leaves it unchanged.
 // Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name,
 // or a null `value`. A positive status usually means that the element has no such attribute (102)
 // or no longer exists (101).
 TESSELSLB_API int GetAttribute(const SLElemData& elem, wchar_t* const name, wchar_t** value);
 
 // Appends the texts of the items of a list-like element to `items`. After SL_ARCHIVE_FAILURE,
-// `items` also contains the texts that were read before the failure. The broker defines the meaning
-// of `flag`. The broker learns only whether `flag` is 0.
+// `items` also contains the texts that were read before the failure. The broker defines the
+// meaning of `flag`. The request tells the broker only whether `flag` is 0.
 // Result: the round-trip codes, or SL_INVALID_OBJECT. A positive status usually means that the
 // element has no items (102) or no longer exists (101).
 TESSELSLB_API int GetItems(const SLElemData& elem, int flag,
@@ -246,7 +255,8 @@ TESSELSLB_API int SelectItem(const SLElemData& elem, const CComBSTR& item);
 //
 // The destruction of a record without an object sends nothing. It logs the error "Invalid SL
 // object", which is harmless.
-// Result: the round-trip codes, or SL_INVALID_OBJECT; SL_FAILURE if the broker refuses.
+// Result: the round-trip codes, or SL_INVALID_OBJECT; SL_FAILURE if the broker answers with status
+// 0 that it has not released the element.
 TESSELSLB_API int ReleaseObj(SLElemData& obj);
 
 }  // namespace TesselSilverlight

@@ -18,8 +18,8 @@ extern "C" {
 // more, set the user's environment variable TESSEL_LOG_LEVEL, for example to INFO. The module reads
 // the variable from the registry, so a value that is set only in a console has no effect.
 //
-// "SL: " and the text together are cut at 4095 bytes. A null text is logged as an error. Any thread
-// may call this function. It keeps the thread's last error.
+// "SL: " and the text together are cut at 4095 bytes. A null text is logged as an error. Any
+// thread may call this function. It does not change the thread's last error (GetLastError).
 TESSELSLB_API void DTrace(int level, const wchar_t* text);
 
 #ifdef __cplusplus

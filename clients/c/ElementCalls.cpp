@@ -91,7 +91,8 @@ int32_t tessel_element_identify(tessel_element element, tessel_element ancestor,
     }
     const auto target = frame.Find<ElementObject>(element);
     const auto relative = frame.Find<ElementObject>(ancestor);
-    // Locks both contents at once, because another thread may need them in the other order.
+    // Takes both locks at once. If two threads took them one after another and in opposite orders,
+    // each could wait for the other for ever.
     const std::scoped_lock guard(*target->lock, *relative->lock);
     frame.RequireHeld(*target);
     frame.RequireHeld(*relative);

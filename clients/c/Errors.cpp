@@ -8,8 +8,8 @@
 namespace tessel::c {
 namespace {
 
-// A text of the table of result codes, made wide by the compiler. A text that is too long does not
-// compile.
+// A text of the table of result codes, converted to wide characters at compile time. A text that
+// is too long does not compile.
 struct WideText {
   consteval explicit WideText(const char* ascii) {
     for (wchar_t* to = units; *ascii != '\0'; ++ascii) *to++ = static_cast<wchar_t>(*ascii);

@@ -1,6 +1,7 @@
 // Runs in the client. The functions of the C interface that wait for a condition. A wait holds the
 // content's lock only during each check, so that other threads can make calls between two checks.
-// tessel_wait_until never holds the lock itself, because the functions that its check calls do.
+// tessel_wait_until does not take the lock: its check is a function of the client, and the
+// functions of this interface that the check calls take the lock themselves.
 #include "clients/c/Frame.h"
 
 using namespace tessel::c;
@@ -8,7 +9,8 @@ using std::chrono::milliseconds;
 
 namespace {
 
-// Returns a condition with the same check, which holds the lock while the check runs.
+// Returns a condition that makes the same check as `condition`, but holds the lock during the
+// check.
 template <class Place, class Look>
 auto WithLock(const Place& place, tessel::Condition<Look> condition, std::shared_ptr<Lock> lock) {
   std::wstring what = condition.What();
@@ -51,7 +53,7 @@ int32_t tessel_wait_until_attribute(tessel_element element, const wchar_t* name,
                                     tessel_error** error) {
   return Run(__func__, error, [&](const Frame& frame) {
     const auto target = frame.Find<ElementObject>(element);
-    // Making the condition reads the id, which another thread may clear.
+    // AttributeIs reads the element's id. Take the lock, because another thread may clear the id.
     auto condition = [&] {
       const std::lock_guard guard(*target->lock);
       return WithLock(*target->element,

@@ -13,7 +13,7 @@
 //         tessel_content_find_first(content, &search, &user, &error) == 0 && user != 0) {
 //       tessel_element_set_value(user, L"Ada", &error);
 //     }
-//     _setmode(2 /*stderr*/, _O_U8TEXT);  // so that all letters are printed; in <io.h>, <fcntl.h>
+//     _setmode(2 /*stderr*/, _O_U8TEXT);  // prints all letters; needs <io.h>, <fcntl.h>
 //     if (error != NULL) fwprintf(stderr, L"%ls; %ls\n", error->meaning, error->cure);
 //     tessel_error_free(error);
 //     if (user != 0) tessel_element_release(user, NULL);
@@ -32,9 +32,9 @@
 // part may take 18 s.
 //
 // Results: every int32_t function returns 0 or the code of a failure. "Not found" is not a failure:
-// the function returns 0, and the handle is 0, the text is null, or the list is empty. After a
-// failure all results are 0 or null. A null pointer to a result or a text is refused with -5,
-// except for the texts of a tessel_search.
+// the function returns 0, and the handle is 0, the text is null, or the list has no elements (free
+// this list, too). After a failure all results are 0 or null. A null pointer to a result or a text
+// is refused with -5, except for the texts of a tessel_search.
 //
 // Errors: the last parameter, `error`, may be null. If it is not null, the function sets `*error`
 // to null, or after a failure to a tessel_error that the caller frees. The function overwrites
@@ -45,27 +45,28 @@
 //
 // Handles: a handle is a number of 64 bits, never a pointer. 0 is never a valid handle. A function
 // refuses a handle that is 0, that was freed, or that names an object of another kind. It then
-// returns -102 and does nothing else. A content may be closed before its elements are released. The
+// fails with -102 and sends nothing. A content may be closed before its elements are released. The
 // elements stay usable.
 //
 // Elements: the broker keeps an object for each element that it has sent to the client, until the
 // client releases the element. So release each element.
 //
 // A lost broker: SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9) mean
-// that the broker has ended or hangs, or that no broker could be started. Which of the three codes
-// a function returns depends on timing. After one of them the content counts as lost. While the
-// content is lost, releasing an element or freeing a list sends nothing and returns 0, because each
-// further request could take a minute. So a broker that only hangs keeps the objects of these
-// elements. All other functions still send their requests. When the broker answers one of them, the
-// content is no longer lost. A broker that was started again does not know the old elements: find
-// them again. If the window was closed, the content never works again: open a new one.
+// that the broker has ended or hangs, that its pipe stays busy, or that no broker could be started.
+// Which of the three codes a function returns depends on timing. After one of them the content
+// counts as lost. While the content is lost, releasing an element or freeing a list sends nothing
+// and returns 0, because each further request could take a minute. So a broker that only hangs
+// keeps the objects of these elements. All other functions still send their requests. When the
+// broker answers one of them, the content is no longer lost. A broker that was started again does
+// not know the old elements: find them again. If the window was closed, the content never works
+// again: open a new one.
 //
 // Threads: any thread may use any handle. Requests for one content and its elements run one after
 // another. Requests for different contents do not wait for each other. A thread may free a handle
-// while another thread uses it. Then a call that has begun its request goes on, and a call that
-// still waits to use a freed element fails with -102. Closing a content does not affect calls that
-// have begun, even if they still wait for their turn. If the element of a running
-// tessel_wait_until_attribute is released or abandoned, the wait fails with -13.
+// while another thread uses it. A call that has already sent its request goes on. A call that is
+// queued behind another request fails with -102 if its element was freed. Only
+// tessel_wait_until_attribute fails with -13 in this case. Closing a content does not affect calls
+// that are queued.
 //
 // Finalizers: releasing an element can take as long as any request. So a finalizer should release
 // the element on another thread, or use tessel_element_abandon.
@@ -122,8 +123,8 @@ typedef struct tessel_rectangle {
 // - The texts are the name, the type and the id of an element. An empty text matches everything.
 // - `option1` is the number of levels to search. 1 means only the roots of a content, or only the
 //   children of an element. 0 means all levels.
-// - If `option2` is not 0, a text matches every element whose text contains it. If `option2` is 0,
-//   the two texts must be equal.
+// - If `option2` is not 0, the name, type or id of an element only needs to contain the text. If
+//   `option2` is 0, it must be equal to the text.
 typedef struct tessel_search {
   const wchar_t *text1, *text2, *text3;
   int32_t option1, option2;
@@ -165,8 +166,8 @@ TESSEL_C_API int32_t tessel_version(int32_t numbers[4], tessel_error** error);
 // searches for the title only once, so the title may change later.
 //
 // `address` is the address of the content. The function fails with -5 if it is empty, and checks
-// nothing else about it. Only the beginning of the address is used to find the broker: the scheme,
-// host and port. Of a file address, everything before the sixth slash is used. For
+// nothing else about it. Only the beginning of the address is used to find the broker: http: or
+// https:, the host and the port. Of a file address, everything before the sixth slash is used. For
 // file:///C:/a/b/c.html this is file:///C:/a/b. Write this beginning exactly as SceneBroker prints
 // it when it starts.
 //
@@ -192,9 +193,10 @@ TESSEL_C_API int32_t tessel_content_window(tessel_content content, void** window
 TESSEL_C_API int32_t tessel_content_at(tessel_content content, int32_t x, int32_t y, int32_t option,
                                        tessel_element* element, tessel_error** error);
 
-// Returns the element that has the focus. This function always searches for the broker, and tries
-// the tailored broker first. Therefore it fails with -5 if the content was opened with a scheme
-// other than SL_NO_URI and SL_TAILORED_URI.
+// Returns the element that has the focus. This function always searches for the broker, so it works
+// only for a content that was opened with SL_NO_URI or SL_TAILORED_URI. For SL_HTTP_URI,
+// SL_HTTPS_URI and SL_FILE_URI it sends nothing and fails with -5, because the search could find
+// another broker.
 TESSEL_C_API int32_t tessel_content_focused(tessel_content content, tessel_element* element,
                                             tessel_error** error);
 
@@ -304,12 +306,13 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 // met. `timeout` and `interval` are in milliseconds, so the longest time is 49 days. If `timeout`
 // is 0, the functions check once. Between two checks other threads can use the content.
 //
-// Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and fail with -7. This rule does
-// not hold for your own function (tessel_look) in three cases: if it calls tessel_content_focused,
-// if it uses another content, or if no call with this content has found a broker before. Then a
-// later check can start or inject a broker, too. If a check fails, the wait ends and returns the
-// code of the check.
+// With these functions, only the first check can start or inject a broker. Later checks use the
+// broker that the first check found. If that broker has ended, a later check sends nothing and
+// fails with -7. If a check fails, the wait ends and returns the code of the check.
+//
+// With a check of your own (tessel_look), a later check can also start or inject a broker in three
+// cases: the check calls tessel_content_focused, the check uses another content, or no
+// earlier call with this content has found a broker.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker
@@ -331,7 +334,8 @@ TESSEL_C_API int32_t tessel_wait_until_attribute(tessel_element element, const w
 // The type of a check of your own. The check runs on the thread that waits, and may use this
 // interface. `context` is the pointer that was passed to tessel_wait_until.
 //
-// `*met` is 0 at first. The check sets it to 1 if the condition is met. Otherwise the check may set
+// `*met` is 0 at the start of each call. The check sets it to 1 if the condition is met. Otherwise
+// the check may set
 // `*seen` to a text that describes what it found instead. This text must stay valid until the check
 // is called again or the wait ends.
 //

@@ -6,7 +6,8 @@ import { call, callNow } from './library.mjs';
 export class Element {
   #handle;
 
-  // Runs as part of a task of the queue. So no other thread uses the content, and callNow need not wait.
+  // Called only inside a task of the queue. No other task of this content runs at the same time, so
+  // callNow does not have to wait until another thread has finished its call.
   constructor(handle) {
     this.#handle = handle;
     handle.freeWhenForgotten(this, 'element_release');

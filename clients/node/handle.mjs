@@ -7,11 +7,11 @@ export class Queue {
   run(task) {
     const result = this.#runAfter(this.#last, task);
     const ignore = () => {};
-    this.#last = result.then(ignore, ignore);  // without the result, so that it can be freed
+    this.#last = result.then(ignore, ignore);  // has no value, so the queue keeps no result alive
     return result;
   }
 
-  // Awaits, so that the stack of an error shows the callers.
+  // Uses `await` instead of then(), so that the stack of an error shows the callers.
   async #runAfter(last, task) {
     await last;
     return await task();
@@ -33,8 +33,9 @@ export class Handle {
     return this.queue.run(() => call(name, this.value, ...args));
   }
 
-  // Calls the function `name` after the garbage collector has freed `owner`. The registry keeps this
-  // handle alive until then. So the handle must not refer to `owner`, or `owner` would never be freed.
+  // Calls the function `name` after the garbage collector has freed `owner`. The FinalizationRegistry
+  // keeps this handle alive until then. So the handle must not refer to `owner`, or `owner` would never
+  // be freed.
   freeWhenForgotten(owner, name) {
     forgotten.register(owner, () => this.run(name), this);
   }

@@ -11,7 +11,7 @@ import { TesselError } from './error.mjs';
 const STACK_SIZE = 1 << 20;
 
 let loaded = null;
-let moduleFolder = null;  // set once its TesselSLB_x64.dll is in the process
+let moduleFolder = null;  // the folder of the loaded TesselSLB_x64.dll; null before it is loaded
 
 // Loads the DLLs, unless an earlier call has loaded them. `module` is the folder of TesselSLB_x64.dll.
 // If it is undefined, uses the folder of the earlier call, or else the folder `bin` of this package.
@@ -62,7 +62,8 @@ function growStack(koffi) {
   try {
     koffi.config({ async_stack_size: STACK_SIZE });
   } catch {
-    // Ignored: another package has already called a function through koffi, so the size is fixed.
+    // Another package has already called a function through koffi. After that, koffi refuses to change
+    // the stack size, so the calls use the present size.
   }
 }
 
@@ -154,7 +155,7 @@ export async function call(name, ...args) {
   const error = [null];
   try {
     const code = await startCall(name, [...args, error]);
-    if (code !== 0) throw loaded.takeError(error[0]);  // here, so that its stack shows the callers
+    if (code !== 0) throw loaded.takeError(error[0]);  // thrown here, so that the error's stack shows the callers
     return args.at(-1);
   } finally {
     const next = waiting.shift();

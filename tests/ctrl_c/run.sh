@@ -2,8 +2,9 @@
 # run.sh BUILD: tests Ctrl-C. The test sends SIGINT, which Wine delivers as Ctrl-C. A broker must then print
 # its summary and end, whether it has served a request or not. If a broker still waits for a client that does
 # not read its answer, a second Ctrl-C must end the broker at once, without the summary. Ctrl-C must also end
-# tessel at once while it waits for a call. A tap must first finish the exchange that has begun, so that the
-# recording has every exchange of the broker.
+# tessel at once while it waits for a call. But `tessel tap`, which stands between clients and a broker and
+# records each request with its answer, must first finish the current request, so that the recording has all
+# requests that the broker has served.
 set -eu
 work=$1/ctrl-c-test
 . "$(dirname "${BASH_SOURCE[0]}")/../support/broker.sh"
@@ -27,8 +28,8 @@ start_busy_broker() {
   wait_for served
 }
 
-# The broker is busy, so the call waits. The next check has a broker of its own, because it needs one that has
-# just begun to wait for its client.
+# tessel must wait, because the broker is busy with another client. The next test starts a new busy broker,
+# because it must send Ctrl-C before the broker gives up its client.
 start_busy_broker
 : >"$work/tessel.txt"  # an earlier run may have left this file
 "$wine" "$bin/tessel.exe" at 320,134 --scheme=tailored --window="$(fact window)" --address=$address \
@@ -65,7 +66,7 @@ until grep -q ^ready "$work/tap.txt"; do kill -0 "$tap"; sleep 0.1; done
 while "$wine" "$bin/tessel.exe" tree --window="$window" --address=$address; do :; done >"$work/clients.txt" 2>&1 &
 clients=$!
 until grep -q ^served "$work/tap.txt"; do sleep 0.1; done
-# The broker is suspended, so that Ctrl-C most likely comes while the tap waits for an answer.
+# While the broker is suspended, `tessel tap` most likely waits for an answer. So Ctrl-C comes during this wait.
 kill -STOP "$broker"
 sleep 1
 kill -INT "$tap"

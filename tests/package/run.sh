@@ -19,14 +19,14 @@ archives=("$root"/build/package/*-x64.zip)
 (cd "$work/a folder" && cmake -E tar xf "${archives[0]}")
 tree=$(echo "$work/a folder"/*)
 
-# The files.
+# Check the files of the archive.
 (cd "$tree" && sha256sum --quiet --check SHA256SUMS) || fail "the checksums"
 [ "$(cd "$tree" && find . -type f | wc -l)" -eq $(($(wc -l <"$tree/SHA256SUMS") + 1)) ] || fail "a file has no checksum"
 ! grep -rlaF "$root" "$tree" || fail "these files hold the path of the source folder"
 python3 "$root/tests/package/check_tree.py" "$tree" || fail "the files of the package"
 python3 "$root/tests/support/check_links.py" "$tree"/*.md "$tree"/*/*.md || fail "links of the documents"
 
-# The headers.
+# Check that each header compiles alone, and together with all others.
 library=$("$gxx" -print-file-name=include/c++)
 clang=(clang++ --target=x86_64-w64-mingw32 -nostdinc++ -isystem "$library"
        -isystem "$library/x86_64-w64-mingw32" -isystem "$library/backward")
@@ -54,7 +54,7 @@ done
 options=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs 'TesselSLB >= 1.0')
 eval "$gcc '$work/host.obj' -o '$tree/bin/host.exe' $options" || fail "the host in C"
 
-# The samples. Each build leaves first.exe and the DLLs in a folder of its own.
+# Build the samples. Each build leaves first.exe and the DLLs in a folder of its own.
 for language in cpp c; do
   sample=$tree/samples/$language
   cmake -S "$sample" -B "$sample/build" -G Ninja -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER=$gcc \
@@ -62,8 +62,8 @@ for language in cpp c; do
     cmake --build "$sample/build" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; fail "CMake: $language"; }
   make -C "$sample" CC=$gcc CXX=$gxx >"$work/make.log" 2>&1 || { cat "$work/make.log"; fail "make: $language"; }
 done
-# The sample in C also for Microsoft's ABI. Uses MinGW's headers, but not its printf functions and start code,
-# because these are for GNU's linker.
+# Build the sample in C also for Microsoft's ABI. Use MinGW's headers, but not its printf functions and start
+# code, because these are for GNU's linker.
 import msvcrt _setmode wprintf exit
 mkdir "$tree/samples/c/microsoft"
 echo 'int main(void); void exit(int code); void Start(void) { exit(main()); }' >"$work/start.c"

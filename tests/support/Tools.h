@@ -45,7 +45,8 @@ struct SceneFile {
 };
 
 // The path of a file that does not exist yet. The destructor removes the file. The constructor
-// removes it, too, because a test that crashed may have left it, and Wine gives process ids again.
+// does, too: the name contains the process id, and Wine may have given the same id to an earlier
+// process that crashed and left the file.
 struct NewFile {
   explicit NewFile(const std::string& name)
       : path(std::filesystem::temp_directory_path() /
@@ -57,7 +58,8 @@ struct NewFile {
   const std::filesystem::path path;
 };
 
-// A running SceneBroker and the facts that it printed. The constructor waits for the line "ready".
+// A running SceneBroker, and the facts that it prints as lines "KEY: VALUE" at its start. The
+// constructor waits for the line "ready".
 class SceneBroker : public ChildProcess {
  public:
   explicit SceneBroker(const std::string& scene, const std::wstring& options = L"")
@@ -106,8 +108,8 @@ class SceneBroker : public ChildProcess {
   std::map<std::string, std::string> facts_;
 };
 
-// A running tap of the tailored pipe for the clients of `broker`. The constructor waits for the
-// line "ready".
+// A running `tessel tap`. It serves the pipe of a tailored broker, passes the requests of clients
+// on to `broker`, and records them with their answers. The constructor waits for the line "ready".
 struct Tap : ChildProcess {
   Tap(const SceneBroker& broker, const NewFile& recording)
       : ChildProcess(TestFolder() + L"tessel.exe tap --address" + Quoted(broker.Fact("address")) +

@@ -12,7 +12,7 @@ def headings(path):
 
 
 def links_of(document):
-    code = r"^    .*$|`[^`\n]*`"  # code has brackets, too
+    code = r"^    .*$|`[^`\n]*`"  # removed first, because brackets in code are not links
     text = re.sub(code, "", document.read_text(encoding="utf-8"), flags=re.MULTILINE)
     return re.findall(r"\]\(([^)#:]*)(?:#([^)]*))?\)", text)
 

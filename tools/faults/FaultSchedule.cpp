@@ -13,7 +13,8 @@ struct RequestHead {
   std::optional<std::string> element;
 };
 
-// Leaves out what a broken request does not have.
+// Returns the command and the element's id of a request. A value that the request does not have,
+// for example because it is broken, stays empty.
 RequestHead HeadOf(const std::wstring& request) {
   const auto values =
       nlohmann::json::parse(tessel::Narrow(request), nullptr /*callback*/, false /*throws*/);
@@ -46,7 +47,8 @@ const FaultRule* FaultSchedule::OnRequest(const std::wstring& request) {
   return First([head = HeadOf(request)](const FaultRule& rule) { return Fits(rule, head); });
 }
 
-// Counts the call for every rule that fits, also after the first rule that applies.
+// Returns the first rule that fits and whose conditions "call" and "chance" are met, or null. Does
+// not stop at this rule, because the call must be counted for every rule that fits.
 template <class Predicate>
 const FaultRule* FaultSchedule::First(Predicate fits) {
   const FaultRule* first = nullptr;

@@ -18,8 +18,9 @@ class FaultyPipe : public RequestServer {
   // Throws std::runtime_error if the pipe cannot be created.
   FaultyPipe(const std::wstring& pipeName, FaultSchedule schedule, FaultFunction onFault);
 
-  // Does not call `answer` if the answer would not matter. Passes false to `sent` if the client
-  // received the answer in a form that it cannot read.
+  // Some faults send nothing, or a text that does not depend on the right answer. For these
+  // faults, calls neither `answer` nor `sent`. If a fault makes the answer unreadable for the
+  // client, passes false to `sent`.
   void Serve(const AnswerFunction& answer, const SentFunction& sent) override;
   bool Stop() override { return pipe_.Stop(); }
 

@@ -20,10 +20,11 @@ class RuleText {
   // character itself.
   std::string ReadUntil(const char* ends);
 
-  // These functions read a value in the same way.
+  // These functions read a value up to one of the characters `ends`, or up to the end of the text.
   int ReadInteger(const char* ends, int least, int most);
   double ReadChance(const char* ends);
-  // In an id, a backslash stands before `end` and before a backslash.
+  // Reads an element's id up to `end`, or up to the end of the text. If the id itself contains
+  // `end` or a backslash, the rule has a backslash before that character.
   std::string ReadId(char end);
 
   // Throws FaultRuleError. `reason` says what is wrong at the position, and the cure.

@@ -26,5 +26,6 @@ BrokerPipe PipeOf(DWORD scheme, std::wstring_view address);
 // searches for the broker.
 std::vector<SLUriScheme> SchemesOfCall(DWORD scheme, std::wstring_view address);
 
-// Returns the pipes of these brokers.
+// Returns the pipes of the brokers that a call with this scheme asks. The call asks the first pipe
+// first.
 std::vector<BrokerPipe> PipesToTry(DWORD scheme, std::wstring_view address);

@@ -6,7 +6,7 @@
 #include <vector>
 
 struct CodeNotes {
-  std::vector<std::string> causes;    // the usual ones; empty if the meaning says it all
+  std::vector<std::string> causes;    // the usual causes; empty if the code's meaning is enough
   std::vector<std::string> logLines;  // "LEVEL TEXT"; the text as in the module's sources
 };
 

@@ -14,7 +14,8 @@ InspectorError UsageError(const std::string& meaning, const std::string& cure) {
   return {ExitCode::kUsage, meaning, cure};
 }
 
-// Returns the cure after a mistyped word.
+// Returns the advice in the error for a mistyped word: a similar name from `names`, or to run
+// `help` with --help if no name is similar.
 std::string Advice(const std::string& word, const Words& names, const std::string& help) {
   const std::string guess = DidYouMean(word, names);
   return guess.empty() ? "run " + help + " --help" : guess;

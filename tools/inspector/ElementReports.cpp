@@ -6,8 +6,9 @@
 
 namespace {
 
-// Adds a value for --find. Its backslashes must stay as they are in the line, so that the user can
-// copy it. Adds nothing if all texts are empty, because this value would match every element.
+// Adds the texts to the report in the form that the option --find takes, so that the user can copy
+// them. So the backslashes of a printable text are not doubled as in other lines. Adds nothing if
+// all texts are empty, because --find would then match every element.
 void AddFindText(Report& report, const SearchTexts& texts) {
   const std::string text = TextOf(texts);
   if (text == ",,") return;

@@ -10,7 +10,8 @@
 
 namespace {
 
-// Returns the text by which messages name what the options select.
+// Returns a name for messages, such as "the focused element". It names the element that the
+// options select, or the content if they select no element.
 std::string TargetName(const InspectorOptions& options) {
   if (options.at) return "the element at " + TextOf(*options.at);
   if (options.focus) return "the focused element";

@@ -33,7 +33,8 @@ class Inspection {
   // Returns the ancestor that is `steps` levels above the element. `steps` must be positive.
   tessel::Element AncestorOf(tessel::Element& element, int steps);
 
-  // Returns all elements of the content that match `search`. `what` is as for Do.
+  // Returns all elements of the content that match `search`. `what` completes the message
+  // "cannot ...", for example "find elements of the content".
   std::vector<tessel::Element> Find(const std::string& what, const tessel::Search& search);
 
   // Read an attribute, or the items of a list. Return nothing if the broker answers with any
@@ -41,15 +42,16 @@ class Inspection {
   std::optional<std::wstring> Attribute(tessel::Element& element, const std::string& name);
   std::optional<std::vector<std::wstring>> Items(tessel::Element& element);
 
-  // Returns the value that the last call has returned. If `value` is empty, throws an error that
-  // reports the status of the broker.
+  // Pass the result of the last call as `value`. Returns the value in it. If it is empty, throws
+  // an error with the status that the broker answered.
   template <class Value>
   Value Require(std::optional<Value> value) const {
     if (!value) throw MakeCallFailure(watch_.What(), watch_.LastError(), scheme_);
     return std::move(*value);
   }
 
-  // Waits until a condition about the content is met. `what` is as for Do.
+  // Waits until a condition about the content is met. `what` completes the message
+  // "cannot ...", as in Do.
   template <class Condition>
   auto WaitFor(const std::string& what, Condition condition, std::chrono::milliseconds timeout) {
     return Search(what, content_.Scheme(),
@@ -101,7 +103,7 @@ class Inspection {
   const InspectorOptions& options_;
   CallWatch watch_;
   tessel::Content content_;
-  DWORD scheme_;  // of the last call; a failure names the pipes of this scheme
+  DWORD scheme_;  // the scheme of the last call; if the call fails, the message names its pipes
 };
 
 // Returns the text by which messages name the element: element "ID".

@@ -15,7 +15,7 @@ struct InspectorCommand {
   enum class Target {
     kByOptions,         // by the options --at, --focus or --find
     kByOptionsOrWhole,  // by --at, --focus or --find; without them it reads the whole content
-    kByItself,          // by the name and arguments of the command, without these three options
+    kByItself,          // by the command's name and arguments, without --at, --focus and --find
     kWhole,             // not at all: the command always reads the whole content
   };
 

@@ -23,7 +23,7 @@ inline constexpr char kStatesPart[] = "states";
 inline constexpr const char* kParts[] = {kParentsPart, kAttributesPart, kItemsPart, kStatesPart};
 
 struct InspectorOptions {
-  // The command: one of these two is set.
+  // The user's command is in `command` or in `toolCommand`. The other pointer is null.
   const InspectorCommand* command = nullptr;
   const ToolCommand* toolCommand = nullptr;
   bool json = false;
@@ -38,7 +38,7 @@ struct InspectorOptions {
   std::optional<POINT> at;
   bool focus = false;
   std::optional<SearchTexts> find;
-  int option = 0;       // sent to the broker together with the point `at`
+  int option = 0;       // --option: a number for the broker, sent with the point `at`
   int parentSteps = 0;  // how many levels to go up from the selected element
 
   bool NamesElement() const { return at || focus || find; }
@@ -48,7 +48,7 @@ struct InspectorOptions {
   std::string text;
   std::optional<SearchTexts> search;  // find: the texts to search for
   int levels = 0;                     // find: how many levels to search; 0 means all
-  bool containing = false;            // find: texts match if they are contained
+  bool containing = false;            // find: a text matches if it is a part of the element's text
   int relativeSteps = 0;              // id: how far above the element the ancestor is; 0 means none
   bool gone = false;                  // wait: until no element matches `find`
   std::string equals;                 // wait: the text that the attribute must equal
@@ -64,9 +64,9 @@ struct InspectorOptions {
 
   // log
   std::string logLevel;                 // the level to set; empty if the level stays as it is
-  unsigned long logProcess = 0;         // whose lines to show; 0 means all
+  unsigned long logProcess = 0;         // only lines of the process with this id; 0 means all
   std::string logFile;                  // empty if the lines are only printed
-  std::vector<std::string> logCommand;  // empty if the user ends the command
+  std::vector<std::string> logCommand;  // the program to run; empty: shows lines until Ctrl-C
 
   std::string record;  // tap: the file to create
 };

@@ -8,8 +8,8 @@ namespace {
 
 bool reportsInJson = false;
 
-// Windows runs this function in a thread of its own. TerminateProcess does not wait for the thread
-// that makes the call, which could last a minute.
+// Windows runs this function in a thread of its own. Another thread may be in a call to the broker
+// that could last a minute. TerminateProcess does not wait for that thread.
 BOOL CALLBACK EndAtOnce(DWORD event) {
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
   PrintError({ExitCode::kInterrupted, "ended by Ctrl-C",

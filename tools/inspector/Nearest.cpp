@@ -37,8 +37,8 @@ bool Contains(const std::wstring& outer, const std::wstring& inner) {
 }
 
 // Returns a number that is smaller for a more similar text, or nothing if the texts are not
-// similar. At most a third of the letters may differ, because otherwise short names match by
-// accident.
+// similar. Unless one text contains the other, at most a third of the letters (rounded up) may
+// differ, because otherwise short names match by accident.
 std::optional<std::size_t> Difference(const std::wstring& left, const std::wstring& right) {
   const std::size_t distance = EditDistance(left, right);
   const std::size_t limit = (std::max(left.size(), right.size()) + 2) / 3;

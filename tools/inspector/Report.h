@@ -32,7 +32,7 @@ class Report {
   // Starts the report with the id of `element`.
   explicit Report(const tessel::Element& element);
 
-  // These functions add a JSON field and a line.
+  // Each of these functions adds a field to the JSON form and a line to the text form.
   void Add(const std::string& key, const std::string& text);
   void Add(const std::string& key, long long number);
   void AddList(const std::string& key, const std::vector<Entry>& entries);

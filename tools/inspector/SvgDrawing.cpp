@@ -7,10 +7,11 @@
 
 namespace {
 
-constexpr long long kLongestSide = 1600;  // of the picture as it is shown; it can be enlarged
+constexpr long long kLongestSide = 1600;  // of the picture, in pixels; a viewer can enlarge it
 constexpr double kLargestFont = 10;
 
-// Colors are those of the rectangles. A frame lies half outside its rectangle, where it is cut off.
+// How the rectangles and the texts look. A frame appears half as wide as its stroke-width, because
+// the outer half of the stroke lies outside the rectangle and is cut off.
 constexpr char kStyle[] =
     "<style>rect{fill:#fff;stroke:#7a8ba3;stroke-width:2}.focus rect{fill:#fff6d6;"
     "stroke:#d97706;stroke-width:4}text{fill:#223}.id{font-weight:bold}</style>\n";
@@ -32,7 +33,7 @@ std::string Escaped(const std::string& text) {
         break;
       case 0xFFFE:
       case 0xFFFF:
-        result += L'\xFFFD';  // XML forbids both
+        result += L'\xFFFD';  // XML forbids U+FFFE and U+FFFF
         break;
       default:
         result += unit;
@@ -79,9 +80,9 @@ void AddHead(std::ostream& svg, const std::string& title, const Box& bounds) {
       << kStyle << "<title>" << Escaped(title) << "</title>\n";
 }
 
-// The inner <svg> cuts off the text at the edges of the rectangle. The font is as small as the
-// rectangle is low, so the text of a small element can be read in an enlarged picture. <title> is
-// the tooltip, which shows the whole text.
+// The inner <svg> cuts off the text at the edges of the rectangle. The font of a low rectangle is
+// so small that a line of text fits into its height. The user can read this text after enlarging
+// the picture. <title> is the tooltip, which shows the whole text.
 void AddElement(std::ostream& svg, const DrawnElement& element) {
   const Box box(element.rect);
   const double font = std::min(kLargestFont, 0.75 * static_cast<double>(box.Height()));

@@ -14,8 +14,8 @@ namespace {
 using tessel::Narrow;
 using tessel::Printable;
 
-// A client waits so long for an answer. If the tap waited longer, the recording would hold answers
-// that no client received.
+// A client waits just as long for an answer. If the tap waited longer, the recording would hold
+// answers that no client received.
 constexpr ULONGLONG kAnswerMilliseconds = wire::kPipeTimeoutMilliseconds;
 constexpr std::size_t kLongestAnswer = 0x7FFFFFFF;  // in UTF-16 units
 
@@ -61,7 +61,8 @@ void Tap::Run() {
   if (!options_.json) tools::PrintLine("recorded: " + std::to_string(recorder_.Exchanges()));
 }
 
-// The first request names the process whose window has the title that the recording needs.
+// The header of the recording holds the title of a window of the process that shows the content.
+// The first request names this process, so the header is written when the first request arrives.
 std::wstring Tap::Answer(const std::wstring& request) {
   if (!hasBegun_) Begin(TitleOfProcess(tools::ProcessOf(request).value_or(0)));
   const tools::Exchange exchange =

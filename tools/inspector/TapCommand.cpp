@@ -9,7 +9,8 @@
 
 namespace {
 
-// Clients that search ask the tailored broker first, so the tap takes its place.
+// A client that names no scheme first asks the broker with the scheme "tailored". The tap serves
+// the pipe of this broker, so that it gets the requests of such clients.
 constexpr char kClientScheme[] = "tailored";
 
 std::wstring PipeName(const InspectorOptions& options, const std::string& scheme) {

@@ -1,6 +1,6 @@
-// Part of tessel. The commands that are not about one content. Such a command makes no Inspection,
-// prints its own report, and chooses its own exit code. Each file that carries out such commands
-// has a table of them.
+// Part of tessel. The commands that do not work on the elements of one content. Such a command
+// does not use the class Inspection, prints its own report, and chooses its own exit code. Each
+// file that carries out such commands has a table of them.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -14,10 +14,11 @@ double AreaOf(const tessel::Element* element) {
          (static_cast<double>(rect.bottom) - rect.top);
 }
 
-// The request for a parent costs two calls, because the client then holds the parent once more and
-// must release it. One search below an element finds all its children, and each of them costs only
-// its release. So the search asks elements for their children, until it knows the parents of all
-// elements. It begins with the largest elements, because most small elements have no children.
+// To ask an element for its parent costs two calls, because the client must also release the
+// parent that it gets. To search for the children of an element costs one call, and one more for
+// the release of each child. So this class searches for the children of one element after another,
+// until it knows the parents of all elements. It begins with the largest elements, because most
+// small elements have no children.
 class ParentSearch {
  public:
   ParentSearch(Inspection& inspection, std::vector<tessel::Element>& elements)
@@ -34,7 +35,8 @@ class ParentSearch {
  private:
   bool IsComplete() const { return parents_.size() >= elements_.size(); }
 
-  // Returns false if the broker refuses to search one level, or if it searches other levels.
+  // Returns false if the broker refuses a search that is limited to one level, or seems to ignore
+  // the limit.
   bool SearchChildren() {
     try {
       return SearchRoots() && SearchBelow();
@@ -44,7 +46,8 @@ class ParentSearch {
     }
   }
 
-  // If all elements seem to be roots, the broker may have ignored the number of levels.
+  // Returns false if the search finds all of several elements, because the broker may then have
+  // searched all levels and not only the roots.
   bool SearchRoots() {
     return Note(inspection_.Find("find the roots of the content", kOneLevel), L"") &&
            (elements_.size() == 1 || !IsComplete());

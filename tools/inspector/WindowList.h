@@ -12,7 +12,7 @@ struct ListedWindow {
   std::string title;  // in UTF-8
 };
 
-// These functions return the windows from the top down.
+// These functions return the windows in their Z order, beginning with the one in front.
 std::vector<ListedWindow> VisibleWindows();
 std::vector<ListedWindow> VisibleWindowsOf(DWORD process);
 

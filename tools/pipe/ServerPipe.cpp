@@ -14,7 +14,7 @@ constexpr wchar_t kSecurity[] = L"S:(ML;;NW;;;LW)D:(A;;0x1F01FF;;;WD)";
 
 constexpr DWORD kExchangeMilliseconds = 3000;
 constexpr DWORD kPauseAfterFailureMilliseconds = 10;
-constexpr DWORD kLeaveCheckMilliseconds = 10;  // the pause between two checks for a client
+constexpr DWORD kLeaveCheckMilliseconds = 10;  // how often to check whether the client has left
 
 HANDLE NewEvent() {
   return ::CreateEventW(nullptr, TRUE /*manual reset*/, FALSE /*signalled*/, nullptr);

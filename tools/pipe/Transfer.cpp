@@ -6,8 +6,8 @@ Transfer::Transfer() : done_(::CreateEventW(nullptr, TRUE /*manual reset*/, FALS
   overlapped_.hEvent = done_.get();
 }
 
-// If a message is longer than the buffer, the system's function may return ERROR_MORE_DATA at once.
-// The bytes were transferred then, too.
+// If a message is longer than the buffer, ReadFile may fail at once with ERROR_MORE_DATA. This is
+// no failure here, because the buffer then holds a part of the message.
 Transfer::Outcome Transfer::Finish(HANDLE pipe, BOOL started, DWORD milliseconds, HANDLE orEvent) {
   const DWORD error = started ? ERROR_SUCCESS : ::GetLastError();
   if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING && error != ERROR_MORE_DATA) {

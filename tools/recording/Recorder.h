@@ -18,9 +18,9 @@ class Recorder {
   // Writes the first line.
   void Begin(const RecordingHeader& header);
 
-  // Passes the request to `answer`, writes the line of the exchange, and returns the exchange. The
-  // system has the line before this function returns, so the line is in the file even if this
-  // process then ends.
+  // Passes the request to `answer`, writes the request and its answer as one line, and returns
+  // both. Windows has the line before this function returns, so the line is in the file even if
+  // this process then ends.
   Exchange Record(const std::wstring& request,
                   const std::function<std::wstring(const std::wstring&)>& answer);
 

@@ -12,8 +12,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A line that is not JSON becomes a discarded value. Leaves out such a line at the end of the file
-// if it has no line feed, because it was cut short.
+// Returns the parsed lines. For a line that is not JSON, is_discarded() of its value is true.
+// Leaves out such a line at the end of the file if it has no line feed, because it was cut short.
 std::vector<Json> WholeLines(std::istream& file) {
   std::vector<Json> lines;
   for (std::string text; std::getline(file, text);) {

@@ -22,10 +22,10 @@ struct RecordingHeader {
 };
 
 struct Exchange {
-  std::string time;  // when the request came, in UTC; empty in an exchange that was read
+  std::string time;  // when the request came, in UTC; empty if the exchange comes from a file
   std::wstring request;
   std::wstring answer;      // empty if the client got no answer
-  double milliseconds = 0;  // how long the answer took; 0 in an exchange that was read
+  double milliseconds = 0;  // how long the answer took; 0 if the exchange comes from a file
 };
 
 struct Recording {

@@ -25,7 +25,8 @@ std::wstring TextField(const Json& line, const char* name) {
                        "for each unit; correct it, or record again");
 }
 
-// The command repeats a value of the request, for people and programs that search the file.
+// The field "command" repeats the command number from the request, so that people and programs can
+// search the file for a command.
 Json CommandField(const Exchange& exchange) {
   const std::optional<int> command = CommandOf(exchange.request);
   return command ? Json(*command) : Json();

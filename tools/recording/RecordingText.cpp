@@ -8,7 +8,7 @@ namespace tools {
 namespace {
 
 constexpr char kUnits[] = "utf16";
-constexpr std::size_t kDigits = 4;  // of each unit
+constexpr std::size_t kDigits = 4;  // hexadecimal digits for each UTF-16 unit
 
 std::string DigitsOf(const std::wstring& text) {
   std::wstring digits;

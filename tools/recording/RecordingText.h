@@ -12,7 +12,8 @@ namespace tools {
 // returns {"utf16": DIGITS}, with four hexadecimal digits for each unit.
 nlohmann::ordered_json JsonOfText(const std::wstring& text);
 
-// Returns nothing if the value is neither of these two.
+// Returns the text that JsonOfText has stored in `json`. Returns nothing if `json` has neither of
+// the two forms that JsonOfText returns.
 std::optional<std::wstring> TextOfJson(const nlohmann::ordered_json& json);
 
 }  // namespace tools

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::wstring_view kBlanks = L" \t\r\n";
 
-// Where the process id stands in the text of a request, and the two numbers at its beginning.
+// The first two numbers of a request, and the place of the process id in the request's text.
 struct Start {
   std::int64_t command = 0, process = 0;
   std::size_t processBegin = 0, processEnd = 0;

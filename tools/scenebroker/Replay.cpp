@@ -36,8 +36,8 @@ std::wstring Replay::Answer(const std::wstring& request) {
   return L'[' + std::to_wstring(wire::kNotRecorded) + L']';
 }
 
-// Returns the answers to equal releases in their recorded order. The recording does not hold the
-// release if it ends earlier than the client.
+// Returns the answers to equal releases in their recorded order. A release that is not in the
+// recording succeeds, because the recording may have ended before the client released the element.
 std::wstring Replay::AnswerRelease(const std::wstring& request) {
   const auto recorded = releases_.lower_bound(request);
   if (recorded == releases_.end() || recorded->first != request) return L"[0,true]";

@@ -13,10 +13,11 @@
 // and not on the conversation.
 class Replay {
  public:
-  // Both requests have "?" in place of the process id.
+  // A request that differs from the recording. `expected` is the recorded request, `actual` is the
+  // client's. Both have "?" in place of the process id.
   struct Deviation {
     std::size_t line = 0;                  // of the recording
-    std::optional<std::wstring> expected;  // nothing at the end of the recording
+    std::optional<std::wstring> expected;  // nothing if the recording has no further request
     std::wstring actual;
   };
 
@@ -36,12 +37,12 @@ class Replay {
  private:
   struct Step {
     std::size_t line = 0;
-    std::optional<std::wstring> request;  // nothing at the end of the recording
+    std::optional<std::wstring> request;  // nothing in the last step
     std::wstring answer;
   };
   std::wstring AnswerRelease(const std::wstring& request);
 
-  std::vector<Step> steps_;  // the last step is the end of the recording
+  std::vector<Step> steps_;  // the last step marks the end of the recording
   std::size_t next_ = 0;
   std::multimap<std::wstring, std::wstring> releases_;  // request without process id, and answer
   std::optional<Deviation> deviation_;

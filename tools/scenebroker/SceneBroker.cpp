@@ -51,7 +51,7 @@ void AddRecordingOptions(CLI::App& app, Options& options) {
                  "what users type, passwords too")
       ->type_name("FILE")
       ->check(tools::RefuseEmpty)
-      ->excludes(app.get_option("--fault"));  // it would hold the answers before they are spoilt
+      ->excludes(app.get_option("--fault"));  // a recording would not show the faults
   CLI::Option* const replay =
       app.add_option("--replay", options.replay, "Serve this recording instead of a scene")
           ->type_name("FILE")

@@ -16,20 +16,21 @@ class SceneMap {
   // element contains the point.
   const SceneElement* At(POINT point) const;
 
-  // Returns the centre of the element if At finds the element there. Otherwise returns a corner at
-  // which At finds it. If all of these points are covered, returns the centre.
+  // Returns the centre of the element if At() finds the element there. Otherwise returns a corner
+  // where At() finds it. If other elements cover all of these points, returns the centre.
   POINT PointOf(const SceneElement& element) const;
 
  private:
   // All columns or all rows of the grid. A stripe is one column or one row. Stripes start at edges
   // of elements, so they are narrow where there are many elements.
   struct Axis {
-    // Returns the number of the stripe that contains the coordinate `value`.
+    // Returns the number of the stripe (column or row) that contains the coordinate `value`.
     std::size_t StripeOf(LONG value) const;
-    // Returns whether the whole stripe lies between the coordinates `low` and `high`.
+    // Returns whether the column or row with the number `stripe` lies completely between the
+    // coordinates `low` and `high`.
     bool IsWithin(std::size_t stripe, LONG low, LONG high) const;
 
-    // Stripe 0 is everything before starts[0]. Stripe i+1 begins at starts[i].
+    // Column or row 0 is everything before starts[0]. Column or row i+1 begins at starts[i].
     std::vector<LONG> starts;
   };
   static Axis MakeAxis(std::vector<LONG> edges);

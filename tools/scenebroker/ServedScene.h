@@ -32,7 +32,8 @@ class HeldObjects {
   const std::map<std::string, int>& Held() const { return held_; }
 
  private:
-  std::vector<std::string> onTheWay_;  // handed out since the last call of Settle
+  // The ids of the objects in answers for which Settle has not yet been called.
+  std::vector<std::string> onTheWay_;
   std::map<std::string, int> held_;
   int handedOut_ = 0;
   int undelivered_ = 0;

@@ -33,7 +33,7 @@ std::vector<std::string> Arguments() {
 std::string RefuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
 void Parse(CLI::App& app, std::vector<std::string> arguments) {
-  std::ranges::reverse(arguments);  // CLI11 takes them in this order
+  std::ranges::reverse(arguments);  // CLI11 expects the arguments in reverse order
   app.parse(std::move(arguments));
 }
 

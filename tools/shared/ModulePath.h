@@ -1,4 +1,5 @@
-// Part of tessel and SceneBroker. Where the files of modules are.
+// Part of tessel and SceneBroker. Finds the file of a loaded DLL or of the program, and the place
+// of TesselSLB_x64.dll beside the program.
 #pragma once
 
 #include <windows.h>

@@ -1,6 +1,6 @@
-// Runs in the client. Finds, reads and drives the elements of Silverlight content. C++20, headers
-// only. A program includes this header and links TesselSLB_x64.dll, which is called the module
-// (CMake: TesselSLB::Client).
+// Runs in the client. Finds, reads and drives the elements of Silverlight content. For C++20. A
+// program includes this header and links TesselSLB_x64.dll, which is called the module (CMake:
+// TesselSLB::Client).
 //
 //     tessel::Content content(L"Order form", L"http://shop.example/orders.html");
 //     std::optional<tessel::Element> user = content.FindFirst({.text3 = L"user"});
@@ -9,30 +9,33 @@
 // How it works: Silverlight content runs inside a window. A program that is called the broker
 // answers requests about the content. SceneBroker, which comes with this project, is such a
 // program. Each function of Content and Element sends a request to the broker through a pipe and
-// waits for the answer, unless its comment says that it sends nothing. If no broker runs yet, the
-// function starts a broker, or injects one into the process of the window.
+// waits for the answer, unless it is const or its comment says that it sends nothing. If no broker
+// runs yet, the function starts a broker, or injects one into the process of the window.
 //
 // Durations: a request takes at most 54 s with a broker that runs (18 s each to connect, to write
 // and to read), 70 s if it starts a broker, and 320 s if it searches for a broker and injects one.
 // A function that also releases elements sends one more request for each of them. A hostile broker
 // can make a request take longer than that, because it can send an answer in many parts, and each
-// part may take 18 s. If the Content has a scheme (see its constructors), only Focused() can inject
-// a broker.
+// part may take 18 s. Only a Content with SL_NO_URI injects a broker, except that Focused() of a
+// Content with SL_TAILORED_URI can inject one, too.
 //
 // Elements: the broker keeps an object for each element that it has sent to the client, until the
 // client releases the element. The destructor of Element releases the element by one request.
 //
 // Failures: "not found" is not a failure. The function then returns std::nullopt or an empty list.
-// Every other failure throws Error. If memory is exhausted, std::bad_alloc is thrown.
+// Every other failure throws Error. If memory is exhausted, std::bad_alloc is thrown. These headers
+// translate the exceptions that the module throws (see TesselSilverlight.h). That is possible only
+// if the same compiler built the program and the module. Otherwise they end the process.
 //
 // A lost broker: SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9) mean
-// that the broker has ended or hangs, or that no broker could be started. Which of the three codes
-// an Error has depends on timing. After one of them the content counts as lost
-// (Error::BrokerIsLost). While the content is lost, releasing an element sends nothing, because
-// each further request could take a minute. So a broker that only hangs keeps the objects of these
-// elements. All other functions still send their requests. When the broker answers one of them, the
-// content is no longer lost. A broker that was started again does not know the old elements: find
-// them again. If the window was closed, the Content never works again: make a new Content.
+// that the broker has ended or hangs, that its pipe stays busy, or that no broker could be started.
+// Which of the three codes an Error has depends on timing. After one of them the content counts as
+// lost (Error::BrokerIsLost). While the content is lost, releasing an element sends nothing,
+// because each further request could take a minute. So a broker that only hangs keeps the objects
+// of these elements. All other functions still send their requests. When the broker answers one of
+// them, the content is no longer lost. A broker that was started again does not know the old
+// elements: find them again. If the window was closed, the Content never works again: make a new
+// Content.
 //
 // Texts are UTF-16 without U+0000. A text that holds U+0000 is refused with -5, because messages to
 // the broker cannot carry it. In tessel/Text.h, Narrow() converts a text to UTF-8, and Wide()
@@ -96,8 +99,8 @@ class Error : public std::runtime_error {
 // - The texts are the name, the type and the id of an element. An empty text matches everything.
 // - `option1` is the number of levels to search. 1 means only the roots of a Content, or only the
 //   children of an Element. 0 means all levels.
-// - If `option2` is true, a text matches every element whose text contains it. If `option2` is
-//   false, the two texts must be equal.
+// - If `option2` is true, the name, type or id of an element only needs to contain the text. If
+//   `option2` is false, it must be equal to the text.
 struct Search {
   std::wstring text1 = {}, text2 = {}, text3 = {};
   int option1 = 0;
@@ -163,8 +166,8 @@ class Element {
   [[nodiscard]] Identity Identify();
   [[nodiscard]] Identity Identify(const Element& ancestor);
 
-  // Returns the rectangle now, in the broker's coordinates. All points and rectangles use these
-  // coordinates.
+  // Returns the rectangle that the element has now, in the broker's coordinates. All points and
+  // rectangles use these coordinates.
   [[nodiscard]] RECT Rectangle();
 
   // Returns an attribute or a state as text. SceneBroker has the states "value", "checked" ("true"
@@ -232,9 +235,9 @@ class Content {
   // with exactly this title count. The constructor searches for the title only once, so the title
   // may change later.
   //
-  // `address` is the address of the content. Only its beginning is used to find the broker: the
-  // scheme, host and port. Of a file address, everything before the sixth slash is used. For
-  // file:///C:/a/b/c.html this is file:///C:/a/b. Write this beginning exactly as SceneBroker
+  // `address` is the address of the content. Only its beginning is used to find the broker: http:
+  // or https:, the host and the port. Of a file address, everything before the sixth slash is used.
+  // For file:///C:/a/b/c.html this is file:///C:/a/b. Write this beginning exactly as SceneBroker
   // prints it when it starts.
   //
   // `scheme` names the kind of broker: SL_TAILORED_URI (a broker for one site alone), SL_HTTP_URI,
@@ -255,9 +258,10 @@ class Content {
   // `option`.
   [[nodiscard]] std::optional<Element> At(POINT point, int option = 0);
 
-  // Returns the element that has the focus. This function always searches for the broker, and tries
-  // the tailored broker first. Therefore it throws Error with -5 if the scheme of the Content is
-  // neither SL_NO_URI nor SL_TAILORED_URI.
+  // Returns the element that has the focus. This function always searches for the broker, so it
+  // works only for a Content with SL_NO_URI or SL_TAILORED_URI. For SL_HTTP_URI, SL_HTTPS_URI and
+  // SL_FILE_URI it sends nothing and throws Error with -5, because the search could find another
+  // broker.
   [[nodiscard]] std::optional<Element> Focused();
 
   // Find returns all matching elements, and FindFirst returns the first of them. FindFirst also
@@ -267,6 +271,7 @@ class Content {
   [[nodiscard]] std::optional<Element> FindFirst(const Search& search);
 
   // The observer must live as long as the content and its elements. Null removes the observer.
+  // Sends nothing.
   void Observe(CallObserver* observer);
 
  private:
@@ -321,11 +326,11 @@ auto AttributeIs(Element& element, std::wstring_view name, std::wstring_view tex
 // function returns a std::optional, WaitUntil returns the value of this optional. If the function
 // returns a bool, WaitUntil returns void.
 //
-// Only the first check may start or inject a broker. Later checks use the broker that the first
-// check found. If that broker has ended, they send nothing and throw Error with -7. This rule does
-// not hold for your own function in three cases: if it calls Focused(), if it uses another Content,
-// or if no call with this Content has found a broker before. Then a later check can start or inject
-// a broker, too.
+// With the predefined conditions, only the first check can start or inject a broker. Later checks
+// use the broker that the first check found. If that broker has ended, a later check sends nothing
+// and throws Error with -7. With a condition of your own, a later check can also start or inject a
+// broker in three cases: the check calls Focused(), the check uses another Content, or no earlier
+// call with this Content has found a broker.
 //
 // Every Error that a check throws ends the wait, even if its code is a positive status. Attribute()
 // and Items() do not throw for a positive status. They return nothing, so the wait can go on.

@@ -94,7 +94,8 @@ inline bool Error::BrokerIsLost() const { return detail::MeansLost(code); }
 inline Element::Element(std::shared_ptr<Session> session, SLElemData&& record) noexcept
     : session_(std::move(session)), record_(std::move(record)) {}
 
-// Leaves the session in `other`, so that the functions of `other` can still throw an Error.
+// Copies `session_` and does not move it: the functions of `other` still need it to throw an
+// Error.
 inline Element::Element(Element&& other) noexcept
     : session_(other.session_), record_(std::move(other.record_)) {}
 
@@ -148,7 +149,7 @@ inline std::vector<Element> Element::Selector() {
 }
 
 inline std::vector<Element> Element::Find(const Search& search) {
-  // Refuses an Element without an id, because the module would search the whole content for it.
+  // Refuses an Element without an id, because without an id the module searches the whole content.
   if (Id().empty()) throw session_->Failure(SL_INVALID_OBJECT, "FindCollection", record_);
   return session_->Collect(record_, search);
 }

@@ -48,8 +48,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return code == SL_SUCCESS;
   }
 
-  // Makes a call that may search for the broker. The call stores the scheme of the broker in
-  // `root`. Remembers this scheme for later checks of a wait.
+  // Makes a call that may search for the broker, and that stores the scheme of the broker in
+  // `root`. Keeps this scheme, so that later checks of the same WaitUntil need no search.
   template <class Body>
   void Find(const char* function, const SLElemData& root, Body body) {
     Do(function, root, body);
@@ -75,8 +75,8 @@ class Session : public std::enable_shared_from_this<Session> {
                 "remove it from the text", CallOf(function, record));
   }
 
-  // Returns a record that stands for the whole content. After the first check of a wait, the record
-  // has the scheme that the last search found, so that the check does not search again.
+  // Returns a record that stands for the whole content. If WaitUntil makes its second or a later
+  // check, the record has the scheme that the last search found, so that no new search is needed.
   SLElemData Whole() const {
     SLElemData record;
     record.hwnd = window;
@@ -89,7 +89,8 @@ class Session : public std::enable_shared_from_this<Session> {
     return record;
   }
 
-  // Releases the element by one request. Sends nothing while the content is lost.
+  // Releases the element by one request. Sends nothing while the content counts as lost, which
+  // means that its broker has ended or hangs.
   void Release(SLElemData& record) {
     if (isLost_ && ::SysStringLen(record.objectId) > 0) return;
     Do("ReleaseObj", record, [&] { return TesselSilverlight::ReleaseObj(record); });
@@ -101,7 +102,8 @@ class Session : public std::enable_shared_from_this<Session> {
       try {
         Release(record);
       } catch (...) {
-        // Ignored, because a destructor must not throw. The broker keeps the object.
+        // A failure is ignored, because destructors call this function and must not throw. The
+        // broker then keeps the object.
       }
     }
     Forget(record);
@@ -251,16 +253,19 @@ class Session : public std::enable_shared_from_this<Session> {
     }
   }
 
-  // Returns whether the content is lost after a call with this result.
+  // Returns whether the content counts as lost after a call with this result. It is lost if its
+  // broker has ended or hangs.
   bool IsLostAfter(int code) const {
-    // A call with one of these two codes has usually sent nothing, so the state does not change.
-    // After all other codes a broker has answered; even an injection needs such an answer before.
+    // A call that returns one of these two codes has usually sent nothing, so isLost_ keeps its
+    // value. For any other code, either MeansLost is true or a broker has answered. This holds even
+    // if an injection failed, because a call injects only after a broker has answered "not served".
     if (code == SL_INVALID_ARGUMENT || code == SL_INVALID_OBJECT) return isLost_;
     return detail::MeansLost(code);
   }
 
-  // Returns true if the pipe of the broker exists. For SL_NO_URI this is the pipe of the tailored
-  // broker, because a search asks that broker first.
+  // Returns true if the pipe of the broker exists. If the scheme is not known (SL_NO_URI), looks
+  // for the pipe of the scheme SL_TAILORED_URI, because a search asks the broker of that scheme
+  // first.
   bool BrokerRuns(DWORD usedScheme) const {
     return PipeExists(usedScheme == SL_NO_URI ? DWORD{SL_TAILORED_URI} : usedScheme);
   }

@@ -8,7 +8,8 @@ HANDLE stopEvent = nullptr;
 HANDLE endedEvent = nullptr;
 
 // After Ctrl-C and Ctrl-Break the process goes on if this function returns TRUE. After all other
-// events the system ends the process when this function returns, so it waits for the end first.
+// events the system ends the process when this function returns, so the function waits until the
+// command has destroyed its ConsoleStop.
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   ::SetEvent(stopEvent);
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {

@@ -16,7 +16,8 @@ struct DebugBuffer::Content {
 
 namespace {
 
-// A process that writes holds the objects of a viewer that has just ended for a moment.
+// While a process writes a text, it keeps the shared objects open, even if their viewer has just
+// ended. They then exist for a moment without a viewer, so a later attempt to create them works.
 constexpr int kAttempts = 20;
 constexpr DWORD kPauseMilliseconds = 50;
 

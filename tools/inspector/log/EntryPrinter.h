@@ -8,7 +8,7 @@
 
 class EntryPrinter {
  public:
-  // Throws InspectorError if the file of the options cannot be written.
+  // Throws InspectorError if the file that --file names cannot be written.
   explicit EntryPrinter(const InspectorOptions& options);
 
   // Prints nothing if another program has written the text. Throws std::runtime_error if the line

@@ -18,15 +18,15 @@ namespace {
 
 constexpr int kStopped = static_cast<int>(ExitCode::kInterrupted);
 
-// From then on every process uses a changed level.
+// When this time has passed after a change of the log level, every process uses the new level.
 constexpr DWORD kPauseAfterChange = logging::kLevelRefreshMilliseconds + 100;
 
 class LogView {
  public:
   explicit LogView(const InspectorOptions& options) : printer_(options) {}
 
-  // Prints lines for the given time, which may be INFINITE, and while `process` runs. A null handle
-  // stands for no process. Returns false after Ctrl-C.
+  // Prints lines until the given time has passed or `process` has ended, whichever comes first.
+  // `milliseconds` may be INFINITE, and `process` may be null. Returns false after Ctrl-C.
   bool PrintWhile(HANDLE process, DWORD milliseconds) {
     const ULONGLONG start = ::GetTickCount64();
     const HANDLE events[] = {stop_.Event(), buffer_.Filled(), process};
@@ -52,7 +52,8 @@ class LogView {
     return ::WaitForSingleObject(object, 0 /*ms*/) == WAIT_OBJECT_0;
   }
 
-  // In this order, so that nothing is written if another viewer has the buffer.
+  // The buffer comes first, because its constructor throws if another viewer has the buffer. The
+  // printer then creates no file.
   DebugBuffer buffer_;
   EntryPrinter printer_;
   const ConsoleStop stop_;

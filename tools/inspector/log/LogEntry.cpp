@@ -28,7 +28,7 @@ std::optional<LogEntry> ParseLogEntry(const DebugText& text) {
   LogEntry entry = {text.process, 0, {}, {}, {}, {}, 0, {}};
   char date[5] = {}, time[11] = {}, level[16] = {}, version[32] = {}, file[260] = {};
   int messageStart = 0;
-  // The conversions have the sizes of the buffers, without their final zeros.
+  // Each width in the format, such as 31, is the size of a buffer minus one for the final zero.
   std::sscanf(text.text.c_str(),
               "{%lu} [%4[0-9]/%10[0-9.]:%15[A-Z0-9]:(v%31[0-9_]) %259[^(](%d)]%n", &entry.thread,
               date, time, level, version, file, &entry.line, &messageStart);
