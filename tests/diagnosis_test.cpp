@@ -70,15 +70,18 @@ TEST_F(DiagnosisTest, NamesWhatABrokerLacks) {
 
   Doctor(content, 0, "shows this window, the focus is on \"user\"\n",
          "the tailored broker answers");
-  Doctor(content + " --scheme http", 14, "there is no such pipe", "give --scheme tailored");
+  Doctor(content + " --scheme http", 14, "broken  http broker: ", "give --scheme tailored");
   SceneBroker http(TESSEL_SCENES "/login.json", L" --scheme http");
-  Doctor("--window=" + http.Fact("window") + " --address http://plain.example/", 14, "http broker",
+  Doctor("--window=" + http.Fact("window") + " --address http://plain.example/", 14,
+         "; a call does not reach this broker",
          "there is no launcher to start one; but the http broker shows this window");
   Doctor("--window=" + broker.Fact("window") + " --address https://other.example/x", 19,
          "https___other_example: there is no such pipe",
          "compare --address and --scheme with what it serves");
   Doctor("--window=nobody" + address, 13, "no top-level window has the title \"nobody\"",
-         "tessel windows");
+         process + " serves the pipe of the tailored broker");
+  Doctor("--window=nobody --address https://other.example/x", 13, "no broker runs that a call asks",
+         "start the program that shows the window");
   Doctor("--window=0x7ffffffe" + address, 13, "no window has the handle 0x7ffffffe",
          "may have been closed");
   Doctor("--module=C:\\nix.dll " + content, 11, "there is no file C:\\nix.dll", "--module");

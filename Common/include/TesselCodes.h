@@ -36,7 +36,7 @@ enum SLResult TESSELSLB_AS_INT {
   // The answer is not a JSON array, ends early, or contains a value of the wrong type. Or
   // SelectItem got a null text.
   SL_ARCHIVE_FAILURE = -12,
-  // A record that was passed is not valid for the function: it names no element, FindCollection's
-  // root has no window, or GetIdInfo's records have different processes or schemes.
+  // A record is not valid (TesselSilverlight.h says what a valid record is), FindCollection's root
+  // has no window, or GetIdInfo's records have different processes or schemes.
   SL_INVALID_OBJECT = -13,
 };

@@ -19,9 +19,9 @@
 //
 // Threads: only one thread at a time may call InitComm, ReadMessage and WriteMessage. (InitComm
 // says what happens if another thread is still in ReadMessage.) Any thread may call UninitComm at
-// any moment, even while another thread is in ReadMessage or WriteMessage. After UninitComm,
-// ReadMessage and WriteMessage return -1 until the next InitComm. Unload the module only when all
-// calls have returned.
+// any moment, even while another thread is in ReadMessage or WriteMessage. After a successful
+// UninitComm, ReadMessage and WriteMessage return -1 until the next InitComm. Unload the module
+// only when all calls have returned.
 //
 // Failures: these four functions return a code for each failure, and log each failure except -2.
 // Two C++ exceptions may leave them: std::bad_alloc when memory is exhausted, and

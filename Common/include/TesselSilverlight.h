@@ -12,7 +12,7 @@
 // - Scheme: selects the broker (SLUriScheme). There is one broker each for http, https and file. A
 //   tailored broker serves one site alone: all addresses that are the same up to the third slash,
 //   so that protocol, host and port are the same. File addresses must be the same up to the sixth
-//   slash.
+//   slash. All addresses that begin with none of http:, https: and file: share one tailored broker.
 // - Launcher: sllauncher.exe of the Silverlight runtime. It starts a broker.
 // - Injector: slinject.exe in the module's folder. It starts a broker in the process that owns the
 //   window of the content.
@@ -28,12 +28,12 @@
 // Search: GetElemFromPoint and FindCollection search for the broker if `uriScheme` is SL_NO_URI.
 // GetFocusedElement always searches. A search asks the tailored broker first. If this broker
 // returns SL_NOT_SERVED, the search asks the broker of the scheme that the address begins with:
-// http:, https: or file:. Capital letters do not count: an address that begins with "HTTP:" or with
-// anything else has no scheme, and no second broker is asked. A tailored broker that cannot be
-// started ends the search with SL_BROKER_NOT_STARTED. If the broker that was asked last returns
-// SL_NOT_SERVED, the search runs the injector and asks the same brokers once more. Only one
-// injection runs at a time in a logon session: an injection waits up to 30 s for the injections of
-// other clients, and about 10 s for its own injector. A search takes about 320 s at most.
+// http:, https: or file:. Only small letters match. If the address begins with anything else, for
+// example with "HTTP:", no second broker is asked. A tailored broker that cannot be started ends
+// the search with SL_BROKER_NOT_STARTED. If the broker that was asked last returns SL_NOT_SERVED,
+// the search runs the injector and asks the same brokers once more. Only one injection runs at a
+// time in a logon session: an injection waits up to 30 s for the injections of other clients, and
+// about 10 s for its own injector. A search takes about 320 s at most.
 //
 // Results: each function returns SL_SUCCESS or one of the results that its comment names.
 // - Round-trip codes: SL_CANNOT_READ, SL_CANNOT_CONNECT, SL_BROKER_NOT_STARTED, SL_ARCHIVE_FAILURE,
@@ -204,8 +204,7 @@ TESSELSLB_API int GetElemRectangle(const SLElemData& elem, RECT& rect);
 // name   the attribute's name. The function does not change it. A string literal needs a cast:
 //        const_cast<wchar_t*>(L"text").
 // value  out: a BSTR that the client frees. Before the call, free an old BSTR and set its pointer
-// to
-//        null: success overwrites the pointer, and a failure leaves it unchanged.
+//        to null: success overwrites the pointer, and a failure leaves it unchanged.
 // Result: the round-trip codes, or SL_INVALID_OBJECT; SL_INVALID_ARGUMENT for a null or empty name,
 // or a null `value`. A positive status usually means that the element has no such attribute (102)
 // or no longer exists (101).

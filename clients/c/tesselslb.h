@@ -64,9 +64,9 @@
 // Threads: any thread may use any handle. Requests for one content and its elements run one after
 // another. Requests for different contents do not wait for each other. A thread may free a handle
 // while another thread uses it. A call that has already sent its request goes on. A call that is
-// queued behind another request fails with -102 if its element was freed. Only
-// tessel_wait_until_attribute fails with -13 in this case. Closing a content does not affect calls
-// that are queued.
+// queued behind another request fails with -102 if its element was freed. If the element of a
+// running tessel_wait_until_attribute is released or abandoned, the wait fails with -13. Closing a
+// content does not affect calls that are queued.
 //
 // Finalizers: releasing an element can take as long as any request. So a finalizer should release
 // the element on another thread, or use tessel_element_abandon.
@@ -311,8 +311,8 @@ TESSEL_C_API int32_t tessel_list_free(tessel_list list, tessel_error** error);
 // fails with -7. If a check fails, the wait ends and returns the code of the check.
 //
 // With a check of your own (tessel_look), a later check can also start or inject a broker in three
-// cases: the check calls tessel_content_focused, the check uses another content, or no
-// earlier call with this content has found a broker.
+// cases: the check calls tessel_content_focused, the check uses another content, or no earlier call
+// with this content has found a broker.
 //
 // After the time-out the functions return TESSEL_TIMED_OUT (-103). The error says what was waited
 // for, how long, and what was seen last. The time-out does not interrupt a check. So if the broker
@@ -335,9 +335,8 @@ TESSEL_C_API int32_t tessel_wait_until_attribute(tessel_element element, const w
 // interface. `context` is the pointer that was passed to tessel_wait_until.
 //
 // `*met` is 0 at the start of each call. The check sets it to 1 if the condition is met. Otherwise
-// the check may set
-// `*seen` to a text that describes what it found instead. This text must stay valid until the check
-// is called again or the wait ends.
+// the check may set `*seen` to a text that describes what it found instead. This text must stay
+// valid until the check is called again or the wait ends.
 //
 // The check returns 0, or a code that ends the wait. The wait then returns this code. The
 // tessel_error of the wait describes only this code, not the function that the check has called. No

@@ -108,7 +108,7 @@ std::string ExitCodeHelp() {
          "match\n"
          "  2  wrong command line, or not exactly one window with that title or handle\n"
          "  3  no broker runs, and none could be started (code -9)\n"
-         "  4  the broker refused, with a status of its own\n"
+         "  4  the broker refused: code -8 or a positive status\n"
          "  5  the answer does not fit the request, or any other failure\n"
          "  6  the broker's pipe does not take the request (code -7)\n"
          "  7  the broker did not answer (code -6)\n"

@@ -1,6 +1,6 @@
 #include "tools/inspector/TreeParents.h"
 
-#include <algorithm>
+#include <queue>
 
 #include "tools/inspector/Progress.h"
 
@@ -8,11 +8,23 @@ namespace {
 
 const tessel::Search kOneLevel = {.option1 = 1};
 
-double AreaOf(const tessel::Element* element) {
-  const RECT& rect = element->Record().rect;
+double AreaOf(const tessel::Element& element) {
+  const RECT& rect = element.Record().rect;
   return (static_cast<double>(rect.right) - rect.left) *
          (static_cast<double>(rect.bottom) - rect.top);
 }
+
+// An element below which the children can be searched. The largest element comes first. Of equally
+// large ones, the one comes first that the broker listed first.
+struct Candidate {
+  tessel::Element* element;
+  double area;
+  std::size_t position;
+
+  bool operator<(const Candidate& other) const {
+    return area != other.area ? area < other.area : position > other.position;
+  }
+};
 
 // To ask an element for its parent costs two calls, because the client must also release the
 // parent that it gets. To search for the children of an element costs one call, and one more for
@@ -24,7 +36,11 @@ class ParentSearch {
   ParentSearch(Inspection& inspection, std::vector<tessel::Element>& elements)
       : inspection_(inspection),
         elements_(elements),
-        progress_(inspection, "parents", elements.size()) {}
+        progress_(inspection, "parents", elements.size()) {
+    for (tessel::Element& element : elements) {
+      byId_.emplace(element.Id(), Candidate{&element, AreaOf(element), byId_.size()});
+    }
+  }
 
   Parents Run() {
     if (!SearchChildren()) parents_.clear();
@@ -35,14 +51,14 @@ class ParentSearch {
  private:
   bool IsComplete() const { return parents_.size() >= elements_.size(); }
 
-  // Returns false if the broker refuses a search that is limited to one level, or seems to ignore
-  // the limit.
+  // Returns false if the broker searches other levels than the one level that it was asked for. If
+  // the broker refuses a search, the parents that were found before are right.
   bool SearchChildren() {
     try {
       return SearchRoots() && SearchBelow();
     } catch (const InspectorError& error) {
       if (error.exitCode != ExitCode::kRefused) throw;
-      return false;
+      return true;
     }
   }
 
@@ -53,15 +69,15 @@ class ParentSearch {
            (elements_.size() == 1 || !IsComplete());
   }
 
+  // Searches only below elements whose own parent is known. So no element costs both a search for
+  // its children and the two calls that ask for its parent.
   bool SearchBelow() {
-    std::vector<tessel::Element*> order;
-    for (tessel::Element& element : elements_) order.push_back(&element);
-    std::ranges::stable_sort(order, std::ranges::greater(), &AreaOf);
-    for (tessel::Element* const parent : order) {
-      if (IsComplete()) return true;
-      auto children = inspection_.Do("find the children of " + NameOf(*parent),
-                                     [&] { return parent->Find(kOneLevel); });
-      if (!Note(std::move(children), parent->Id())) return false;
+    while (!toSearch_.empty() && !IsComplete()) {
+      tessel::Element& parent = *toSearch_.top().element;
+      toSearch_.pop();
+      auto children = inspection_.Do("find the children of " + NameOf(parent),
+                                     [&] { return parent.Find(kOneLevel); });
+      if (!Note(std::move(children), parent.Id())) return false;
     }
     return true;
   }
@@ -73,6 +89,9 @@ class ParentSearch {
     for (tessel::Element& child : children) {
       const tessel::Element held = std::move(child);
       areNew = parents_.emplace(held.Id(), parent).second && areNew;
+      if (const auto known = byId_.find(held.Id()); known != byId_.end()) {
+        toSearch_.push(known->second);
+      }
       progress_.Show(parents_.size());
     }
     return areNew;
@@ -90,6 +109,8 @@ class ParentSearch {
   Inspection& inspection_;
   std::vector<tessel::Element>& elements_;
   Progress progress_;
+  std::map<std::wstring, Candidate> byId_;
+  std::priority_queue<Candidate> toSearch_;
   Parents parents_;
 };
 

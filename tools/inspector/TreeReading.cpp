@@ -28,7 +28,8 @@ Json StateJson(const std::string& name, const std::string& text) {
   return text;
 }
 
-// Saves a call for each element: only a list has a selected item, and a list cannot be checked.
+// Saves a call for each element: only an element with items has a selected item, and such an
+// element is rarely a box that can be checked.
 Json ReadStates(Inspection& inspection, tessel::Element& element, bool hasItems) {
   const std::string needless = hasItems ? "checked" : "selected";
   Json states;

@@ -80,6 +80,13 @@ bool PipeExists(const std::wstring& pipe) {
   return ::WaitNamedPipeW(pipe.c_str(), 1 /*ms*/) || ::GetLastError() == ERROR_SEM_TIMEOUT;
 }
 
+DWORD ServerOf(const std::wstring& pipe) {
+  const Handle opened = OwnHandle(OpenOnce(pipe));
+  DWORD server = 0;
+  if (opened) ::GetNamedPipeServerProcessId(opened.get(), &server);
+  return server;
+}
+
 PipeExchange ExchangeMessages(const std::wstring& name, const std::wstring& request,
                               ULONGLONG deadline, std::size_t longest) {
   PipeExchange result = {PipeEnd::kNotMessages, 0, {}};

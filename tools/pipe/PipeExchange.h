@@ -29,6 +29,10 @@ struct PipeExchange {
 // Does not connect to the pipe.
 bool PipeExists(const std::wstring& pipe);
 
+// Connects to the pipe and disconnects at once. Returns the process id of the server, or 0 if the
+// pipe cannot be opened now.
+DWORD ServerOf(const std::wstring& pipe);
+
 // Returns at the latest when GetTickCount64() reaches `deadline`. The answer may have at most
 // `longest` UTF-16 units.
 PipeExchange ExchangeMessages(const std::wstring& pipe, const std::wstring& request,

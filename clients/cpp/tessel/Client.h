@@ -25,7 +25,8 @@
 // Failures: "not found" is not a failure. The function then returns std::nullopt or an empty list.
 // Every other failure throws Error. If memory is exhausted, std::bad_alloc is thrown. These headers
 // translate the exceptions that the module throws (see TesselSilverlight.h). That is possible only
-// if the same compiler built the program and the module. Otherwise they end the process.
+// if the same compiler built the program and the module. Otherwise these exceptions end the
+// process.
 //
 // A lost broker: SL_CANNOT_READ (-6), SL_CANNOT_CONNECT (-7) and SL_BROKER_NOT_STARTED (-9) mean
 // that the broker has ended or hangs, that its pipe stays busy, or that no broker could be started.

@@ -113,6 +113,7 @@ Step StepOf(SLUriScheme scheme, const std::wstring& pipe, DWORD server,
 
 Conclusion Ask(const std::wstring& pipe, DWORD windowProcess, ULONGLONG deadline, DWORD& server) {
   if (windowProcess == 0 && tools::PipeExists(pipe)) {
+    server = tools::ServerOf(pipe);
     return {BrokerState::kNotAsked, "exists; not asked, because there is no such window"};
   }
   const tools::PipeExchange asked = tools::ExchangeMessages(
@@ -139,5 +140,5 @@ BrokerFinding CheckBroker(SLUriScheme scheme, const std::wstring& address, DWORD
   const std::wstring pipe = wire::PipeName(scheme, address);
   DWORD server = 0;
   const Conclusion conclusion = Ask(pipe, windowProcess, deadline, server);
-  return {scheme, conclusion.state, StepOf(scheme, pipe, server, conclusion)};
+  return {scheme, conclusion.state, server, StepOf(scheme, pipe, server, conclusion)};
 }

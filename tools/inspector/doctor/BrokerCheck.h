@@ -22,11 +22,12 @@ enum class BrokerState {
 struct BrokerFinding {
   SLUriScheme scheme;
   BrokerState state;
+  DWORD server;  // the process that serves the pipe; 0 if it is not known
   Step step;
 };
 
 // Asks for the focused element of a window of the process `windowProcess`, and releases the element
-// that the broker hands out. If `windowProcess` is 0, only looks for the pipe. Returns at the
-// latest when GetTickCount64() reaches `deadline`.
+// that the broker hands out. If `windowProcess` is 0, only finds out who serves the pipe. Returns
+// at the latest when GetTickCount64() reaches `deadline`.
 BrokerFinding CheckBroker(SLUriScheme scheme, const std::wstring& address, DWORD windowProcess,
                           ULONGLONG deadline);

@@ -28,14 +28,19 @@ void MakeNote(Step& step) {
   if (step.state == Step::State::kBroken) step.state = Step::State::kNote;
 }
 
-// Adapts the states if the call ends before it reaches the broker that shows the window. A broker
-// that does not run is then broken, because a call can end at it.
-void AdaptToScheme(std::vector<BrokerFinding>& asked) {
-  for (BrokerFinding& broker : asked) {
-    if (broker.state == BrokerState::kAbsent) broker.step.state = Step::State::kBroken;
-    if (broker.state != BrokerState::kShowsWindow) continue;
-    broker.step.state = Step::State::kNote;
-    broker.step.finding += "; a call does not reach this broker";
+// Adapts the states if the call does not reach the broker that shows the window. Only the broker at
+// which the call ends is broken.
+void AdaptToScheme(Findings& findings) {
+  bool isReached = true;
+  for (BrokerFinding& broker : findings.asked) {
+    const bool goesOn = findings.searches && broker.state == BrokerState::kShowsOthers;
+    if (!isReached) broker.step.finding += "; a call does not reach this broker";
+    if (!isReached || goesOn) {
+      broker.step.state = Step::State::kNote;
+      continue;
+    }
+    broker.step.state = Step::State::kBroken;
+    isReached = false;
   }
 }
 
@@ -44,7 +49,7 @@ void AdaptToScheme(std::vector<BrokerFinding>& asked) {
 // window, the states of all other brokers are at most notes.
 void Adapt(Findings& findings, DoctorCode code) {
   if (code == DoctorCode::kAddress) findings.address.state = Step::State::kBroken;
-  if (code == DoctorCode::kScheme) AdaptToScheme(findings.asked);
+  if (code == DoctorCode::kScheme) AdaptToScheme(findings);
   if (code == DoctorCode::kServed) {
     for (BrokerFinding& broker : findings.asked) MakeNote(broker.step);
   }

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kOwners[] = {"the user's", "the machine's"};
 constexpr const char* kSetCure =
     "tessel log --level VERBOSE shows all lines; to set the level for good: reg add "
-    "HKCU\\Environment /v TESSEL_LOG_LEVEL /d VERBOSE /f";
+    "\"HKCU\\Environment\" /v TESSEL_LOG_LEVEL /d VERBOSE /f";
 
 std::string VariableOf(std::size_t place) {
   return std::string(kOwners[place]) + " variable " + logging::kLevelVariable;

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr const char* kNoneRuns = "none of the brokers that a call asks is running";
-
 bool IsBroken(const Step& step) { return step.state == Step::State::kBroken; }
 
 std::string NameOf(const BrokerFinding& broker) {
@@ -35,7 +33,8 @@ ReasonToStart FindReasonToStart(const Findings& findings, const BrokerFinding& a
     if (broker.state != BrokerState::kShowsOthers) continue;
     return {NameOf(broker) + " does not show this window, and " + reason, broker.step.cure};
   }
-  return {NoneRuns(findings) ? kNoneRuns : reason,
+  const bool isOneOfMany = findings.asked.size() > 1 && NoneRuns(findings);
+  return {isOneOfMany ? "no broker runs that a call asks" : reason,
           "if the broker runs, compare --address and --scheme with what it serves"};
 }
 
@@ -125,9 +124,17 @@ std::optional<Verdict> JudgeOthers(const Findings& findings, const Verdict& sear
 // A window often disappears together with its broker.
 Verdict JudgeWindow(const Findings& findings) {
   const Step& window = findings.window.step;
-  if (!NoneRuns(findings)) return {DoctorCode::kWindow, window.finding, window.cure};
-  return {DoctorCode::kWindow, window.finding + ", and " + kNoneRuns,
-          "start the program that shows the window, or: " + window.cure};
+  if (NoneRuns(findings)) {
+    return {DoctorCode::kWindow, window.finding + ", and no broker runs that a call asks",
+            "start the program that shows the window, or: " + window.cure};
+  }
+  std::string servers;
+  for (const BrokerFinding& broker : findings.asked) {
+    if (broker.server == 0) continue;
+    servers +=
+        "; process " + std::to_string(broker.server) + " serves the pipe of " + NameOf(broker);
+  }
+  return {DoctorCode::kWindow, window.finding + servers, window.cure};
 }
 
 }  // namespace
